@@ -1,0 +1,19 @@
+#pragma once
+
+// The names of the appkit room, for headers that need no more than a reference.
+namespace platform {
+
+class NSAnimationContext;
+class NSApplication;
+class NSButton;
+class NSEventMonitors;
+class NSOpenPanel;
+class NSView;
+class NSVisualEffectView;
+class NSWindow;
+class NSWorkspace;
+struct NSColor;
+struct NSEvent;
+struct NSScreen;
+
+} // namespace platform

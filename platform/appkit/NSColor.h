@@ -1,0 +1,18 @@
+#pragma once
+
+namespace platform {
+
+// A colour of four parts from 0 to 1.
+struct NSColor {
+    double red = 0;
+    double green = 0;
+    double blue = 0;
+    double alpha = 1;
+
+    static NSColor clearColor() { return { 0, 0, 0, 0 }; }
+    static NSColor windowBackgroundColor() { return { 0.925, 0.925, 0.925, 1 }; }
+
+    bool operator==(NSColor const&) const = default;
+};
+
+} // namespace platform

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+namespace platform {
+
+class NSWindow;
+
+enum class EventType : std::uint8_t { KeyDown = 10, KeyUp = 11 };
+
+// Sets of event types, one bit each: 1 shifted left by the type.
+enum class EventMask : std::uint64_t { KeyDown = 1u << 10, KeyUp = 1u << 11 };
+
+// A key that was pressed or let go while one of the process's windows had the keyboard.
+struct NSEvent {
+    EventType type = EventType::KeyDown;
+    // The virtual key code: a position on the ANSI keyboard, whatever the layout writes on it. 53 is Escape.
+    std::uint16_t keyCode = 0;
+    // NSEventModifierFlags: shift 0x20000, control 0x40000, option 0x80000, command 0x100000.
+    std::uint64_t modifierFlags = 0;
+    // The window that had the keyboard. May be absent.
+    std::weak_ptr<NSWindow> window {};
+};
+
+constexpr std::uint16_t keyCodeEscape = 53;
+
+} // namespace platform
