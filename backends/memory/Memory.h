@@ -1,0 +1,179 @@
+#pragma once
+
+#include "backends/memory/Ledger.h"
+#include "backends/memory/MemoryBundleFiles.h"
+#include "backends/memory/MemoryTime.h"
+#include "backends/memory/MemoryWindow.h"
+#include "backends/shared/Animator.h"
+#include "platform/Platform.h"
+#include "platform/appkit/NSApplication.h"
+#include "platform/appkit/NSEventMonitors.h"
+#include "platform/appkit/NSOpenPanel.h"
+#include "platform/appkit/NSScreen.h"
+#include "platform/appkit/NSWorkspace.h"
+#include "platform/foundation/Bookmark.h"
+#include "platform/foundation/Bundles.h"
+#include "platform/foundation/FileManager.h"
+#include "platform/foundation/HostInfo.h"
+#include "platform/log/LogSink.h"
+
+#include <deque>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace backends {
+
+// A small world without an operating system: windows, keys, files and dialogs as plain facts, and a clock that is
+// moved by hand. It stands in for a real one wherever the order and content of what happens is what counts.
+class MemoryPlatform : public platform::Platform {
+public:
+    MemoryPlatform();
+    ~MemoryPlatform() override;
+
+    // Makes a world, installs it and gives it back. Once a process.
+    static MemoryPlatform& install();
+
+    // Moves the clock, frame by frame, with a turn of the main queue at each.
+    void advance(platform::Seconds by);
+    // Turns of the main queue until nothing is left to do; the clock stands still.
+    void settle();
+
+    Ledger& ledger() { return m_ledger; }
+    std::vector<platform::LogRecord> const& logRecords() const { return m_log.records; }
+    void showPrivateLogValues() { m_log.showsPrivate = true; }
+    void clearLog() { m_log.records.clear(); }
+    MemoryBundleFiles& files() { return m_files; }
+
+    // What there is to see and to answer with.
+    std::shared_ptr<MemoryWindow> makeWindow(
+        std::string name, std::string title, platform::Rect const& frame = { 100, 84, 640, 91 });
+    void setMainScreen(std::optional<platform::NSScreen> screen) { m_screen = std::move(screen); }
+    void setCanWatchKeys(bool canWatch) { m_monitors.canWatch = canWatch; }
+    // A key press with the keyboard on the key window. True when it reached the window.
+    bool pressKey(std::uint16_t keyCode, std::uint64_t modifierFlags = 0);
+
+    struct PanelAnswer {
+        platform::ModalResponse response = platform::ModalResponse::Cancel;
+        std::vector<platform::URL> urls {};
+        // What happens while the dialog is open.
+        std::function<void()> meanwhile {};
+    };
+    void answerNextPanel(PanelAnswer answer) { m_panelAnswers.push_back(std::move(answer)); }
+    // Dialogs that were shown without an answer prepared; they count as cancelled.
+    int unansweredPanels() const { return m_unansweredPanels; }
+
+    struct BookmarkFacts {
+        std::optional<platform::URL> resolvesTo {};
+        bool grantsAccess = true;
+    };
+    void setBookmark(platform::Data const& data, BookmarkFacts facts) { m_bookmarks.facts[data.bytes] = std::move(facts); }
+    void setReadable(std::string path) { m_fileManager.readable.insert(std::move(path)); }
+    void setLocalizedHostName(std::optional<std::string> name) { m_hostInfo.name = std::move(name); }
+
+    platform::LogSink& logSink() override { return m_log; }
+    platform::Clock& clock() override { return m_clock; }
+    platform::Queue& mainQueue() override { return m_mainQueue; }
+    std::unique_ptr<platform::Queue> makeSerialQueue(std::string const& label) override;
+    platform::Bundles& bundles() override { return m_bundles; }
+    platform::FileManager& fileManager() override { return m_fileManager; }
+    platform::HostInfo& hostInfo() override { return m_hostInfo; }
+    platform::NSApplication& application() override { return m_application; }
+    platform::NSEventMonitors& eventMonitors() override { return m_monitors; }
+    platform::NSAnimationContext& animationContext() override { return m_animator; }
+    std::optional<platform::NSScreen> mainScreen() override { return m_screen; }
+    std::unique_ptr<platform::NSOpenPanel> makeOpenPanel() override;
+    platform::NSWorkspace* workspace() override { return &m_workspace; }
+    platform::Bookmarks* bookmarks() override { return &m_bookmarks; }
+
+private:
+    struct Log : platform::LogSink {
+        std::vector<platform::LogRecord> records {};
+        bool showsPrivate = false;
+
+        bool accepts(platform::LogLevel) const override { return true; }
+        bool showsPrivateValues() const override { return showsPrivate; }
+        void write(platform::LogRecord const& record) override { records.push_back(record); }
+    };
+
+    struct Application : platform::NSApplication {
+        explicit Application(Ledger& toldLedger)
+            : ledger(toldLedger)
+        {
+        }
+        void activateIgnoringOtherApps(bool) override { ledger.note("application activate"); }
+        void terminate() override { ledger.note("application terminate"); }
+        Ledger& ledger;
+    };
+
+    struct Monitors : platform::NSEventMonitors {
+        bool canWatch = true;
+
+        std::shared_ptr<platform::NSEventMonitor> addLocalMonitorForEventsMatchingMask(
+            platform::EventMask mask, std::set<std::uint16_t> keyCodes, Handler handler) override;
+    };
+
+    struct Files : platform::FileManager {
+        std::set<std::string> readable {};
+
+        platform::URL homeDirectoryForCurrentUser() const override;
+        bool isReadableFile(std::string const& path) const override { return readable.contains(path); }
+    };
+
+    struct Machine : platform::HostInfo {
+        std::optional<std::string> name = "Memory Machine";
+
+        std::optional<std::string> localizedName() const override { return name; }
+        std::optional<std::string> machineModel() const override { return "Memory1,1"; }
+        std::string operatingSystemVersionString() const override { return "Memory 1.0"; }
+    };
+
+    struct Workspace : platform::NSWorkspace {
+        explicit Workspace(Ledger& toldLedger)
+            : ledger(toldLedger)
+        {
+        }
+        bool openURL(platform::URL const& url) override;
+        Ledger& ledger;
+    };
+
+    struct GrantedFolders : platform::Bookmarks {
+        explicit GrantedFolders(Ledger& toldLedger)
+            : ledger(toldLedger)
+        {
+        }
+        platform::Result<platform::URL> resolve(
+            platform::Data const& bookmark, platform::BookmarkResolutionOptions options) override;
+        bool startAccessingSecurityScopedResource(platform::URL const& url) override;
+        void stopAccessingSecurityScopedResource(platform::URL const& url) override;
+
+        Ledger& ledger;
+        std::map<std::vector<std::uint8_t>, BookmarkFacts> facts {};
+    };
+
+    class OpenPanel;
+
+    MemoryClock m_clock;
+    Ledger m_ledger { m_clock };
+    MemoryTicker m_ticker;
+    MemoryQueue m_mainQueue;
+    Animator m_animator { m_clock, m_ticker, m_mainQueue };
+    Log m_log;
+    MemoryBundleFiles m_files;
+    platform::Bundles m_bundles { m_files };
+    Application m_application { m_ledger };
+    Monitors m_monitors;
+    Files m_fileManager;
+    Machine m_hostInfo;
+    Workspace m_workspace { m_ledger };
+    GrantedFolders m_bookmarks { m_ledger };
+    std::vector<std::weak_ptr<MemoryQueue>> m_serialQueues;
+    std::optional<platform::NSScreen> m_screen;
+    std::deque<PanelAnswer> m_panelAnswers;
+    int m_unansweredPanels = 0;
+};
+
+} // namespace backends
