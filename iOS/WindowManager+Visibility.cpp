@@ -1,0 +1,83 @@
+#include "iOS/WindowManager.h"
+
+#include "iOS/NSWindow+Paneweld.h"
+#include "iOS/UIScheduler.h"
+#include "platform/Platform.h"
+#include "platform/appkit/NSEventMonitors.h"
+#include "platform/appkit/NSWindow.h"
+#include "platform/combine/Map.h"
+#include "platform/combine/ReceiveOn.h"
+#include "platform/combine/RemoveDuplicates.h"
+
+// Which windows are shown, and the Escape key of brainstorm windows.
+
+namespace paneweld {
+
+using platform::Notification;
+using platform::NSEvent;
+using platform::NSWindow;
+
+void WindowManager::observeWindowActions()
+{
+    using Identifiers = std::set<std::string>;
+    // A repeated show of one window, as every focus reports it, ends at the first step; an action that changes
+    // nothing ends at the second.
+    m_windowActionSubscription
+        = m_windowActionSubject.publisher()
+              .then(platform::removeDuplicates<WindowAction>())
+              .then(platform::map<Identifiers, WindowAction>([state = m_state](WindowAction const& action) {
+                  return state->with([&](State& locked) {
+                      locked.apply(action);
+                      return locked.windowIdentifiers;
+                  });
+              }))
+              .then(platform::removeDuplicates<Identifiers>())
+              .then(platform::receiveOn<Identifiers>(UIScheduler::shared(m_platform.mainQueue())))
+              .sink([weak = weakSelf()](Identifiers const& identifiers) {
+                  if (auto const self = weak.lock())
+                      self->rebuildResizePipelines(identifiers);
+              });
+}
+
+void WindowManager::windowWillClose(Notification const& notification)
+{
+    auto const window = windowOf(notification);
+    if (!window)
+        return;
+    // The Escape monitor is not touched here: a key window resigns before it closes.
+    if (auto const id = uniqueIdentifier(*window))
+        m_windowActionSubject.send(WindowAction::willClose(*id));
+}
+
+void WindowManager::windowDidResignKey(Notification const& notification)
+{
+    if (auto const window = windowOf(notification))
+        removeEscapeMonitor(*window);
+}
+
+void WindowManager::installEscapeMonitor(std::shared_ptr<NSWindow> const& window)
+{
+    removeEscapeMonitor(*window);
+    if (!isBrainstorm(*window))
+        return;
+    // The handler does not ask which window the event is for: while the brainstorm window is key, Escape anywhere in
+    // the application closes it. The hold on the window is strong and ends with the monitor.
+    m_keyDownMonitors[window.get()] = m_platform.eventMonitors().addLocalMonitorForEventsMatchingMask(
+        platform::EventMask::KeyDown, { platform::keyCodeEscape },
+        [window](NSEvent const& event) -> std::optional<NSEvent> {
+            if (event.keyCode != platform::keyCodeEscape)
+                return event;
+            window->close();
+            return std::nullopt;
+        });
+}
+
+void WindowManager::removeEscapeMonitor(NSWindow const& window)
+{
+    auto const entry = m_keyDownMonitors.extract(&window);
+    // A platform that gave no token leaves an empty entry behind.
+    if (!entry.empty() && entry.mapped())
+        m_platform.eventMonitors().removeMonitor(entry.mapped());
+}
+
+} // namespace paneweld

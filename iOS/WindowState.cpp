@@ -1,0 +1,31 @@
+#include "iOS/WindowState.h"
+
+#include "iOS/ResizeBrainstormWindow.h"
+
+namespace paneweld {
+
+void State::apply(WindowAction const& action)
+{
+    if (action.action == WindowAction::Case::WillShow) {
+        windowIdentifiers.insert(action.windowIdentifier);
+        return;
+    }
+    windowIdentifiers.erase(action.windowIdentifier);
+    lastAppliedResizeIDByWindowIdentifier.erase(action.windowIdentifier);
+}
+
+bool State::takePreferredSize(ResizeBrainstormWindow const& request)
+{
+    if (!request.preferredSizeID)
+        return false;
+    auto const [entry, isFirst] = lastAppliedResizeIDByWindowIdentifier.try_emplace(
+        request.windowIdentifier, *request.preferredSizeID);
+    if (isFirst)
+        return true;
+    if (entry->second == *request.preferredSizeID)
+        return false;
+    entry->second = *request.preferredSizeID;
+    return true;
+}
+
+} // namespace paneweld
