@@ -1,0 +1,98 @@
+#pragma once
+
+#include "iOS/NotificationCenter+Paneweld.h"
+#include "iOS/NSBundle+Paneweld.h"
+#include "iOS/NSUserActivity+Paneweld.h"
+#include "iOS/WindowIdentifier.h"
+#include "platform/foundation/NotificationCenter.h"
+#include "platform/foundation/Result.h"
+#include "platform/runtime/Class.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace platform {
+class Bundle;
+class NSWindow;
+}
+
+namespace paneweld {
+
+// What a host app tells the library before anything else happens.
+struct HostOptions {
+    // The folder that counts as the app's main bundle. Absent: the folder of the running executable; a host whose
+    // executable is not its own (a script) names its folder here.
+    std::optional<std::string> mainBundlePath {};
+    // Reverse-DNS identifier of the app ("com.example.Ideas"). Names the app in the log.
+    std::optional<std::string> bundleIdentifier {};
+    // Where "Paneweld.framework" is when it is neither in "Frameworks" of the main bundle nor beside the executable.
+    std::optional<std::string> frameworkPath {};
+    // The X display, as in DISPLAY. Absent: DISPLAY itself.
+    std::optional<std::string> display {};
+};
+
+// How far the plug-in reaches, decided at start.
+enum class WindowReach {
+    X11, // every window of this process
+    XWayland, // windows of this process that go through X; native Wayland windows are out of reach: run the toolkit on X
+    None, // no X server could be reached: there are no windows, everything else works
+};
+
+// The host's hold on the library: one a process, made on the main thread before its first window, alive to the end.
+// Everything here is for the main thread. Nothing throws.
+class Host {
+public:
+    // Installs the platform and makes the plug-in findable. Fails with a reason when another copy of the library is in
+    // the process, or a host was started before.
+    static platform::Result<std::unique_ptr<Host>> start(HostOptions options = {});
+    ~Host();
+
+    // The plug-in's bundle, or null when there is none: the app then goes on without it.
+    std::shared_ptr<platform::Bundle> plugin() const;
+
+    // The event loop is the host's. Wait for this descriptor to become readable, together with everything else, then
+    // call dispatch, which never blocks. Ready-made adapters: paneweld/glib.hpp.
+    int pollableDescriptor() const;
+    void dispatch();
+    // For a host without a loop: waits and dispatches until stop is called.
+    void run();
+    void stop();
+
+    WindowReach windowReach() const;
+
+    // Call it right before a window is mapped, after its title holds the identifier and the toolkit's connection is
+    // flushed (XFlush, XSync): the window is recognised, styled and placed before anybody can see it. Takes one
+    // round trip to the X server. False when the server does not know it as a top-level window of this process.
+    // Without the call windows are found by themselves, some milliseconds later.
+    bool announceWindow(std::uint32_t xid);
+
+    // The X id of a window that came with a notification, and the way back.
+    std::optional<std::uint32_t> nativeHandle(platform::NSWindow const& window) const;
+    std::shared_ptr<platform::NSWindow> window(std::uint32_t xid) const;
+
+    // Moves a window that is movable by its background from a button press that the app just got and does not use
+    // itself: the pointer's place on the root window in pixels, and the button.
+    bool beginWindowMove(std::uint32_t xid, int rootX, int rootY, int button);
+
+    // True while an input method shows unfinished text: Escape then belongs to it and closes nothing.
+    void setComposingText(bool isComposing);
+
+    // What ends the app when the plug-in is asked to quit. Without one all windows are asked to close.
+    void setTerminateHandler(std::function<void()> handler);
+
+    // Hears every notification of the process, before its observers: for traces.
+    void setNotificationTap(std::function<void(platform::Notification const&)> tap);
+
+private:
+    Host();
+    struct Private;
+    std::unique_ptr<Private> m_private;
+};
+
+// PANEWELD_VERSION of the library that is loaded.
+char const* libraryVersion();
+
+} // namespace paneweld
