@@ -40,8 +40,8 @@ void AppKitController::observeNotifications()
 {
     auto& center = NotificationCenter::defaultCenter();
     std::weak_ptr<AppKitController> const weak = std::static_pointer_cast<AppKitController>(shared_from_this());
-    m_notificationObservers.push_back(addObserver(
-        center, NotificationName::requestFileAccess(), nullptr, [weak](Notification const& notification) {
+    m_notificationObservers.push_back(
+        addObserver(center, NotificationName::requestFileAccess(), nullptr, [weak](Notification const& notification) {
             auto const self = weak.lock();
             auto const request = self ? RequestFileAccess::from(notification) : std::nullopt;
             if (request)

@@ -41,7 +41,8 @@ void MailScriptRunner::callHandler(std::string handler, platform::List, Completi
     // The call keeps the runner alive until it is answered.
     m_queue->async([self = shared_from_this(), handler = std::move(handler), completion = std::move(completion)] {
         auto const error = self->loadScript();
-        self->m_log.error("call handler failed: name=%{public}s error=%{public}s", { handler, error.localizedDescription });
+        self->m_log.error(
+            "call handler failed: name=%{public}s error=%{public}s", { handler, error.localizedDescription });
         completion(std::nullopt, error);
     });
 }

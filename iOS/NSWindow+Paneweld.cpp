@@ -82,8 +82,9 @@ void loadWindowIdentifierFromTitle(NSWindow& window)
     setAssociatedObject(
         window, identifierKey, std::shared_ptr<platform::NSObject>(identifier), AssociationPolicy::Copy);
     window.setTitle(identifier->localizedTitle());
-    platform::NotificationCenter::defaultCenter().post({ NotificationName::windowIdentifierDidLoad(),
-        window.shared_from_this(), WindowIdentifierDidLoad { identifier->id(), identifier->localizedTitle() }.userInfo() });
+    platform::NotificationCenter::defaultCenter().post(
+        { NotificationName::windowIdentifierDidLoad(), window.shared_from_this(),
+            WindowIdentifierDidLoad { identifier->id(), identifier->localizedTitle() }.userInfo() });
 }
 
 std::shared_ptr<NSWindow> firstWindow(platform::NSApplication const& application, std::string const& id)

@@ -10,7 +10,7 @@ namespace platform {
 class NSApplication;
 class NSWindow;
 class Platform;
-}
+} // namespace platform
 
 namespace paneweld {
 

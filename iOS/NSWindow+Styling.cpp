@@ -74,8 +74,7 @@ bool styleBrainstorm(NSWindow& window, platform::Platform& platform)
     window.setAlphaValue(0.0);
     window.setTitlebarAppearsTransparent(true);
     window.setTitleVisibility(platform::TitleVisibility::Hidden);
-    window.setStyleMask(
-        window.styleMask() | platform::styleMaskTitled | platform::styleMaskFullSizeContentView);
+    window.setStyleMask(window.styleMask() | platform::styleMaskTitled | platform::styleMaskFullSizeContentView);
     window.setBackgroundColor(platform::NSColor::clearColor());
     window.setMovableByWindowBackground(true);
     window.setReleasedWhenClosed(false);

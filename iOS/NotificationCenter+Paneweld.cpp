@@ -12,8 +12,7 @@ using platform::Value;
 
 namespace {
 
-template<typename T>
-std::optional<T> copied(T const* value)
+template <typename T> std::optional<T> copied(T const* value)
 {
     return value ? std::optional<T>(*value) : std::nullopt;
 }
@@ -68,7 +67,8 @@ void set(Dictionary& dictionary, char const* key, std::optional<double> const& n
 
 Dictionary errorDictionary(platform::NSError const& error)
 {
-    return { { "domain", error.domain }, { "code", error.code }, { "localizedDescription", error.localizedDescription } };
+    return { { "domain", error.domain }, { "code", error.code },
+        { "localizedDescription", error.localizedDescription } };
 }
 
 std::optional<platform::NSError> errorFrom(Value const& value)
@@ -81,7 +81,8 @@ std::optional<platform::NSError> errorFrom(Value const& value)
         error.domain = *found->second.asText();
     if (auto const found = dictionary->find("code"); found != dictionary->end())
         error.code = found->second.asInt().value_or(0);
-    if (auto const found = dictionary->find("localizedDescription"); found != dictionary->end() && found->second.asText())
+    if (auto const found = dictionary->find("localizedDescription");
+        found != dictionary->end() && found->second.asText())
         error.localizedDescription = *found->second.asText();
     return error;
 }
@@ -131,10 +132,10 @@ std::optional<RequestFileAccess> RequestFileAccess::from(Notification const& not
 Dictionary RequestFileAccess::userInfo() const
 {
     return { { "completion", Callable { completionSignature, [call = completion](List const& arguments) {
-                 auto const* const urls = arguments.empty() ? nullptr : arguments[0].asList();
-                 call(urls ? std::optional(urlsIn(*urls)) : std::nullopt);
-                 return Value();
-             } } } };
+                                           auto const* const urls = arguments.empty() ? nullptr : arguments[0].asList();
+                                           call(urls ? std::optional(urlsIn(*urls)) : std::nullopt);
+                                           return Value();
+                                       } } } };
 }
 
 std::optional<ExecuteMailScript> ExecuteMailScript::from(Notification const& notification)
@@ -155,9 +156,8 @@ std::optional<ExecuteMailScript> ExecuteMailScript::from(Notification const& not
 Dictionary ExecuteMailScript::userInfo() const
 {
     Callable const wrapped { completionSignature, [call = completion](List const& arguments) {
-                                auto const argument = [&](std::size_t i) {
-                                    return i < arguments.size() ? arguments[i] : Value();
-                                };
+                                auto const argument
+                                    = [&](std::size_t i) { return i < arguments.size() ? arguments[i] : Value(); };
                                 call(copied(argument(0).asText()), errorFrom(argument(1)));
                                 return Value();
                             } };
@@ -264,8 +264,7 @@ Dictionary BrainstormWindowResize::userInfo() const
     return { { "height", height }, { "minHeight", minHeight }, { "maxHeight", maxHeight }, { "windowID", windowID } };
 }
 
-std::optional<BrainstormWindowDidEndLiveResize> BrainstormWindowDidEndLiveResize::from(
-    Notification const& notification)
+std::optional<BrainstormWindowDidEndLiveResize> BrainstormWindowDidEndLiveResize::from(Notification const& notification)
 {
     auto const windowID = text(notification, "windowID");
     auto const width = length(notification, "width");

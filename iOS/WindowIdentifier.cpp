@@ -57,17 +57,16 @@ platform::Class makeRuntimeClass()
     auto const factory = [](Factory make) {
         return [make](List const& arguments) { return boxed(make(textAt(arguments, 0), textAt(arguments, 1))); };
     };
-    auto const getter = [](auto get) {
-        return [get](NSObject& object, List const&) { return Value(get(identifierIn(object))); };
-    };
+    auto const getter
+        = [](auto get) { return [get](NSObject& object, List const&) { return Value(get(identifierIn(object))); }; };
 
     platform::Class description { "QuorvelWindowIdentifier" };
     description.allocInit = []() -> std::shared_ptr<NSObject> { WindowIdentifier::init(); };
     description.classMethods = {
         { "initWithId:type:localizedTitle:",
             [](List const& arguments) {
-                return boxed(WindowIdentifier::create(
-                    textAt(arguments, 0), textAt(arguments, 1), textAt(arguments, 2)));
+                return boxed(
+                    WindowIdentifier::create(textAt(arguments, 0), textAt(arguments, 1), textAt(arguments, 2)));
             } },
         { "init", [](List const&) -> Value { WindowIdentifier::init(); } },
         { "from:", [](List const& arguments) { return boxed(WindowIdentifier::from(textAt(arguments, 0))); } },
@@ -103,8 +102,7 @@ WindowIdentifier::WindowIdentifier(std::string id, std::string type, std::string
 {
 }
 
-std::shared_ptr<WindowIdentifier> WindowIdentifier::create(
-    std::string id, std::string type, std::string localizedTitle)
+std::shared_ptr<WindowIdentifier> WindowIdentifier::create(std::string id, std::string type, std::string localizedTitle)
 {
     return std::shared_ptr<WindowIdentifier>(
         new WindowIdentifier(std::move(id), std::move(type), std::move(localizedTitle)));
@@ -155,7 +153,8 @@ bool WindowIdentifier::isSettings() const { return m_type == settingsType(); }
 
 std::string WindowIdentifier::encoded() const
 {
-    auto text = platform::jsonObjectText({ { "id", m_id }, { "type", m_type }, { "localized_title", m_localizedTitle } });
+    auto text
+        = platform::jsonObjectText({ { "id", m_id }, { "type", m_type }, { "localized_title", m_localizedTitle } });
     return platform::isValidUTF8(text) ? text : m_localizedTitle;
 }
 
@@ -181,10 +180,7 @@ std::shared_ptr<WindowIdentifier> WindowIdentifier::newInstance(
     return create(std::move(id), std::move(type), std::move(localizedTitle));
 }
 
-std::shared_ptr<NSObject> WindowIdentifier::copyWithZone() const
-{
-    return newInstance(m_id, m_type, m_localizedTitle);
-}
+std::shared_ptr<NSObject> WindowIdentifier::copyWithZone() const { return newInstance(m_id, m_type, m_localizedTitle); }
 
 platform::Class const& WindowIdentifier::runtimeClass()
 {

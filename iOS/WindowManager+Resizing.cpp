@@ -32,8 +32,8 @@ void WindowManager::brainstormWindowPreferredHeightDidChange(Notification const&
     auto const payload = BrainstormWindowPreferredHeightDidChange::from(notification);
     if (!payload)
         return;
-    ResizeBrainstormWindow request { payload->windowID, payload->minHeight, payload->maxHeight,
-        payload->preferredWidth, payload->preferredHeight, {}, payload->animate };
+    ResizeBrainstormWindow request { payload->windowID, payload->minHeight, payload->maxHeight, payload->preferredWidth,
+        payload->preferredHeight, {}, payload->animate };
     if (request.preferredWidth || request.preferredHeight)
         request.preferredSizeID = platform::UUID::random();
     m_resizeBrainstormSubject.send(request);
@@ -55,9 +55,8 @@ platform::Cancellable WindowManager::makeResizePipeline(std::string const& id)
 {
     using Pair = std::pair<ResizeBrainstormWindow, IsWindowAnimating>;
     return platform::combineLatest(m_resizeBrainstormSubject.publisher(), m_isWindowAnimatingSubject.publisher())
-        .then(platform::filter<Pair>([id](Pair const& pair) {
-            return pair.first.windowIdentifier == id && pair.second.windowIdentifier == id;
-        }))
+        .then(platform::filter<Pair>(
+            [id](Pair const& pair) { return pair.first.windowIdentifier == id && pair.second.windowIdentifier == id; }))
         .then(platform::filter<Pair>([](Pair const& pair) { return !pair.second.isAnimating; }))
         .then(platform::map<ResizeBrainstormWindow, Pair>([](Pair const& pair) { return pair.first; }))
         .then(platform::removeDuplicates<ResizeBrainstormWindow>())

@@ -18,8 +18,8 @@ bool State::takePreferredSize(ResizeBrainstormWindow const& request)
 {
     if (!request.preferredSizeID)
         return false;
-    auto const [entry, isFirst] = lastAppliedResizeIDByWindowIdentifier.try_emplace(
-        request.windowIdentifier, *request.preferredSizeID);
+    auto const [entry, isFirst]
+        = lastAppliedResizeIDByWindowIdentifier.try_emplace(request.windowIdentifier, *request.preferredSizeID);
     if (isFirst)
         return true;
     if (entry->second == *request.preferredSizeID)

@@ -39,9 +39,8 @@ public:
     {
         m_world.m_ledger.note("panel directories=" + std::string(canChooseDirectories ? "yes" : "no")
             + " files=" + (canChooseFiles ? "yes" : "no") + " multiple=" + (allowsMultipleSelection ? "yes" : "no")
-            + " create=" + (canCreateDirectories ? "yes" : "no")
-            + " directory=" + (directoryURL ? directoryURL->absoluteString() : "") + " message=" + message
-            + " prompt=" + prompt);
+            + " create=" + (canCreateDirectories ? "yes" : "no") + " directory="
+            + (directoryURL ? directoryURL->absoluteString() : "") + " message=" + message + " prompt=" + prompt);
         if (m_world.m_panelAnswers.empty()) {
             ++m_world.m_unansweredPanels;
             return ModalResponse::Cancel;
@@ -113,8 +112,8 @@ void MemoryPlatform::advance(Seconds by)
 std::shared_ptr<MemoryWindow> MemoryPlatform::makeWindow(
     std::string name, std::string title, platform::Rect const& frame)
 {
-    auto window = std::make_shared<MemoryWindow>(
-        m_application, m_animator, m_ledger, std::move(name), std::move(title), frame);
+    auto window
+        = std::make_shared<MemoryWindow>(m_application, m_animator, m_ledger, std::move(name), std::move(title), frame);
     m_application.insertWindow(window);
     return window;
 }

@@ -70,7 +70,10 @@ public:
         std::optional<platform::URL> resolvesTo {};
         bool grantsAccess = true;
     };
-    void setBookmark(platform::Data const& data, BookmarkFacts facts) { m_bookmarks.facts[data.bytes] = std::move(facts); }
+    void setBookmark(platform::Data const& data, BookmarkFacts facts)
+    {
+        m_bookmarks.facts[data.bytes] = std::move(facts);
+    }
     void setReadable(std::string path) { m_fileManager.readable.insert(std::move(path)); }
     void setLocalizedHostName(std::optional<std::string> name) { m_hostInfo.name = std::move(name); }
 

@@ -1,6 +1,5 @@
 #include "backends/memory/MemoryWindow.h"
 
-
 namespace backends {
 
 using platform::Display;
@@ -24,8 +23,8 @@ class MemoryWindow::RecordingAnimator : public platform::NSWindowAnimator {
 public:
     explicit RecordingAnimator(MemoryWindow& window)
         : m_window(window)
-        , m_steps(window.m_animator.makeWindowAnimator(
-              std::static_pointer_cast<MemoryWindow>(window.shared_from_this())))
+        , m_steps(
+              window.m_animator.makeWindowAnimator(std::static_pointer_cast<MemoryWindow>(window.shared_from_this())))
     {
     }
 

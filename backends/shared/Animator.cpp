@@ -77,7 +77,7 @@ struct Animator::Animation {
         target->applyAnimatedFrame(progress >= 1
                 ? *frame
                 : Rect { between(fromFrame.x, frame->x, share), between(fromFrame.y, frame->y, share),
-                      between(fromFrame.width, frame->width, share), between(fromFrame.height, frame->height, share) });
+                    between(fromFrame.width, frame->width, share), between(fromFrame.height, frame->height, share) });
     }
 };
 
@@ -100,8 +100,7 @@ public:
     }
 
 private:
-    template<typename SetTarget>
-    void change(SetTarget setTarget)
+    template <typename SetTarget> void change(SetTarget setTarget)
     {
         auto const window = m_window.lock();
         if (!window)

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "iOS/NotificationCenter+Paneweld.h"
 #include "iOS/NSBundle+Paneweld.h"
 #include "iOS/NSUserActivity+Paneweld.h"
+#include "iOS/NotificationCenter+Paneweld.h"
 #include "iOS/WindowIdentifier.h"
 #include "platform/foundation/NotificationCenter.h"
 #include "platform/foundation/Result.h"
@@ -17,7 +17,7 @@
 namespace platform {
 class Bundle;
 class NSWindow;
-}
+} // namespace platform
 
 namespace paneweld {
 
@@ -37,7 +37,8 @@ struct HostOptions {
 // How far the plug-in reaches, decided at start.
 enum class WindowReach {
     X11, // every window of this process
-    XWayland, // windows of this process that go through X; native Wayland windows are out of reach: run the toolkit on X
+    XWayland, // windows of this process that go through X; native Wayland windows are out of reach: run the toolkit on
+              // X
     None, // no X server could be reached: there are no windows, everything else works
 };
 

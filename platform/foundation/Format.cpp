@@ -37,13 +37,15 @@ std::optional<Whole> wholeNumber(Value const& value)
     return wholeNumber(static_cast<std::int64_t>(*number));
 }
 
-std::string upperCase(std::string text)
+// The precision of a whole number is its least number of digits, and with none at all a zero vanishes.
+std::string withPrecision(FormatSpecifier const& specifier, std::string digits)
 {
-    for (char& character : text) {
-        if (character >= 'a' && character <= 'z')
-            character = static_cast<char>(character - 'a' + 'A');
-    }
-    return text;
+    if (!specifier.precision.isGiven)
+        return digits;
+    auto const least = static_cast<std::size_t>(specifier.precision.number);
+    if (least == 0 && digits == "0")
+        return {};
+    return std::string(least - std::min(least, digits.size()), '0') + digits;
 }
 
 class Formatter {
@@ -170,11 +172,7 @@ void Formatter::writeWhole(FormatSpecifier const& specifier, Whole whole)
         writeBits(specifier, whole);
         return;
     }
-    auto digits = specifier.precision.isGiven && specifier.precision.number == 0 && whole.size == 0
-        ? std::string()
-        : digitsOf(whole.size, 10);
-    if (specifier.precision.isGiven && digits.size() < static_cast<std::size_t>(specifier.precision.number))
-        digits.insert(0, static_cast<std::size_t>(specifier.precision.number) - digits.size(), '0');
+    auto const digits = withPrecision(specifier, digitsOf(whole.size, 10));
     auto const* sign = whole.isNegative ? "-" : specifier.hasPlus ? "+" : specifier.hasSpace ? " " : "";
     writePadded(specifier, sign, localized(digits), !specifier.precision.isGiven);
 }
@@ -188,16 +186,12 @@ void Formatter::writeBits(FormatSpecifier const& specifier, Whole whole)
     auto const letter = specifier.conversion;
     bool const isDecimal = letter == 'u' || letter == 'U';
     bool const isOctal = letter == 'o' || letter == 'O';
-    auto digits = digitsOf(bits, isDecimal ? 10 : isOctal ? 8 : 16);
-    if (specifier.precision.isGiven && specifier.precision.number == 0 && bits == 0)
-        digits.clear();
-    if (specifier.precision.isGiven && digits.size() < static_cast<std::size_t>(specifier.precision.number))
-        digits.insert(0, static_cast<std::size_t>(specifier.precision.number) - digits.size(), '0');
+    auto digits = withPrecision(specifier, digitsOf(bits, isDecimal ? 10 : isOctal ? 8 : 16));
     if (isOctal && specifier.isAlternate && !digits.starts_with('0'))
         digits.insert(0, "0");
     bool const hasPrefix = !isDecimal && !isOctal && specifier.isAlternate && bits != 0;
     if (letter == 'X')
-        digits = upperCase(std::move(digits));
+        digits = asciiUpperCase(digits);
     writePadded(specifier,
         !hasPrefix          ? ""
             : letter == 'X' ? "0X"
@@ -219,8 +213,8 @@ void Formatter::writeDouble(FormatSpecifier const& specifier, double number)
     } else {
         digits = localized(digits);
     }
-    writePadded(specifier, isUpper ? upperCase(std::move(prefix)) : prefix,
-        isUpper ? upperCase(std::move(digits)) : digits, std::isfinite(number));
+    writePadded(specifier, isUpper ? asciiUpperCase(prefix) : prefix, isUpper ? asciiUpperCase(digits) : digits,
+        std::isfinite(number));
 }
 
 void Formatter::writeCharacter(FormatSpecifier const& specifier, Value const& value)

@@ -8,8 +8,7 @@
 
 namespace platform {
 
-class ObservationToken {
-};
+class ObservationToken { };
 
 struct NotificationCenter::Registration {
     Filter filter;
@@ -104,6 +103,16 @@ void NotificationCenter::removeObserver(
         known->isRemoved = true;
         return true;
     });
+}
+
+std::vector<NotificationCenter::Filter> NotificationCenter::observations(NSObject const& observer) const
+{
+    std::vector<Filter> filters;
+    for (auto const& registration : m_registrations) {
+        if (registration->observerIdentity == &observer)
+            filters.push_back(registration->filter);
+    }
+    return filters;
 }
 
 void NotificationCenter::post(Notification const& notification)

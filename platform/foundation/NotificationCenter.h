@@ -49,6 +49,9 @@ public:
     void removeObserver(NSObject const& observer, std::optional<NotificationName> const& name = {},
         std::shared_ptr<NSObject> const& object = {});
 
+    // What an observer is registered for, in order of registration.
+    std::vector<Filter> observations(NSObject const& observer) const;
+
     void post(Notification const& notification);
 
     // Hears every post before its observers do. For traces; one at a time, an empty function takes it away.

@@ -166,4 +166,14 @@ std::string asciiLowerCase(std::string_view text)
     return lower;
 }
 
+std::string asciiUpperCase(std::string_view text)
+{
+    std::string upper(text);
+    for (char& character : upper) {
+        if (character >= 'a' && character <= 'z')
+            character = static_cast<char>(character - 'a' + 'A');
+    }
+    return upper;
+}
+
 } // namespace platform

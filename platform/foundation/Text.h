@@ -49,7 +49,8 @@ std::optional<std::string> textFromUTF32(std::string_view bytes, ByteOrder order
 // The number of a digit in base 16, in either case; absent for other characters.
 std::optional<unsigned> hexDigitValue(char digit);
 
-// Only A-Z change, whatever the locale.
+// Only A-Z and a-z change, whatever the locale.
 std::string asciiLowerCase(std::string_view text);
+std::string asciiUpperCase(std::string_view text);
 
 } // namespace platform

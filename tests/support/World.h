@@ -20,10 +20,7 @@ protected:
     {
     }
 
-    void TearDown() override
-    {
-        EXPECT_EQ(world.unansweredPanels(), 0) << "a dialog was shown that nobody answered";
-    }
+    void TearDown() override { EXPECT_EQ(world.unansweredPanels(), 0) << "a dialog was shown that nobody answered"; }
 
     static std::string tag(std::string const& type, std::string const& id, std::string const& title = "Title")
     {

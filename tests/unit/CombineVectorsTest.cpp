@@ -50,7 +50,9 @@ private:
         auto const stage = from.at("stage").get<std::string>();
         if (stage == "combineLatest") {
             return combineLatest(publisher(from.at("a")), publisher(from.at("b")))
-                .then(map<json, std::pair<json, json>>([](auto const& pair) { return json { pair.first, pair.second }; }));
+                .then(map<json, std::pair<json, json>>([](auto const& pair) {
+                    return json { pair.first, pair.second };
+                }));
         }
         auto const upstream = publisher(from.at("from"));
         if (stage == "removeDuplicates")
