@@ -45,7 +45,11 @@ public:
     Ledger& ledger() { return m_ledger; }
     std::vector<platform::LogRecord> const& logRecords() const { return m_log.records; }
     void showPrivateLogValues() { m_log.showsPrivate = true; }
-    void clearLog() { m_log.records.clear(); }
+    // Hears every line as it is written; an empty function takes it away.
+    void setLogListener(std::function<void(platform::LogRecord const&)> listener)
+    {
+        m_log.listener = std::move(listener);
+    }
     MemoryBundleFiles& files() { return m_files; }
 
     // What there is to see and to answer with.
@@ -96,10 +100,16 @@ private:
     struct Log : platform::LogSink {
         std::vector<platform::LogRecord> records {};
         bool showsPrivate = false;
+        std::function<void(platform::LogRecord const&)> listener {};
 
         bool accepts(platform::LogLevel) const override { return true; }
         bool showsPrivateValues() const override { return showsPrivate; }
-        void write(platform::LogRecord const& record) override { records.push_back(record); }
+        void write(platform::LogRecord const& record) override
+        {
+            records.push_back(record);
+            if (listener)
+                listener(record);
+        }
     };
 
     struct Application : platform::NSApplication {

@@ -206,8 +206,9 @@ void MemoryWindow::applyAnimatedFrame(Rect const& frame)
 
 void MemoryWindow::applyAnimatedAlpha(double alpha)
 {
+    auto const hasArrived = alpha >= 1 && m_alpha < 1;
     m_alpha = alpha;
-    if (alpha >= 1)
+    if (hasArrived)
         note("alpha " + ledgerText(alpha));
 }
 

@@ -94,7 +94,8 @@ public:
         m_manager = ObservedWindowManager::create(m_world, [this](auto const& ids) { note({ "rebuild", ids }); });
         m_manager->observeNotifications();
         for (auto const& observer : vector.value("observers", json::array()))
-            m_reactions["Paneweld.BrainstormWindow" + observer.at("on").template get<std::string>()] = observer.at("do");
+            m_reactions["Paneweld.BrainstormWindow" + observer.at("on").template get<std::string>()]
+                = observer.at("do");
     }
 
     json play()
