@@ -8,14 +8,16 @@ namespace paneweld {
 
 // A value that is only seen inside a closure, with its lock held. Value and lock live in one allocation of the box's
 // own. Keep the closures short: nothing is sent, posted or waited for inside, and no reference leaves.
-template <typename T> class Locked {
+template<typename T>
+class Locked {
 public:
     explicit Locked(T value = {})
         : buffer(std::move(value))
     {
     }
 
-    template <typename Closure> auto with(Closure&& closure)
+    template<typename Closure>
+    auto with(Closure&& closure)
     {
         return buffer.lock.with([&] { return std::forward<Closure>(closure)(buffer.value); });
     }

@@ -18,7 +18,8 @@ struct ActivityType {
 
 // The first activity, in the sequence's own order, that decides a new window's kind; null when none does. Types are
 // compared byte for byte.
-template <typename Sequence> std::shared_ptr<platform::NSUserActivity> firstWindowActivity(Sequence const& activities)
+template<typename Sequence>
+std::shared_ptr<platform::NSUserActivity> firstWindowActivity(Sequence const& activities)
 {
     std::set<std::string> const windowTypes { ActivityType::brainstormWindow, ActivityType::iOSAppWindow,
         ActivityType::onboardingWindow, ActivityType::settingsWindow };

@@ -12,7 +12,8 @@ using platform::Value;
 
 namespace {
 
-template <typename T> std::optional<T> copied(T const* value)
+template<typename T>
+std::optional<T> copied(T const* value)
 {
     return value ? std::optional<T>(*value) : std::nullopt;
 }

@@ -41,6 +41,7 @@ struct ResizeGeometry {
 
 } // namespace paneweld
 
-template <> struct std::hash<paneweld::ResizeBrainstormWindow> {
+template<>
+struct std::hash<paneweld::ResizeBrainstormWindow> {
     std::size_t operator()(paneweld::ResizeBrainstormWindow const& value) const noexcept;
 };

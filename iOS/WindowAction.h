@@ -21,7 +21,8 @@ struct WindowAction {
 
 } // namespace paneweld
 
-template <> struct std::hash<paneweld::WindowAction> {
+template<>
+struct std::hash<paneweld::WindowAction> {
     std::size_t operator()(paneweld::WindowAction const& value) const noexcept
     {
         return std::hash<std::string> {}(value.windowIdentifier) * 2 + static_cast<std::size_t>(value.action);

@@ -20,7 +20,8 @@ void exportClass(char const* bundlePath, Class description)
     platform::ClassRegistry::shared().registerClass(bundlePath, *new Class(std::move(description)));
 }
 
-template <typename Made> Class withMaker()
+template<typename Made>
+Class withMaker()
 {
     Class description = Made::runtimeClass();
     description.allocInit = [] { return Made::create(Platform::current()); };

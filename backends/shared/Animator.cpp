@@ -100,7 +100,8 @@ public:
     }
 
 private:
-    template <typename SetTarget> void change(SetTarget setTarget)
+    template<typename SetTarget>
+    void change(SetTarget setTarget)
     {
         auto const window = m_window.lock();
         if (!window)

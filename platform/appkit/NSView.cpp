@@ -19,8 +19,7 @@ void NSView::setWantsLayer(bool wantsLayer)
     m_layer = wantsLayer ? std::make_unique<CALayer>() : nullptr;
 }
 
-void NSView::addSubview(
-    std::shared_ptr<NSView> view, ViewPosition position, std::shared_ptr<NSView> const& relativeTo)
+void NSView::addSubview(std::shared_ptr<NSView> view, ViewPosition position, std::shared_ptr<NSView> const& relativeTo)
 {
     auto place = position == ViewPosition::Below ? m_subviews.begin() : m_subviews.end();
     if (auto const found = std::find(m_subviews.begin(), m_subviews.end(), relativeTo); found != m_subviews.end())

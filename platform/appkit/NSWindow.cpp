@@ -18,32 +18,32 @@ NotificationName const& nameOf(Tag, char const* text)
 
 NotificationName const& windowWillBecomeVisibleNotification()
 {
-    return nameOf([] { }, "_NSWindowWillBecomeVisible");
+    return nameOf([] {}, "_NSWindowWillBecomeVisible");
 }
 
 NotificationName const& windowDidBecomeKeyNotification()
 {
-    return nameOf([] { }, "NSWindowDidBecomeKeyNotification");
+    return nameOf([] {}, "NSWindowDidBecomeKeyNotification");
 }
 
 NotificationName const& windowDidResignKeyNotification()
 {
-    return nameOf([] { }, "NSWindowDidResignKeyNotification");
+    return nameOf([] {}, "NSWindowDidResignKeyNotification");
 }
 
 NotificationName const& windowWillCloseNotification()
 {
-    return nameOf([] { }, "NSWindowWillCloseNotification");
+    return nameOf([] {}, "NSWindowWillCloseNotification");
 }
 
 NotificationName const& windowWillStartLiveResizeNotification()
 {
-    return nameOf([] { }, "NSWindowWillStartLiveResizeNotification");
+    return nameOf([] {}, "NSWindowWillStartLiveResizeNotification");
 }
 
 NotificationName const& windowDidEndLiveResizeNotification()
 {
-    return nameOf([] { }, "NSWindowDidEndLiveResizeNotification");
+    return nameOf([] {}, "NSWindowDidEndLiveResizeNotification");
 }
 
 bool NSWindow::isKeyWindow() const { return m_application.keyWindow().get() == this; }

@@ -15,13 +15,13 @@ auto receiveOn(Scheduler const& scheduler)
         return Publisher<T>([upstream, &scheduler](Receive<T> receive) {
             auto isActive = std::make_shared<bool>(true);
             auto const deliver = std::make_shared<Receive<T>>(std::move(receive));
-            auto subscription = std::make_shared<Cancellable>(
-                upstream.subscribe([isActive, deliver, &scheduler](T const& value) {
-                    scheduler.schedule([isActive, deliver, value] {
-                        if (*isActive)
-                            (*deliver)(value);
-                    });
-                }));
+            auto subscription
+                = std::make_shared<Cancellable>(upstream.subscribe([isActive, deliver, &scheduler](T const& value) {
+                      scheduler.schedule([isActive, deliver, value] {
+                          if (*isActive)
+                              (*deliver)(value);
+                      });
+                  }));
             return Cancellable([isActive, subscription] {
                 *isActive = false;
                 subscription->cancel();

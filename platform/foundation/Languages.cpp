@@ -27,7 +27,7 @@ std::string scriptOf(std::vector<std::string> const& tags)
     return tags.size() > 1 && tags[1].size() == 4 ? tags[1] : std::string();
 }
 
-template <typename Predicate>
+template<typename Predicate>
 std::optional<std::string> firstOf(std::vector<std::string> const& localizations, Predicate predicate)
 {
     auto const found = std::find_if(localizations.begin(), localizations.end(),

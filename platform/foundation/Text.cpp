@@ -17,7 +17,8 @@ char32_t unitAt(std::string_view bytes, std::size_t position, std::size_t size, 
 }
 
 // Reads a whole text of UTF-16 units through `unitAt(index)`.
-template <typename UnitAt> std::optional<std::string> joinUnits(std::size_t count, UnitAt unitAt, LoneSurrogates lone)
+template<typename UnitAt>
+std::optional<std::string> joinUnits(std::size_t count, UnitAt unitAt, LoneSurrogates lone)
 {
     std::string text;
     text.reserve(count);

@@ -44,22 +44,22 @@ public:
     using Kind = ValueKind;
 
     Value() = default;
-    template <std::same_as<bool> B>
+    template<std::same_as<bool> B>
     Value(B boolean)
         : m_state(boolean)
     {
     }
-    template <std::signed_integral I>
+    template<std::signed_integral I>
     Value(I integer)
         : m_state(static_cast<std::int64_t>(integer))
     {
     }
-    template <std::unsigned_integral U>
+    template<std::unsigned_integral U>
     requires(!std::same_as<U, bool>) Value(U integer)
         : m_state(static_cast<std::uint64_t>(integer))
     {
     }
-    template <std::floating_point F>
+    template<std::floating_point F>
     Value(F number)
         : m_state(static_cast<double>(number))
     {
@@ -117,7 +117,8 @@ public:
     bool operator==(Value const&) const;
 
 private:
-    template <typename T> using Shared = std::shared_ptr<T const>;
+    template<typename T>
+    using Shared = std::shared_ptr<T const>;
 
     std::variant<std::monostate, bool, std::int64_t, std::uint64_t, double, std::string, platform::URL, platform::Data,
         Shared<platform::List>, Shared<platform::Dictionary>, Shared<platform::Callable>, std::shared_ptr<NSObject>>

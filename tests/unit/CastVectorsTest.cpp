@@ -38,7 +38,8 @@ Value boxed(json const& vector)
     return {};
 }
 
-template <typename Integer> void expectInteger(std::optional<Integer> const& actual, json const& expected)
+template<typename Integer>
+void expectInteger(std::optional<Integer> const& actual, json const& expected)
 {
     ASSERT_EQ(actual.has_value(), !expected.is_null());
     if (actual) {
