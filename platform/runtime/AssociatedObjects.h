@@ -12,10 +12,6 @@ public:
     AssociationKey() = default;
     AssociationKey(AssociationKey const&) = delete;
     AssociationKey& operator=(AssociationKey const&) = delete;
-
-private:
-    // Two keys never share an address.
-    char m_address = 0;
 };
 
 enum class AssociationPolicy : std::uintptr_t { Copy = 0x303 }; // OBJC_ASSOCIATION_COPY: atomic, and a copy is kept
