@@ -1,0 +1,116 @@
+#include "backends/linux/host/BundleDirectory.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <dlfcn.h>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+namespace backends {
+
+namespace fs = std::filesystem;
+
+using platform::NSError;
+
+namespace {
+
+constexpr auto registerFunction = "PlatformModuleRegister";
+
+NSError loaderError()
+{
+    char const* text = dlerror();
+    return { "NSCocoaErrorDomain", 3588, text ? text : "the code cannot be loaded" };
+}
+
+} // namespace
+
+bool BundleDirectory::isDirectory(std::string const& path) const
+{
+    std::error_code ignored;
+    return fs::is_directory(path, ignored);
+}
+
+bool BundleDirectory::isFile(std::string const& path) const
+{
+    std::error_code ignored;
+    return fs::is_regular_file(path, ignored);
+}
+
+std::vector<std::string> BundleDirectory::list(std::string const& path) const
+{
+    std::vector<std::string> names;
+    std::error_code error;
+    for (auto entry = fs::directory_iterator(path, error); !error && entry != fs::directory_iterator();
+         entry.increment(error))
+        names.push_back(entry->path().filename().string());
+    return names;
+}
+
+std::optional<std::string> BundleDirectory::read(std::string const& path) const
+{
+    std::ifstream file(path, std::ios::binary);
+    if (!file || !isFile(path))
+        return std::nullopt;
+    std::ostringstream bytes;
+    bytes << file.rdbuf();
+    if (file.bad())
+        return std::nullopt;
+    return bytes.str();
+}
+
+platform::Result<bool> BundleDirectory::loadCode(std::string const& bundlePath, std::string const& executablePath)
+{
+    // Never unloaded, so the handle is of no further use.
+    void* const code = dlopen(executablePath.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
+    if (!code)
+        return loaderError();
+    auto* const registerModule = reinterpret_cast<void (*)(char const*)>(dlsym(code, registerFunction));
+    if (!registerModule)
+        return loaderError();
+    registerModule(bundlePath.c_str());
+    return true;
+}
+
+std::vector<std::string> languagesIn(std::string const& locales)
+{
+    std::vector<std::string> languages;
+    std::istringstream names(locales);
+    for (std::string name; std::getline(names, name, ':');) {
+        name.resize(std::min(name.find_first_of(".@"), name.size()));
+        std::replace(name.begin(), name.end(), '_', '-');
+        if (!name.empty() && name != "C" && name != "POSIX")
+            languages.push_back(name);
+    }
+    return languages;
+}
+
+std::vector<std::string> BundleDirectory::userLanguages() const
+{
+    std::string locale;
+    for (auto const* variable : { "LC_ALL", "LC_MESSAGES", "LANG" }) {
+        char const* value = std::getenv(variable);
+        if (!locale.empty() || !value)
+            continue;
+        locale = value;
+    }
+    // In the plain locale no language is spoken, whatever is wished.
+    auto const single = languagesIn(locale);
+    char const* wished = std::getenv("LANGUAGE");
+    if (!wished || !*wished || single.empty())
+        return single;
+    return languagesIn(wished);
+}
+
+void BundleDirectory::report(std::string const& problem) { m_log.error("%{public}s", { problem }); }
+
+std::optional<std::string> folderOfExecutable()
+{
+    std::error_code error;
+    auto const path = fs::read_symlink("/proc/self/exe", error);
+    if (error)
+        return std::nullopt;
+    return path.parent_path().string();
+}
+
+} // namespace backends

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "platform/log/LogSink.h"
+
+#include <optional>
+#include <string>
+
+namespace backends {
+
+// The log on standard error: one line a record, "paneweld level subsystem:category message". Any thread.
+class StandardErrorLog : public platform::LogSink {
+public:
+    struct Options {
+        // The least level that is written; absent writes nothing.
+        std::optional<platform::LogLevel> level = platform::LogLevel::Error;
+        bool showsPrivateValues = false;
+        int descriptor = 2;
+    };
+
+    // PANEWELD_LOG is "debug", "info", "default", "error" or "off", and "error" when it is not set or another word.
+    // PANEWELD_LOG_PRIVATE=1 shows values that are private otherwise.
+    static Options optionsFromEnvironment();
+
+    StandardErrorLog()
+        : StandardErrorLog(optionsFromEnvironment())
+    {
+    }
+    explicit StandardErrorLog(Options options)
+        : m_options(options)
+    {
+    }
+
+    bool accepts(platform::LogLevel level) const override;
+    bool showsPrivateValues() const override { return m_options.showsPrivateValues; }
+    void write(platform::LogRecord const& record) override;
+
+private:
+    Options m_options;
+};
+
+} // namespace backends

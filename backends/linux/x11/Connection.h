@@ -1,0 +1,114 @@
+#pragma once
+
+#include "backends/linux/loop/EventLoop.h"
+#include "backends/linux/x11/Atoms.h"
+#include "backends/linux/x11/Handles.h"
+#include "platform/foundation/Result.h"
+#include "platform/log/OSLog.h"
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <xcb/xcb.h>
+
+namespace backends {
+
+// The wire to the X server. Nobody waits for an answer: a request is asked with what is to be done with its reply, and
+// replies and events are handed out in the order in which the server sent them. Requests leave in one piece at the end
+// of a turn of the loop. Main thread only.
+class Connection {
+public:
+    struct Extension {
+        bool isPresent = false;
+        std::uint8_t firstEvent = 0;
+        std::uint8_t majorOpcode = 0;
+    };
+
+    // Connects and asks for what start-up needs; the only place that waits. The error has the display's name.
+    static platform::Result<std::unique_ptr<Connection>> open(
+        std::optional<std::string> const& display, EventLoop& loop, platform::OSLog log);
+    ~Connection();
+    Connection(Connection const&) = delete;
+    Connection& operator=(Connection const&) = delete;
+
+    // Begins to hand out what comes. Events go to the one handler; lost is called once, when the server has gone.
+    void start(std::function<void(xcb_generic_event_t const&)> handleEvent, std::function<void()> lost);
+
+    // For requests. Whoever uses it makes sure that they leave the process: asking for it schedules a flush.
+    xcb_connection_t* wire();
+    Atoms const& atoms() const { return m_atoms; }
+    xcb_atom_t atom(AtomName name) const { return m_atoms[name]; }
+    xcb_screen_t const& screen() const { return *m_screen; }
+    xcb_window_t root() const { return m_screen->root; }
+    bool isAlive() const { return !m_isLost; }
+    platform::OSLog const& log() const { return m_log; }
+
+    // The identifiers of everything that this very connection makes: (id & ~mask) == base.
+    std::uint32_t clientBase(std::uint32_t resource) const { return resource & ~m_resourceMask; }
+    std::uint32_t ownBase() const { return m_resourceBase; }
+
+    Extension const& randr() const { return m_randr; }
+    Extension const& shape() const { return m_shape; }
+    Extension const& input() const { return m_input; }
+    Extension const& fixes() const { return m_fixes; }
+    Extension const& resources() const { return m_resources; }
+    Extension const& keyboard() const { return m_keyboard; }
+
+    // Hands the reply to the continuation when it comes; null when the server answered with an error.
+    template<typename Reply>
+    void ask(unsigned sequence, std::function<void(Reply const*)> continuation)
+    {
+        expect(sequence,
+            [continuation = std::move(continuation)](void* reply) { continuation(static_cast<Reply const*>(reply)); });
+    }
+    // A whole property, however long, of any type.
+    void askProperty(
+        xcb_window_t window, xcb_atom_t property, std::function<void(xcb_get_property_reply_t const*)> continuation);
+
+    // Sends what has been asked, waits until the server has done it, and hands out what it said by then. For start-up,
+    // and where a host asks for it.
+    void roundTrip();
+
+    // The latest time stamp of something that the user did, or XCB_CURRENT_TIME.
+    xcb_timestamp_t latestUserTime() const { return m_latestUserTime; }
+    void noteUserTime(xcb_timestamp_t time) { m_latestUserTime = time; }
+
+private:
+    struct Expectation {
+        std::uint32_t sequence;
+        std::function<void(void*)> handle;
+    };
+
+    Connection(xcb_connection_t* connection, xcb_screen_t* screen, int screenNumber, EventLoop& loop,
+        platform::OSLog log);
+
+    void expect(std::uint32_t sequence, std::function<void(void*)> handle);
+    void queryExtensions();
+    // True when anything was handed out.
+    bool handleQueued(bool readsWire);
+    bool handleRepliesUpTo(std::optional<std::uint32_t> sequence);
+    void handleEvent(xcb_generic_event_t const& event);
+    bool finishTurn();
+    void checkAlive();
+
+    xcb_connection_t* m_connection;
+    xcb_screen_t* m_screen;
+    EventLoop& m_loop;
+    platform::OSLog m_log;
+    Atoms m_atoms;
+    std::uint32_t m_resourceBase;
+    std::uint32_t m_resourceMask;
+    Extension m_randr, m_shape, m_input, m_fixes, m_resources, m_keyboard;
+    std::deque<Expectation> m_expected;
+    std::function<void(xcb_generic_event_t const&)> m_handleEvent;
+    std::function<void()> m_lost;
+    LoopSource m_source;
+    xcb_timestamp_t m_latestUserTime = XCB_CURRENT_TIME;
+    bool m_needsFlush = false;
+    bool m_isLost = false;
+};
+
+} // namespace backends

@@ -1,0 +1,29 @@
+#include "backends/linux/x11/PropertyValues.h"
+
+#include "platform/foundation/Text.h"
+
+namespace backends {
+
+std::span<std::uint32_t const> wordsOf(xcb_get_property_reply_t const* reply)
+{
+    if (!reply || reply->format != 32)
+        return {};
+    return { static_cast<std::uint32_t const*>(xcb_get_property_value(reply)), reply->value_len };
+}
+
+std::string bytesOf(xcb_get_property_reply_t const* reply)
+{
+    if (!reply || reply->format != 8)
+        return {};
+    return { static_cast<char const*>(xcb_get_property_value(reply)), reply->value_len };
+}
+
+std::string textFromLatin1(std::string const& bytes)
+{
+    std::string text;
+    for (char const byte : bytes)
+        platform::appendUTF8(text, static_cast<unsigned char>(byte));
+    return text;
+}
+
+} // namespace backends

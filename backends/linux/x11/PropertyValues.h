@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <xcb/xcb.h>
+
+namespace backends {
+
+// The values of a property of 32-bit items; empty when it is absent or of another form. Valid as long as the reply.
+std::span<std::uint32_t const> wordsOf(xcb_get_property_reply_t const* reply);
+
+// The bytes of a property of 8-bit items; empty when it is absent or of another form.
+std::string bytesOf(xcb_get_property_reply_t const* reply);
+
+// Latin-1, the encoding of properties of type STRING (ICCCM 2.7.1), as UTF-8.
+std::string textFromLatin1(std::string const& bytes);
+
+} // namespace backends

@@ -1,0 +1,181 @@
+#include "backends/linux/x11/WindowFrame.h"
+
+#include "backends/linux/x11/Connection.h"
+#include "backends/linux/x11/X11Desktop.h"
+#include "backends/linux/x11/X11Screen.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace backends {
+
+using platform::Rect;
+using platform::Seconds;
+
+namespace {
+
+// Window managers answer within some milliseconds; after this the window's real frame is the answer.
+constexpr Seconds longestAnswer { 0.25 };
+
+// The words of _NET_MOVERESIZE_WINDOW: gravity static (the rectangle is the client's own), all four sides given, and
+// the source is a pager, which window managers follow without ideas of their own.
+constexpr std::uint32_t moveResizeFlags = 10u | 0xFu << 8 | 2u << 12;
+
+} // namespace
+
+WindowFrame::WindowFrame(X11Context const& context, xcb_window_t window, WindowLimits& limits)
+    : m_context(context)
+    , m_window(window)
+    , m_limits(limits)
+    , m_parent(context.connection.root())
+{
+}
+
+Rect WindowFrame::frame() const
+{
+    // The target is the more precise number when the window is where it was sent.
+    if (m_target && (m_isPending || visiblePixels() == m_targetPixels))
+        return *m_target;
+    return m_context.screen.scale().toPoints(visiblePixels());
+}
+
+void WindowFrame::setFrame(Rect const& frame, std::optional<Rect> const& end)
+{
+    auto const& scale = m_context.screen.scale();
+    m_target = frame;
+    m_targetPixels = end ? scale.toPixels(frame, scale.toPixels(*end)) : scale.toPixels(frame);
+    request(grownBy(m_targetPixels, m_insets));
+}
+
+void WindowFrame::request(PixelRect const& client)
+{
+    if (client == (m_isPending ? m_requested : m_pixels))
+        return;
+    m_limits.include(m_pixels, client);
+    send(client);
+}
+
+void WindowFrame::send(PixelRect const& client)
+{
+    m_requested = client;
+    m_recent.push_back(client);
+    auto& connection = m_context.connection;
+    auto const x = static_cast<std::uint32_t>(client.x);
+    auto const y = static_cast<std::uint32_t>(client.y);
+    auto const width = static_cast<std::uint32_t>(client.width);
+    auto const height = static_cast<std::uint32_t>(client.height);
+    bool const isMapped = m_mapping == Mapping::Mapped;
+    if (isMapped && m_context.desktop.supports(AtomName::NET_MOVERESIZE_WINDOW)) {
+        m_context.desktop.tellManager(
+            m_window, AtomName::NET_MOVERESIZE_WINDOW, { moveResizeFlags, x, y, width, height });
+    } else {
+        std::uint32_t const values[] = { x, y, width, height };
+        xcb_configure_window(connection.wire(), m_window,
+            XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y | XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT, values);
+    }
+    if (!isMapped)
+        m_limits.placeBeforeMapping(client);
+    waitForAnswer();
+}
+
+void WindowFrame::setMapping(Mapping mapping)
+{
+    m_mapping = mapping;
+    if (mapping == Mapping::Unmapped)
+        m_parent = m_context.connection.root();
+}
+
+void WindowFrame::sendAgain()
+{
+    if (m_target)
+        send(grownBy(m_targetPixels, m_insets));
+}
+
+void WindowFrame::setInsets(PixelInsets const& insets)
+{
+    if (std::exchange(m_insets, insets) == insets)
+        return;
+    m_limits.setInsets(insets);
+    if (m_isPending)
+        request(grownBy(m_targetPixels, m_insets));
+}
+
+void WindowFrame::scaleDidChange()
+{
+    // The target was meant for another desktop; what the window has now holds.
+    m_target.reset();
+}
+
+void WindowFrame::handleGeometry(PixelRect const& relativeToParent)
+{
+    if (m_parent == m_context.connection.root()) {
+        setPixels(relativeToParent);
+        return;
+    }
+    m_pixels.width = relativeToParent.width;
+    m_pixels.height = relativeToParent.height;
+    askPosition();
+}
+
+bool WindowFrame::handleConfigure(xcb_configure_notify_event_t const& event)
+{
+    bool const isSynthetic = (event.response_type & 0x80) != 0;
+    bool const sizeChanges = event.width != m_pixels.width || event.height != m_pixels.height;
+    bool const isForeign = !isSynthetic && sizeChanges && !wasRequested(event.width, event.height);
+    // A window manager tells the place on the root itself; inside a frame the server's own place is the frame's affair.
+    if (isSynthetic || m_parent == m_context.connection.root()) {
+        setPixels({ event.x, event.y, event.width, event.height });
+    } else {
+        m_pixels.width = event.width;
+        m_pixels.height = event.height;
+        askPosition();
+    }
+    return isForeign;
+}
+
+bool WindowFrame::wasRequested(std::int32_t width, std::int32_t height) const
+{
+    return std::any_of(m_recent.begin(), m_recent.end(),
+        [&](auto const& rect) { return rect.width == width && rect.height == height; });
+}
+
+void WindowFrame::askPosition()
+{
+    auto& connection = m_context.connection;
+    auto const cookie = xcb_translate_coordinates(connection.wire(), m_window, connection.root(), 0, 0);
+    connection.ask<xcb_translate_coordinates_reply_t>(
+        cookie.sequence, [this, weak = m_owner, question = ++m_positionQuestions](auto const* reply) {
+            // Only the latest question's answer goes with the size that is known now.
+            auto const owner = weak.lock();
+            if (!owner || !reply || question != m_positionQuestions)
+                return;
+            setPixels({ reply->dst_x, reply->dst_y, m_pixels.width, m_pixels.height });
+        });
+}
+
+void WindowFrame::setPixels(PixelRect const& pixels)
+{
+    m_pixels = pixels;
+    if (m_isPending && m_pixels == m_requested)
+        settle();
+}
+
+void WindowFrame::waitForAnswer()
+{
+    m_isPending = true;
+    m_answerTimer = m_context.loop.after(longestAnswer, [this] { settle(); });
+}
+
+void WindowFrame::settle()
+{
+    m_isPending = false;
+    m_answerTimer.end();
+    // The last size may be reported once more, from inside the frame.
+    if (m_recent.size() > 1)
+        m_recent.erase(m_recent.begin(), m_recent.end() - 1);
+    m_limits.include(m_pixels, m_pixels);
+    if (m_didSettle)
+        m_didSettle();
+}
+
+} // namespace backends

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "backends/linux/x11/Atoms.h"
+#include "backends/linux/x11/X11Context.h"
+#include "platform/appkit/NSWindow.h"
+
+#include <cstdint>
+#include <vector>
+#include <xcb/xcb.h>
+
+namespace backends {
+
+// What a window wishes from the window manager beside its frame: to stay above the others and to be on every desktop.
+// The wishes are what was set here, never read back, and told again whenever a window manager may have forgotten them.
+class WindowStates {
+public:
+    WindowStates(X11Context const& context, xcb_window_t window)
+        : m_context(context)
+        , m_window(window)
+    {
+    }
+
+    platform::WindowLevel level() const { return m_level; }
+    void setLevel(platform::WindowLevel level);
+    platform::WindowCollectionBehavior collectionBehavior() const { return m_behavior; }
+    void setCollectionBehavior(platform::WindowCollectionBehavior behavior);
+
+    // Messages to the window manager are for managed windows only; before, a window says it by its own properties.
+    void setManaged(bool isManaged) { m_isManaged = isManaged; }
+    // All wishes once more.
+    void tellAgain();
+
+    void handleRead(std::vector<std::uint32_t> states) { m_current = std::move(states); }
+
+private:
+    bool floats() const { return m_level >= platform::windowLevelFloating; }
+    bool isOnAllDesktops() const;
+    void tellAbove();
+    void tellDesktop();
+    void setState(AtomName state, bool isSet);
+
+    X11Context const& m_context;
+    xcb_window_t m_window;
+    platform::WindowLevel m_level = platform::windowLevelNormal;
+    platform::WindowCollectionBehavior m_behavior = 0;
+    bool m_isManaged = false;
+    // _NET_WM_STATE as it stands, which matters only while no window manager looks after it.
+    std::vector<std::uint32_t> m_current;
+};
+
+} // namespace backends

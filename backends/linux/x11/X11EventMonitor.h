@@ -1,0 +1,52 @@
+#pragma once
+
+#include "backends/linux/x11/Connection.h"
+#include "platform/appkit/NSEventMonitors.h"
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+
+namespace backends {
+
+class X11Keyboard;
+class X11Window;
+
+// Sees keys of interest before the host's toolkit does: while somebody watches them they are grabbed on the process's
+// own windows, and the server keeps each press until it is decided. What is given on is replayed as if nobody had been
+// there. Nothing is grabbed while nobody watches, and never a key of another process.
+class X11EventMonitor : public platform::NSEventMonitors {
+public:
+    X11EventMonitor(Connection& connection, X11Keyboard& keyboard);
+
+    void windowDidShow(std::shared_ptr<X11Window> const& window);
+    void windowDidGo(xcb_window_t window) { m_windows.erase(window); }
+    void keyboardDidChange();
+    // An input method has unfinished text: the keys are its.
+    void setComposingText(bool isComposing) { m_isComposing = isComposing; }
+
+    void handle(xcb_generic_event_t const& event);
+
+protected:
+    void interestDidChange() override;
+
+private:
+    void handlePress(xcb_key_press_event_t const& event);
+    void handleRelease(xcb_key_release_event_t const& event);
+    bool isConsumed(xcb_key_press_event_t const& event);
+    void swallowUntilRelease(xcb_key_press_event_t const& event);
+    void allow(std::uint8_t mode, xcb_timestamp_t time);
+    void grab(xcb_window_t window, xcb_keycode_t key);
+    void ungrab(xcb_window_t window, xcb_keycode_t key);
+
+    Connection& m_connection;
+    X11Keyboard& m_keyboard;
+    std::map<xcb_window_t, std::weak_ptr<X11Window>> m_windows;
+    std::set<xcb_keycode_t> m_grabbed;
+    // The consumed key that is still held.
+    std::optional<xcb_keycode_t> m_swallowed;
+    bool m_isComposing = false;
+};
+
+} // namespace backends

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "backends/linux/x11/Connection.h"
+#include "backends/linux/x11/PixelRect.h"
+#include "platform/appkit/NSScreen.h"
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace backends {
+
+class X11Desktop;
+
+// The monitors of one X screen (RandR), what panels leave of them, and how many pixels make a point. Main thread only.
+class X11Screen {
+public:
+    X11Screen(Connection& connection, X11Desktop const& desktop);
+
+    // Asks; the answers come with the next replies. didChange is called when the scale, the size of the root or the
+    // refresh rate may be another.
+    void start(std::function<void()> didChange);
+    void handle(xcb_generic_event_t const& event);
+
+    PixelScale const& scale() const { return m_scale; }
+    // In hertz; 0 when the server does not know, as a virtual one.
+    double refreshRate() const { return m_refreshRate; }
+
+    // The monitor that holds most of the window, else the primary one, else the first.
+    platform::NSScreen mainScreen(std::optional<PixelRect> const& keyWindow) const;
+
+private:
+    struct Monitor {
+        PixelRect rect;
+        bool isPrimary = false;
+    };
+
+    void handlePropertyChange(xcb_window_t window, xcb_atom_t property);
+    void readMonitors();
+    void readRefreshRate();
+    void readWorkAreas();
+    void readMonitorWorkArea(xcb_atom_t property, std::uint32_t desktop);
+    void readResources();
+    void readSettingsOwner();
+    void followSettingsOwner(xcb_window_t owner);
+    void readSettings();
+    void updateScale();
+    void setRootHeight(std::int32_t height);
+    Monitor mainMonitor(std::optional<PixelRect> const& keyWindow) const;
+    PixelRect visiblePart(PixelRect const& monitor) const;
+    void notify() const;
+
+    Connection& m_connection;
+    X11Desktop const& m_desktop;
+    std::function<void()> m_didChange;
+    PixelScale m_scale;
+    std::int32_t m_rootWidth;
+    double m_refreshRate = 0;
+    std::vector<Monitor> m_monitors;
+    // One rectangle a desktop; and, where the window manager tells more, several a desktop, one a monitor.
+    std::vector<PixelRect> m_workAreas;
+    std::map<std::uint32_t, std::vector<PixelRect>> m_monitorWorkAreas;
+    std::map<xcb_atom_t, std::uint32_t> m_monitorWorkAreaAtoms;
+    xcb_window_t m_settingsOwner = XCB_WINDOW_NONE;
+    std::map<std::string, std::int32_t> m_settings;
+    std::string m_resources;
+};
+
+} // namespace backends

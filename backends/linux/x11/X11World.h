@@ -1,0 +1,87 @@
+#pragma once
+
+#include "backends/linux/loop/EventLoop.h"
+#include "backends/linux/x11/Connection.h"
+#include "backends/linux/x11/PointerButtons.h"
+#include "backends/linux/x11/WindowFinder.h"
+#include "backends/linux/x11/X11Context.h"
+#include "backends/linux/x11/X11Desktop.h"
+#include "backends/linux/x11/X11EventMonitor.h"
+#include "backends/linux/x11/X11Keyboard.h"
+#include "backends/linux/x11/X11Screen.h"
+#include "backends/linux/x11/X11Window.h"
+#include "platform/dispatch/Clock.h"
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+
+namespace platform {
+class NSApplication;
+}
+
+namespace backends {
+
+// One X server as this process sees it: it carries the server's events to whom they concern, keeps the windows, and
+// knows which of them has the keyboard. Main thread only.
+class X11World {
+public:
+    X11World(std::unique_ptr<Connection> connection, platform::NSApplication& application, EventLoop& loop,
+        Animator& animator, platform::Clock& clock);
+    ~X11World();
+
+    // Waits for a few answers about the desktop. Windows are not looked for yet.
+    void start(std::function<void()> screenDidChange);
+    // Finds the windows that are there; their reports come from the loop.
+    void findWindows();
+
+    bool isAlive() const { return m_connection->isAlive(); }
+    // Whether the server is one inside a Wayland session.
+    bool isInsideWayland() const { return m_isInsideWayland; }
+    X11EventMonitor& eventMonitors() { return m_monitors; }
+    X11Screen const& screen() const { return m_screen; }
+    std::optional<platform::NSScreen> mainScreen() const;
+
+    bool announce(xcb_window_t xid);
+    std::shared_ptr<X11Window> window(xcb_window_t xid) const;
+    bool beginMove(xcb_window_t xid, int rootX, int rootY, int button);
+    // The window that is raised or mapped next may come forward with the right of the latest event.
+    void activate();
+
+private:
+    void handleEvent(xcb_generic_event_t const& event);
+    void handleWindowEvent(xcb_generic_event_t const& event);
+    void handleFocus(xcb_focus_in_event_t const& event);
+    void handleMessage(xcb_client_message_event_t const& event);
+    void handleDestroy(xcb_window_t xid);
+    void insert(std::shared_ptr<X11Window> window);
+    void remove(std::shared_ptr<X11Window> const& window);
+    X11Window::Observer observeWindow();
+    void windowDidShow(X11Window& window);
+    void updateKeyWindow();
+    void updateWatching();
+    void connectionWasLost();
+    template<typename Visit>
+    void forEachWindow(Visit visit);
+
+    platform::NSApplication& m_application;
+    platform::Clock& m_clock;
+    std::unique_ptr<Connection> m_connection;
+    X11Desktop m_desktop;
+    X11Screen m_screen;
+    X11Keyboard m_keyboard;
+    X11EventMonitor m_monitors;
+    PointerButtons m_buttons;
+    WindowFinder m_finder;
+    X11Context m_context;
+    std::map<xcb_window_t, std::shared_ptr<X11Window>> m_windows;
+    // The one that is being announced, not known to be ours yet.
+    std::shared_ptr<X11Window> m_asserted;
+    // Where the keyboard is when no window manager tells.
+    xcb_window_t m_focused = XCB_WINDOW_NONE;
+    std::optional<platform::Seconds> m_activationEnd;
+    bool m_isInsideWayland = false;
+};
+
+} // namespace backends
