@@ -10,6 +10,8 @@
 class Transcript {
 public:
     void add(double seconds, std::string const& line);
+    // Without a time, for flows whose order alone counts.
+    void addLine(std::string const& line) { m_lines.push_back(line); }
     void addMark(std::string const& text) { m_lines.push_back("-- " + text); }
 
     std::string text() const;

@@ -1,0 +1,68 @@
+#include "tests/linux/ChildProcess.h"
+
+#include <csignal>
+#include <fcntl.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <utility>
+
+namespace paneweld_tests {
+
+ChildProcess::ChildProcess(std::vector<std::string> const& arguments, int keptDescriptor)
+{
+    auto texts = arguments;
+    std::vector<char*> pointers;
+    for (auto& text : texts)
+        pointers.push_back(text.data());
+    pointers.push_back(nullptr);
+    m_id = fork();
+    if (m_id != 0)
+        return;
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    int const nowhere = open("/dev/null", O_RDWR);
+    dup2(nowhere, STDIN_FILENO);
+    dup2(nowhere, STDOUT_FILENO);
+    dup2(nowhere, STDERR_FILENO);
+    if (keptDescriptor >= 0)
+        fcntl(keptDescriptor, F_SETFD, 0);
+    execvp(pointers[0], pointers.data());
+    _exit(127);
+}
+
+ChildProcess::~ChildProcess() { end(SIGKILL); }
+
+ChildProcess::ChildProcess(ChildProcess&& other) noexcept
+    : m_id(std::exchange(other.m_id, -1))
+{
+}
+
+ChildProcess& ChildProcess::operator=(ChildProcess&& other) noexcept
+{
+    if (this != &other) {
+        end(SIGKILL);
+        m_id = std::exchange(other.m_id, -1);
+    }
+    return *this;
+}
+
+bool ChildProcess::isRunning()
+{
+    if (m_id <= 0)
+        return false;
+    if (waitpid(m_id, nullptr, WNOHANG) == 0)
+        return true;
+    m_id = -1;
+    return false;
+}
+
+void ChildProcess::end(int signal)
+{
+    if (m_id <= 0)
+        return;
+    kill(m_id, signal);
+    waitpid(m_id, nullptr, 0);
+    m_id = -1;
+}
+
+} // namespace paneweld_tests

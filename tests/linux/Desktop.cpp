@@ -1,0 +1,114 @@
+#include "tests/linux/Desktop.h"
+
+#include "tests/linux/Toolkit.h"
+
+#include <array>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace paneweld_tests {
+
+namespace {
+
+constexpr int startTimeMilliseconds = 15000;
+constexpr int displaysTried = 20;
+constexpr int probesTried = 40;
+constexpr int looksAtProbe = 60;
+
+// The server writes its number when it listens. Empty when it died before.
+std::string readAnswer(int descriptor)
+{
+    pollfd wait { descriptor, POLLIN, 0 };
+    if (poll(&wait, 1, startTimeMilliseconds) <= 0)
+        return {};
+    std::array<char, 64> answer {};
+    auto const bytes = read(descriptor, answer.data(), answer.size());
+    return bytes > 0 ? std::string(answer.data(), static_cast<std::size_t>(bytes)) : std::string();
+}
+
+// A window manager that is starting takes its place first and may lose a window that is mapped before it is done. So a
+// foreign program tries with windows of its own until one is looked after.
+void waitUntilWindowsAreManaged(std::string const& display)
+{
+    auto const prober = fork();
+    if (prober == 0) {
+        Toolkit client(display);
+        auto const isManaged = [&](xcb_window_t window) { return client.words(window, "WM_STATE").has_value(); };
+        for (int i = 0; i < probesTried; ++i) {
+            auto const window = client.make();
+            client.map(window);
+            for (int look = 0; look < looksAtProbe && !isManaged(window); ++look)
+                client.pause();
+            if (isManaged(window))
+                _exit(0);
+            client.destroy(window);
+        }
+        _exit(1);
+    }
+    int status = -1;
+    waitpid(prober, &status, 0);
+    EXPECT_EQ(status, 0) << "the window manager looks after no window";
+}
+
+} // namespace
+
+Desktop::Desktop(std::string screen)
+{
+    // Numbers of our own, because tests run side by side.
+    auto number = 1000 + getpid() % 30000;
+    for (int i = 0; i < displaysTried && m_display.empty(); ++i, number += 7) {
+        std::array<int, 2> ends {};
+        if (pipe2(ends.data(), O_CLOEXEC) != 0)
+            break;
+        auto const display = ":" + std::to_string(number);
+        m_server = ChildProcess({ "Xvfb", display, "-displayfd", std::to_string(ends[1]), "-screen", "0", screen,
+                                    "-nolisten", "tcp", "-noreset" },
+            ends[1]);
+        close(ends[1]);
+        // The number it really has, which need not be the one that was wished.
+        auto const answer = readAnswer(ends[0]);
+        if (!answer.empty())
+            m_display = ":" + answer.substr(0, answer.find('\n'));
+        close(ends[0]);
+    }
+    if (m_display.empty()) {
+        ADD_FAILURE() << "no X server could be started";
+        return;
+    }
+    setenv("DISPLAY", m_display.c_str(), 1);
+}
+
+Desktop::~Desktop()
+{
+    m_compositor.end(SIGKILL);
+    m_windowManager.end(SIGKILL);
+    m_server.end(SIGTERM);
+}
+
+void Desktop::startWindowManager(std::string const& program)
+{
+    m_windowManager = ChildProcess({ program });
+    Client client(m_display);
+    EXPECT_TRUE(client.waitUntil([&] { return client.checkWindow() != XCB_WINDOW_NONE; })) << program;
+    waitUntilWindowsAreManaged(m_display);
+}
+
+void Desktop::endWindowManager() { m_windowManager.end(SIGTERM); }
+
+void Desktop::startCompositor()
+{
+    m_compositor = ChildProcess({ "picom", "--backend", "xrender", "--config", "/dev/null" });
+    Client client(m_display);
+    EXPECT_TRUE(client.waitUntil([&] { return client.selectionOwner("_NET_WM_CM_S0") != XCB_WINDOW_NONE; }));
+}
+
+void Desktop::endCompositor() { m_compositor.end(SIGTERM); }
+
+void Desktop::endServer() { m_server.end(SIGKILL); }
+
+} // namespace paneweld_tests

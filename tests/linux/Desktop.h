@@ -1,0 +1,33 @@
+#pragma once
+
+#include "tests/linux/ChildProcess.h"
+
+#include <string>
+
+namespace paneweld_tests {
+
+// An X server of a test's own, with a window manager and a compositor where the test wants them.
+class Desktop {
+public:
+    explicit Desktop(std::string screen = "1280x800x24");
+    ~Desktop();
+
+    // As in DISPLAY.
+    std::string const& display() const { return m_display; }
+
+    // Return when the program has taken its place on the screen.
+    void startWindowManager(std::string const& program = "openbox");
+    void startCompositor();
+    // Return when it has gone.
+    void endWindowManager();
+    void endCompositor();
+    void endServer();
+
+private:
+    ChildProcess m_server;
+    ChildProcess m_windowManager;
+    ChildProcess m_compositor;
+    std::string m_display;
+};
+
+} // namespace paneweld_tests

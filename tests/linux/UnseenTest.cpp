@@ -1,0 +1,101 @@
+#include "tests/linux/LinuxTest.h"
+#include "tests/linux/Sampler.h"
+
+#include "platform/Platform.h"
+#include "platform/appkit/NSAnimationContext.h"
+#include "platform/dispatch/Queue.h"
+
+namespace paneweld_tests {
+
+// Nobody sees a panel before it has its look and its place.
+class Unseen : public LinuxTest, public ::testing::WithParamInterface<std::tuple<bool, bool>> {
+protected:
+    bool isAnnounced() const { return std::get<0>(GetParam()); }
+    bool isComposited() const { return std::get<1>(GetParam()); }
+
+    // As the plug-in does it: the look at once, the fade-in on the next turn.
+    void styleAndFadeIn(platform::NSWindow& panel)
+    {
+        stylePanel(panel);
+        panel.setTitle("Ideas");
+        auto const shared = std::static_pointer_cast<platform::NSWindow>(panel.shared_from_this());
+        backend->mainQueue().async([this, shared] {
+            backend->animationContext().runAnimationGroup(
+                [&](auto& group) {
+                    group.setDuration(platform::Seconds { 0.06 });
+                    shared->animator().setAlphaValue(1);
+                },
+                [this] { ++m_fadeIns; });
+        });
+    }
+
+    int m_fadeIns = 0;
+};
+
+TEST_P(Unseen, BeforeItHasItsLookAndItsPlace)
+{
+    constexpr int opens = 12;
+    constexpr Geometry end { 320, 800 - 84 - 91, 640, 91 };
+    // Inside the window as the toolkit made it, and outside the panel.
+    constexpr Geometry madeAt { 100, 100, 400, 300 };
+    start(isComposited() ? With::WindowManagerAndCompositor : With::WindowManager);
+    onNews = [this](auto const& kind, platform::NSWindow& window) {
+        if (kind == "visible")
+            styleAndFadeIn(window);
+    };
+    auto const white = onlooker->screen().white_pixel;
+    int samples = 0;
+    for (int i = 0; i < opens; ++i) {
+        auto const made = toolkit->make({ .geometry = madeAt, .title = R"({"id":"b"})" });
+        toolkit->sync();
+        Sampler sampler(desktop->display(), made, { madeAt.x + 200, madeAt.y + 150, 1, 1 }, [&](auto const& sample) {
+            bool const isSeen = sample.isViewable && (isComposited() ? sample.opacity > 0 : !sample.hasEmptyShape);
+            if (isSeen && (sample.geometry != end || !sample.isBorderless || sample.title != "Ideas"))
+                return true;
+            return sample.pixel == (white & 0xFFFFFF);
+        });
+        if (isAnnounced())
+            ASSERT_TRUE(backend->announceX11Window(made));
+        else
+            ASSERT_TRUE(pumpUntil([&] { return window(made) != nullptr; }));
+        toolkit->map(made);
+        ASSERT_TRUE(pumpUntil([&] {
+            return m_fadeIns == i + 1 && onlooker->isViewable(made) && onlooker->opacity(made) == 1
+                && !onlooker->hasEmptyShape(made);
+        }));
+        EXPECT_EQ(onlooker->geometry(made), end);
+        EXPECT_TRUE(pumpUntil([&] { return onlooker->pixel(end.x + 320, end.y + 45) == (white & 0xFFFFFF); }));
+        sampler.stop();
+        samples += sampler.samples();
+        EXPECT_EQ(sampler.wrongSamples(), 0) << sampler.firstWrong();
+        toolkit->destroy(made);
+        ASSERT_TRUE(pumpUntil([&] { return window(made) == nullptr; }));
+    }
+    EXPECT_GT(samples, opens * 10);
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryRoad, Unseen, ::testing::Combine(::testing::Bool(), ::testing::Bool()), [](auto const& road) {
+    return std::string(std::get<0>(road.param) ? "Announced" : "Found")
+        + (std::get<1>(road.param) ? "WithCompositor" : "WithoutCompositor");
+});
+
+class Compositor : public LinuxTest { };
+
+TEST_F(Compositor, ThatComesAndGoesIsFollowed)
+{
+    start(With::WindowManager);
+    auto const shown = show({ .title = "through" });
+    auto const id = xid(shown);
+    ASSERT_TRUE(pumpUntil([&] { return onlooker->opacity(id) == 1; }));
+    shown->setAlphaValue(0);
+    ASSERT_TRUE(pumpUntil([&] { return onlooker->hasEmptyShape(id) && onlooker->opacity(id) == 0; }));
+    desktop->startCompositor();
+    EXPECT_TRUE(pumpUntil([&] { return !onlooker->hasEmptyShape(id); }));
+    desktop->endCompositor();
+    EXPECT_TRUE(pumpUntil([&] { return onlooker->hasEmptyShape(id); }));
+    shown->setAlphaValue(0.5);
+    EXPECT_TRUE(pumpUntil([&] { return !onlooker->hasEmptyShape(id) && onlooker->opacity(id) < 1; }));
+    EXPECT_NEAR(onlooker->opacity(id), 0.5, 0.001);
+}
+
+} // namespace paneweld_tests
