@@ -3,7 +3,10 @@
 #include "iOS/WindowIdentifier.h"
 #include "iOS/WindowManager.h"
 #include "platform/Platform.h"
+#include "platform/Version.h"
 #include "platform/runtime/ClassRegistry.h"
+
+#include <cstring>
 
 // What the module shows to the outside: its classes under their runtime names, and its version. The one place that
 // reads the current platform, because a class made by name is given nothing.
@@ -38,12 +41,16 @@ extern "C" {
 double const PaneweldVersionNumber = PANEWELD_VERSION_NUMBER;
 char const PaneweldVersionString[] = PANEWELD_VERSION;
 
-// Called once by the loader, with the folder of the bundle that this module is the code of.
-[[gnu::visibility("default")]] void PlatformModuleRegister(char const* bundlePath)
+// Called once by the loader, with the folder of the bundle that this module is the code of. Null when all is well, else
+// the reason why nothing was registered.
+[[gnu::visibility("default")]] char const* PlatformModuleRegister(char const* bundlePath)
 {
+    if (std::strcmp(platform::libraryVersion(), PANEWELD_VERSION) != 0)
+        return "the plug-in was built for version " PANEWELD_VERSION " of the library and another one is loaded";
     exportClass(bundlePath, withMaker<paneweld::AppKitController>());
     exportClass(bundlePath, withMaker<paneweld::WindowManager>());
     exportClass(bundlePath, paneweld::HostNameProvider::runtimeClass(&Platform::current));
     exportClass(bundlePath, paneweld::WindowIdentifier::runtimeClass());
+    return nullptr;
 }
 }

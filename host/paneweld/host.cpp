@@ -1,6 +1,7 @@
 #include "paneweld/host.hpp"
 
 #include "backends/linux/Linux.h"
+#include "platform/Version.h"
 #include "platform/appkit/NSWindow.h"
 #include "platform/foundation/Bundle.h"
 #include "platform/foundation/Bundles.h"
@@ -157,6 +158,6 @@ void Host::setNotificationTap(std::function<void(platform::Notification const&)>
     platform::NotificationCenter::defaultCenter().setTap(std::move(tap));
 }
 
-char const* libraryVersion() { return PANEWELD_VERSION; }
+char const* libraryVersion() { return platform::libraryVersion(); }
 
 } // namespace paneweld

@@ -93,7 +93,7 @@ private:
     std::unique_ptr<Private> m_private;
 };
 
-// PANEWELD_VERSION of the library that is loaded.
+// The version of the library that is loaded, "major.minor.patch".
 char const* libraryVersion();
 
 } // namespace paneweld

@@ -193,6 +193,21 @@ TEST_F(Loading, ASecondCopyOfTheLibraryIsRefused)
     EXPECT_NE(host.error().localizedDescription.find("more than once"), std::string::npos);
 }
 
+TEST_F(Loading, APlugInForAnotherVersionOfTheLibraryIsRefusedWithTheReason)
+{
+    HostOptions options;
+    options.frameworkPath = PANEWELD_TEST_MISMATCHED;
+    options.mainBundlePath = "/nonexistent";
+    auto const host = Host::start(options);
+    ASSERT_TRUE(host);
+    auto const plugin = host.value()->plugin();
+    ASSERT_TRUE(plugin);
+    EXPECT_EQ(NSBundle::appKitController(*plugin), nullptr);
+    auto const error = plugin->loadAndReturnError();
+    ASSERT_TRUE(error);
+    EXPECT_NE(error->localizedDescription.find("version 0.0.1"), std::string::npos) << error->localizedDescription;
+}
+
 TEST_F(Loading, ASecondHostIsRefused)
 {
     auto const host = start();

@@ -16,11 +16,14 @@ using platform::NSError;
 namespace {
 
 constexpr auto registerFunction = "PlatformModuleRegister";
+constexpr auto errorDomain = "NSCocoaErrorDomain";
+constexpr int cannotBeLinked = 3588; // NSExecutableLinkError
+constexpr int moduleRefused = 3585; // NSExecutableArchitectureMismatchError
 
 NSError loaderError()
 {
     char const* text = dlerror();
-    return { "NSCocoaErrorDomain", 3588, text ? text : "the code cannot be loaded" };
+    return { errorDomain, cannotBeLinked, text ? text : "the code cannot be loaded" };
 }
 
 } // namespace
@@ -65,10 +68,13 @@ platform::Result<bool> BundleDirectory::loadCode(std::string const& bundlePath, 
     void* const code = dlopen(executablePath.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
     if (!code)
         return loaderError();
-    auto* const registerModule = reinterpret_cast<void (*)(char const*)>(dlsym(code, registerFunction));
+    auto* const registerModule = reinterpret_cast<char const* (*)(char const*)>(dlsym(code, registerFunction));
     if (!registerModule)
         return loaderError();
-    registerModule(bundlePath.c_str());
+    if (auto const* const refusal = registerModule(bundlePath.c_str())) {
+        report(executablePath + ": " + refusal);
+        return platform::NSError { errorDomain, moduleRefused, refusal };
+    }
     return true;
 }
 
