@@ -79,10 +79,7 @@ public:
             return m_x11->eventMonitors();
         return m_noMonitors;
     }
-    std::optional<platform::NSScreen> mainScreen() override
-    {
-        return m_x11 ? m_x11->mainScreen() : std::nullopt;
-    }
+    std::optional<platform::NSScreen> mainScreen() override { return m_x11 ? m_x11->mainScreen() : std::nullopt; }
 
     int pollableDescriptor() const override { return m_loop->pollableDescriptor(); }
     void dispatch() override { m_loop->dispatch(); }

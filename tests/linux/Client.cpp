@@ -150,8 +150,7 @@ xcb_window_t Client::activeWindow()
 xcb_window_t Client::frameOf(xcb_window_t window)
 {
     while (true) {
-        auto const reply
-            = owned(xcb_query_tree_reply(m_connection, xcb_query_tree(m_connection, window), nullptr));
+        auto const reply = owned(xcb_query_tree_reply(m_connection, xcb_query_tree(m_connection, window), nullptr));
         if (!reply || reply->parent == root() || reply->parent == XCB_WINDOW_NONE)
             return window;
         window = reply->parent;
@@ -199,8 +198,8 @@ void Client::movePointer(int x, int y)
 
 void Client::button(int number, bool isDown)
 {
-    xcb_test_fake_input(m_connection, isDown ? XCB_BUTTON_PRESS : XCB_BUTTON_RELEASE,
-        static_cast<std::uint8_t>(number), XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0, 0);
+    xcb_test_fake_input(m_connection, isDown ? XCB_BUTTON_PRESS : XCB_BUTTON_RELEASE, static_cast<std::uint8_t>(number),
+        XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0, 0);
     sync();
 }
 
@@ -212,8 +211,7 @@ void Client::sendToRoot(xcb_window_t about, std::string const& type, std::vector
     message.window = about;
     message.type = atom(type);
     std::copy(data.begin(), data.end(), message.data.data32);
-    xcb_send_event(m_connection, 0, root(),
-        XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+    xcb_send_event(m_connection, 0, root(), XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
         reinterpret_cast<char const*>(&message));
     sync();
 }

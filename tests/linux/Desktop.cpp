@@ -31,6 +31,14 @@ std::string readAnswer(int descriptor)
     return bytes > 0 ? std::string(answer.data(), static_cast<std::size_t>(bytes)) : std::string();
 }
 
+bool canConnect(std::string const& display)
+{
+    auto* const connection = xcb_connect(display.c_str(), nullptr);
+    bool const isConnected = xcb_connection_has_error(connection) == 0;
+    xcb_disconnect(connection);
+    return isConnected;
+}
+
 // A window manager that is starting takes its place first and may lose a window that is mapped before it is done. So a
 // foreign program tries with windows of its own until one is looked after.
 void waitUntilWindowsAreManaged(std::string const& display)
@@ -72,8 +80,9 @@ Desktop::Desktop(std::string screen)
         close(ends[1]);
         // The number it really has, which need not be the one that was wished.
         auto const answer = readAnswer(ends[0]);
-        if (!answer.empty())
-            m_display = ":" + answer.substr(0, answer.find('\n'));
+        auto const answered = ":" + answer.substr(0, answer.find('\n'));
+        if (!answer.empty() && canConnect(answered))
+            m_display = answered;
         close(ends[0]);
     }
     if (m_display.empty()) {

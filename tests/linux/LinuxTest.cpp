@@ -86,6 +86,19 @@ bool LinuxTest::pumpUntil(std::function<bool()> condition)
     return false;
 }
 
+bool LinuxTest::pumpWithoutServerUntil(std::function<bool()> condition)
+{
+    auto const end = std::chrono::steady_clock::now() + patience;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > end)
+            return false;
+        pollfd wait { backend->pollableDescriptor(), POLLIN, 0 };
+        poll(&wait, 1, lookAgainMilliseconds);
+        backend->dispatch();
+    }
+    return true;
+}
+
 void LinuxTest::settle()
 {
     for (int i = 0; i < 2; ++i) {

@@ -30,6 +30,8 @@ protected:
     void hearEverything();
     // Runs the loops until the condition holds; false, with the last news printed, when it does not come in time.
     bool pumpUntil(std::function<bool()> condition);
+    // The same when the server has gone and only the backend is left.
+    bool pumpWithoutServerUntil(std::function<bool()> condition);
     // Runs the loops until the server has carried a message there and back, twice, so that what was on its way is here.
     void settle();
     void pumpFor(std::chrono::milliseconds time);

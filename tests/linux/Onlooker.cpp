@@ -14,8 +14,12 @@ Onlooker::Onlooker(std::string const& display)
 void Onlooker::watch(xcb_window_t window)
 {
     m_window = window;
+    m_frame = frameOf(window);
     std::uint32_t const mask = XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE;
     xcb_change_window_attributes(wire(), window, XCB_CW_EVENT_MASK, &mask);
+    std::uint32_t const frameMask = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    if (m_frame != window)
+        xcb_change_window_attributes(wire(), m_frame, XCB_CW_EVENT_MASK, &frameMask);
     xcb_shape_select_input(wire(), window, 1);
     sync();
 }
@@ -49,13 +53,12 @@ void Onlooker::note(xcb_generic_event_t const& event)
     } else if (type == XCB_REPARENT_NOTIFY) {
         entry.kind = Kind::Reparented;
     } else if (type == XCB_CONFIGURE_NOTIFY) {
-        // Inside a frame only the window manager's own word says where on the root the window is.
-        entry.kind = Kind::Configured;
+        // A window manager resizes its frame and what is in it one after the other; the frame is what is on the screen.
         auto const& configure = reinterpret_cast<xcb_configure_notify_event_t const&>(event);
-        bool const isSent = (event.response_type & 0x80) != 0;
+        if (configure.window != m_frame)
+            return;
+        entry.kind = Kind::Configured;
         entry.geometry = { configure.x, configure.y, configure.width, configure.height };
-        if (!isSent)
-            entry.geometry = geometry(m_window);
     } else if (type == XCB_PROPERTY_NOTIFY) {
         auto const& property = reinterpret_cast<xcb_property_notify_event_t const&>(event);
         bool const isOpacity = property.atom == atom("_NET_WM_WINDOW_OPACITY");

@@ -16,7 +16,7 @@ public:
     enum class Kind { Mapped, Unmapped, Reparented, Configured, Opacity, Shape, Property };
     struct Entry {
         Kind kind = Kind::Mapped;
-        // On the root; for the kind Configured.
+        // On the root, of the window with its frame; for the kind Configured.
         Geometry geometry {};
         // For the kind Opacity, when it was looked at a moment later.
         double opacity = 1;
@@ -35,6 +35,7 @@ private:
     void note(xcb_generic_event_t const& event);
 
     xcb_window_t m_window = XCB_WINDOW_NONE;
+    xcb_window_t m_frame = XCB_WINDOW_NONE;
     std::uint8_t m_shapeEvent = 0;
     std::vector<Entry> m_entries;
 };

@@ -24,7 +24,8 @@ public:
     };
 
     // isWrong judges on the sampler's thread. The pixel is taken at this place of the screen.
-    Sampler(std::string const& display, xcb_window_t window, Geometry pixelPlace, std::function<bool(Sample const&)> isWrong);
+    Sampler(std::string const& display, xcb_window_t window, Geometry pixelPlace,
+        std::function<bool(Sample const&)> isWrong);
     ~Sampler();
 
     // Ends the sampling. How many moments were seen, how many of them were wrong, and the first of these in words.

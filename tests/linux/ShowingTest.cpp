@@ -256,8 +256,8 @@ TEST_F(Showing, StylesPlacesAndFadesIn)
     EXPECT_EQ(toolkit->geometry(id), (Geometry { 320, 800 - 84 - 91, 640, 91 }));
     EXPECT_EQ(toolkit->words(id, "_MOTIF_WM_HINTS"), (std::vector<std::uint32_t> { 2, 0, 0, 0, 0 }));
     EXPECT_TRUE(toolkit->words(id, "_KDE_NET_WM_BLUR_BEHIND_REGION"));
-    EXPECT_TRUE(pumpUntil(
-        [&] { return toolkit->words(id, "_NET_WM_DESKTOP") == std::vector<std::uint32_t> { 0xFFFFFFFF }; }));
+    EXPECT_TRUE(
+        pumpUntil([&] { return toolkit->words(id, "_NET_WM_DESKTOP") == std::vector<std::uint32_t> { 0xFFFFFFFF }; }));
 }
 
 } // namespace paneweld_tests

@@ -91,15 +91,14 @@ platform::Result<std::unique_ptr<Bus>> Bus::connect(EventLoop& loop, std::string
 BusSlot Bus::getText(Property const& property, std::function<void(std::optional<std::string>)> answered)
 {
     sd_bus_message* question = nullptr;
-    if (sd_bus_message_new_method_call(m_bus, &question, property.service.c_str(), property.path.c_str(),
-            "org.freedesktop.DBus.Properties", "Get")
+    if (sd_bus_message_new_method_call(
+            m_bus, &question, property.service.c_str(), property.path.c_str(), "org.freedesktop.DBus.Properties", "Get")
         < 0)
         return {};
     auto state = std::make_unique<BusSlot::State>();
     state->handle = [answered = std::move(answered)](sd_bus_message* answer) { answered(textIn(answer)); };
     sd_bus_message_append(question, "ss", property.interface.c_str(), property.name.c_str());
-    sd_bus_call_async(
-        m_bus, &state->slot, question, BusSlot::State::trampoline, state.get(), answerTimeMicroseconds);
+    sd_bus_call_async(m_bus, &state->slot, question, BusSlot::State::trampoline, state.get(), answerTimeMicroseconds);
     sd_bus_message_unref(question);
     return BusSlot(std::move(state));
 }

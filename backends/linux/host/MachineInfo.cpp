@@ -33,7 +33,8 @@ constexpr std::string_view placeholders[] = { "to be filled by o.e.m.", "to be f
 bool isPlaceholder(std::string_view text)
 {
     auto const lower = platform::asciiLowerCase(text);
-    return lower.empty() || std::find(std::begin(placeholders), std::end(placeholders), lower) != std::end(placeholders);
+    return lower.empty()
+        || std::find(std::begin(placeholders), std::end(placeholders), lower) != std::end(placeholders);
 }
 
 std::string unquoted(std::string_view value)

@@ -4,9 +4,9 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <pthread.h>
 #include <string_view>
-#include <ctime>
 #include <unistd.h>
 
 namespace backends {

@@ -82,8 +82,8 @@ private:
         std::function<void(void*)> handle;
     };
 
-    Connection(xcb_connection_t* connection, xcb_screen_t* screen, int screenNumber, EventLoop& loop,
-        platform::OSLog log);
+    Connection(
+        xcb_connection_t* connection, xcb_screen_t* screen, int screenNumber, EventLoop& loop, platform::OSLog log);
 
     void expect(std::uint32_t sequence, std::function<void(void*)> handle);
     void queryExtensions();

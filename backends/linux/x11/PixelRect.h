@@ -15,8 +15,14 @@ struct PixelRect {
 
     std::int32_t right() const { return x + width; }
     std::int32_t bottom() const { return y + height; }
-    bool isEmpty() const { return width <= 0 || height <= 0; }
+    std::int32_t middleX() const { return x + width / 2; }
+    std::int32_t middleY() const { return y + height / 2; }
+    bool contains(std::int32_t pointX, std::int32_t pointY) const
+    {
+        return pointX >= x && pointX < right() && pointY >= y && pointY < bottom();
+    }
     bool hasSizeOf(PixelRect const& other) const { return width == other.width && height == other.height; }
+    bool isEmpty() const { return width <= 0 || height <= 0; }
 
     bool operator==(PixelRect const&) const = default;
 };

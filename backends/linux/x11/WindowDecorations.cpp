@@ -108,6 +108,7 @@ void WindowDecorations::update()
     if (hints == m_written)
         return;
     m_written = hints;
+    m_willWrite();
     auto& connection = m_context.connection;
     auto const property = connection.atom(AtomName::MOTIF_WM_HINTS);
     auto const& words = hints ? *hints : m_toolkit;

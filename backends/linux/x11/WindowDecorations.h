@@ -4,6 +4,7 @@
 #include "platform/appkit/NSWindow.h"
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <vector>
 #include <xcb/xcb.h>
@@ -16,6 +17,9 @@ namespace backends {
 class WindowDecorations {
 public:
     WindowDecorations(X11Context const& context, xcb_window_t window);
+
+    // Called right before each writing of the property.
+    void setWriteHandler(std::function<void()> willWrite) { m_willWrite = std::move(willWrite); }
 
     platform::WindowStyleMask styleMask() const { return m_styleMask; }
     void setStyleMask(platform::WindowStyleMask mask);
@@ -36,6 +40,7 @@ private:
 
     X11Context const& m_context;
     xcb_window_t m_window;
+    std::function<void()> m_willWrite;
     platform::WindowStyleMask m_styleMask = platform::styleMaskTitled | platform::styleMaskClosable
         | platform::styleMaskMiniaturizable | platform::styleMaskResizable;
     bool m_isTransparent = false;

@@ -95,8 +95,8 @@ bool WindowFinder::isOwnTopLevel(xcb_window_t window)
         isOrdinary = reply && !reply->override_redirect && reply->_class != XCB_WINDOW_CLASS_INPUT_ONLY;
     });
     bool isTopLevel = false;
-    m_connection.ask<xcb_query_tree_reply_t>(treeCookie.sequence,
-        [&](auto const* reply) { isTopLevel = reply && reply->parent == m_connection.root(); });
+    m_connection.ask<xcb_query_tree_reply_t>(
+        treeCookie.sequence, [&](auto const* reply) { isTopLevel = reply && reply->parent == m_connection.root(); });
     m_connection.roundTrip();
     return isOwn && isOrdinary && isTopLevel;
 }

@@ -34,7 +34,7 @@ WindowFrame::WindowFrame(X11Context const& context, xcb_window_t window, WindowL
 Rect WindowFrame::frame() const
 {
     // The target is the more precise number when the window is where it was sent.
-    if (m_target && (m_isPending || visiblePixels() == m_targetPixels))
+    if (m_target && (m_answerTimer || isAtTarget()))
         return *m_target;
     return m_context.screen.scale().toPoints(visiblePixels());
 }
@@ -49,7 +49,7 @@ void WindowFrame::setFrame(Rect const& frame, std::optional<Rect> const& end)
 
 void WindowFrame::request(PixelRect const& client)
 {
-    if (client == (m_isPending ? m_requested : m_pixels))
+    if (client == (m_answerTimer ? m_requested : m_pixels))
         return;
     m_limits.include(m_pixels, client);
     send(client);
@@ -81,14 +81,24 @@ void WindowFrame::send(PixelRect const& client)
 void WindowFrame::setMapping(Mapping mapping)
 {
     m_mapping = mapping;
+    m_wasAnswered = false;
     if (mapping == Mapping::Unmapped)
         m_parent = m_context.connection.root();
 }
 
 void WindowFrame::sendAgain()
 {
-    if (m_target)
-        send(grownBy(m_targetPixels, m_insets));
+    if (!m_target || isAtTarget())
+        return;
+    auto const client = grownBy(m_targetPixels, m_insets);
+    // A window manager that has just mapped the window may believe that it is there already, and then does nothing at
+    // all. A detour of a pixel makes it look.
+    if (!m_wasAnswered && m_requested == client) {
+        auto detour = client;
+        ++detour.x;
+        send(detour);
+    }
+    send(client);
 }
 
 void WindowFrame::setInsets(PixelInsets const& insets)
@@ -96,7 +106,7 @@ void WindowFrame::setInsets(PixelInsets const& insets)
     if (std::exchange(m_insets, insets) == insets)
         return;
     m_limits.setInsets(insets);
-    if (m_isPending)
+    if (m_answerTimer)
         request(grownBy(m_targetPixels, m_insets));
 }
 
@@ -106,19 +116,29 @@ void WindowFrame::scaleDidChange()
     m_target.reset();
 }
 
-void WindowFrame::handleGeometry(PixelRect const& relativeToParent)
+void WindowFrame::read()
 {
-    if (m_parent == m_context.connection.root()) {
-        setPixels(relativeToParent);
-        return;
-    }
-    m_pixels.width = relativeToParent.width;
-    m_pixels.height = relativeToParent.height;
+    auto& connection = m_context.connection;
+    auto const cookie = xcb_get_geometry(connection.wire(), m_window);
+    connection.ask<xcb_get_geometry_reply_t>(cookie.sequence, [this, weak = m_owner](auto const* reply) {
+        auto const owner = weak.lock();
+        if (!owner || !reply)
+            return;
+        m_pixels.width = reply->width;
+        m_pixels.height = reply->height;
+    });
     askPosition();
+}
+
+void WindowFrame::handleParentConfigure(xcb_window_t parent)
+{
+    if (parent == m_parent && m_mapping == Mapping::Mapped)
+        askPosition();
 }
 
 bool WindowFrame::handleConfigure(xcb_configure_notify_event_t const& event)
 {
+    m_wasAnswered = true;
     bool const isSynthetic = (event.response_type & 0x80) != 0;
     bool const sizeChanges = event.width != m_pixels.width || event.height != m_pixels.height;
     bool const isForeign = !isSynthetic && sizeChanges && !wasRequested(event.width, event.height);
@@ -139,43 +159,51 @@ bool WindowFrame::wasRequested(std::int32_t width, std::int32_t height) const
         [&](auto const& rect) { return rect.width == width && rect.height == height; });
 }
 
-void WindowFrame::askPosition()
+void WindowFrame::askPosition(std::function<void()> done)
 {
     auto& connection = m_context.connection;
     auto const cookie = xcb_translate_coordinates(connection.wire(), m_window, connection.root(), 0, 0);
     connection.ask<xcb_translate_coordinates_reply_t>(
-        cookie.sequence, [this, weak = m_owner, question = ++m_positionQuestions](auto const* reply) {
-            // Only the latest question's answer goes with the size that is known now.
+        cookie.sequence, [this, weak = m_owner, done = std::move(done)](auto const* reply) {
             auto const owner = weak.lock();
-            if (!owner || !reply || question != m_positionQuestions)
+            if (!owner || !reply)
                 return;
             setPixels({ reply->dst_x, reply->dst_y, m_pixels.width, m_pixels.height });
+            if (done)
+                done();
         });
 }
 
 void WindowFrame::setPixels(PixelRect const& pixels)
 {
     m_pixels = pixels;
-    if (m_isPending && m_pixels == m_requested)
-        settle();
+    if (m_hasArrived || m_pixels != m_requested)
+        return;
+    m_hasArrived = true;
+    m_didSettle();
 }
 
 void WindowFrame::waitForAnswer()
 {
-    m_isPending = true;
-    m_answerTimer = m_context.loop.after(longestAnswer, [this] { settle(); });
+    m_wasAnswered = false;
+    m_hasArrived = false;
+    m_answerTimer = m_context.loop.after(longestAnswer, [this] {
+        m_answerTimer.end();
+        // Not every move is told, so the server is asked once for where the window came to rest.
+        askPosition([this] {
+            if (!m_answerTimer)
+                comeToRest();
+        });
+    });
 }
 
-void WindowFrame::settle()
+void WindowFrame::comeToRest()
 {
-    m_isPending = false;
-    m_answerTimer.end();
     // The last size may be reported once more, from inside the frame.
     if (m_recent.size() > 1)
         m_recent.erase(m_recent.begin(), m_recent.end() - 1);
     m_limits.include(m_pixels, m_pixels);
-    if (m_didSettle)
-        m_didSettle();
+    m_didSettle();
 }
 
 } // namespace backends

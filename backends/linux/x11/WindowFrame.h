@@ -21,7 +21,7 @@ public:
     enum class Mapping { Unmapped, Mapped };
 
     WindowFrame(X11Context const& context, xcb_window_t window, WindowLimits& limits);
-    // didSettle is called when the last request was answered, or when nobody answered it.
+    // didSettle is called when the latest request was carried out, or when nobody did in time.
     void setSettledHandler(std::function<void()> didSettle) { m_didSettle = std::move(didSettle); }
 
     // The window that this belongs to: answers that come after its end are dropped, and it outlives their handling.
@@ -31,7 +31,11 @@ public:
     // The client's rectangle on the root, ornament included.
     PixelRect const& pixels() const { return m_pixels; }
     PixelRect visiblePixels() const { return shrunkBy(m_pixels, m_insets); }
-    bool isSettled() const { return !m_isPending; }
+    // The latest request was carried out, or nobody did in time.
+    bool isSettled() const { return m_hasArrived || !m_answerTimer; }
+    // Whether anybody said where the window is since the last request.
+    bool wasAnswered() const { return m_wasAnswered; }
+    bool hasTarget() const { return m_target.has_value(); }
     // True as well when no frame was ever set.
     bool isAtTarget() const { return !m_target || visiblePixels() == m_targetPixels; }
 
@@ -39,24 +43,27 @@ public:
     void setFrame(platform::Rect const& frame, std::optional<platform::Rect> const& end = {});
 
     void setMapping(Mapping mapping);
-    // Once more, because toolkits and window managers have their own ideas when a window is mapped or gets another
-    // decoration. Nothing when no frame was ever set.
+    // Once more if the window is elsewhere, because toolkits and window managers have their own ideas when a window is
+    // mapped or gets another decoration. Nothing when no frame was ever set.
     void sendAgain();
 
     void setInsets(PixelInsets const& insets);
     void scaleDidChange();
     void handleParent(xcb_window_t parent) { m_parent = parent; }
-    void handleGeometry(PixelRect const& relativeToParent);
+    // Asks for size and place; the answers come with the next replies.
+    void read();
+    // The window manager's frame around the window moved or changed. Not every window manager tells the window.
+    void handleParentConfigure(xcb_window_t parent);
     // True when the size changed and nobody here asked for it.
     bool handleConfigure(xcb_configure_notify_event_t const& event);
 
 private:
     void request(PixelRect const& client);
     void send(PixelRect const& client);
-    void askPosition();
+    void askPosition(std::function<void()> done = {});
     void setPixels(PixelRect const& pixels);
     void waitForAnswer();
-    void settle();
+    void comeToRest();
     bool wasRequested(std::int32_t width, std::int32_t height) const;
 
     X11Context const& m_context;
@@ -69,12 +76,13 @@ private:
     PixelInsets m_insets;
     std::optional<platform::Rect> m_target;
     PixelRect m_targetPixels;
+    // The latest request. While its timer runs the target holds, whatever is heard of the requests before.
     PixelRect m_requested;
+    LoopSource m_answerTimer;
+    bool m_hasArrived = true;
     // Sizes that were asked for since the window was last at rest.
     std::vector<PixelRect> m_recent;
-    bool m_isPending = false;
-    LoopSource m_answerTimer;
-    std::uint32_t m_positionQuestions = 0;
+    bool m_wasAnswered = false;
     std::weak_ptr<void> m_owner;
 };
 

@@ -103,6 +103,7 @@ void WindowLimits::write()
     if (hints == m_written)
         return;
     m_written = hints;
+    m_willWrite();
     auto& connection = m_context.connection;
     xcb_change_property(connection.wire(), XCB_PROP_MODE_REPLACE, m_window, XCB_ATOM_WM_NORMAL_HINTS,
         XCB_ATOM_WM_SIZE_HINTS, 32, SizeHints::wordCount, hints.words().data());

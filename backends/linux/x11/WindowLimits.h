@@ -5,6 +5,7 @@
 #include "backends/linux/x11/X11Context.h"
 #include "platform/foundation/Geometry.h"
 
+#include <functional>
 #include <limits>
 #include <optional>
 #include <utility>
@@ -23,6 +24,9 @@ public:
     {
     }
 
+    // Called right before each writing of the property.
+    void setWriteHandler(std::function<void()> willWrite) { m_willWrite = std::move(willWrite); }
+
     platform::Size minimum() const { return m_minimum.value_or(platform::Size {}); }
     platform::Size maximum() const { return m_maximum.value_or(platform::Size { unlimited, unlimited }); }
     bool isSet() const { return m_minimum || m_maximum; }
@@ -32,8 +36,8 @@ public:
     // The window's ornament counts in the property but not in the limits.
     void setInsets(PixelInsets const& insets);
 
-    // The size that the window has and the one that it will have in a moment, in pixels with its ornament. Both, because
-    // a window manager makes a window that is outside its limits fit at once.
+    // The size that the window has and the one that it will have in a moment, in pixels with its ornament. Both,
+    // because a window manager makes a window that is outside its limits fit at once.
     void include(PixelRect const& current, PixelRect const& next);
     // A place that the window manager shall keep when it maps the window.
     void placeBeforeMapping(PixelRect const& rect);
@@ -49,6 +53,7 @@ private:
 
     X11Context const& m_context;
     xcb_window_t m_window;
+    std::function<void()> m_willWrite;
     std::optional<platform::Size> m_minimum;
     std::optional<platform::Size> m_maximum;
     PixelInsets m_insets;

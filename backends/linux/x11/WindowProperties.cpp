@@ -44,19 +44,19 @@ std::string WindowProperties::title() const { return m_netName.value_or(m_name);
 
 void WindowProperties::setTitle(std::string const& title)
 {
-    ++m_titlesSet;
     m_netName = title;
     m_name = title;
     auto& connection = m_context.connection;
     // In units of four bytes, and the request's own header is one of them.
     auto const longest = (std::size_t { xcb_get_maximum_request_length(connection.wire()) } - 8) * 4;
     if (title.size() > longest) {
-        connection.log().error("title too long for the X server: %lld bytes",
-            { static_cast<std::int64_t>(title.size()) });
+        connection.log().error(
+            "title too long for the X server: %lld bytes", { static_cast<std::int64_t>(title.size()) });
         return;
     }
     auto const type = connection.atom(AtomName::UTF8_STRING);
     for (auto const property : { connection.atom(AtomName::NET_WM_NAME), xcb_atom_t { XCB_ATOM_WM_NAME } }) {
+        noteOwnWriting(property);
         xcb_change_property(connection.wire(), XCB_PROP_MODE_REPLACE, m_window, property, type, 8,
             static_cast<std::uint32_t>(title.size()), title.data());
     }
@@ -95,14 +95,13 @@ void WindowProperties::readLatest(xcb_atom_t property)
 
 void WindowProperties::read(xcb_atom_t property, std::function<void()> done)
 {
-    bool const isTitle = property == m_context.connection.atom(AtomName::NET_WM_NAME) || property == XCB_ATOM_WM_NAME;
     m_context.connection.askProperty(m_window, property,
-        [this, weak = m_owner, property, isTitle, titlesSet = m_titlesSet, done = std::move(done)](
+        [this, weak = m_owner, property, writings = m_ownWritings[property], done = std::move(done)](
             auto const* reply) {
             auto const owner = weak.lock();
             if (!owner)
                 return;
-            if (reply && (!isTitle || titlesSet == m_titlesSet))
+            if (reply && writings == m_ownWritings[property])
                 handleRead(property, reply);
             if (done)
                 done();

@@ -44,6 +44,8 @@ public:
     // Asks for everything; done is called after all of it was answered.
     void readAll(std::function<void()> done);
     void handleChange(xcb_atom_t property);
+    // One of ours was written on the window: what was asked for before is out of date, and its news comes by itself.
+    void noteOwnWriting(xcb_atom_t property) { ++m_ownWritings[property]; }
 
 private:
     void read(xcb_atom_t property, std::function<void()> done);
@@ -69,8 +71,7 @@ private:
     bool m_takesInput = true;
     bool m_takesFocus = false;
     bool m_canDelete = false;
-    // Counts titles set here: what was asked for before is out of date.
-    std::uint32_t m_titlesSet = 0;
+    std::map<xcb_atom_t, std::uint32_t> m_ownWritings;
     std::weak_ptr<void> m_owner;
 };
 

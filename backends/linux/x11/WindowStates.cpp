@@ -33,10 +33,7 @@ void WindowStates::setCollectionBehavior(platform::WindowCollectionBehavior beha
         tellDesktop();
 }
 
-bool WindowStates::isOnAllDesktops() const
-{
-    return (m_behavior & platform::collectionBehaviorCanJoinAllSpaces) != 0;
-}
+bool WindowStates::isOnAllDesktops() const { return (m_behavior & platform::collectionBehaviorCanJoinAllSpaces) != 0; }
 
 void WindowStates::tellAgain()
 {

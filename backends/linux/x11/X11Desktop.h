@@ -26,10 +26,7 @@ public:
     void setObserver(Observer observer) { m_observer = std::move(observer); }
 
     bool hasWindowManager() const { return m_checkWindow != XCB_WINDOW_NONE; }
-    bool supports(AtomName name) const
-    {
-        return hasWindowManager() && m_supported.contains(m_connection.atom(name));
-    }
+    bool supports(AtomName name) const { return hasWindowManager() && m_supported.contains(m_connection.atom(name)); }
     bool isCompositing() const { return m_compositorOwner != XCB_WINDOW_NONE; }
     xcb_window_t activeWindow() const { return m_activeWindow; }
     std::uint32_t currentDesktop() const { return m_currentDesktop; }

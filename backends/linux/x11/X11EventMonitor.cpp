@@ -119,9 +119,9 @@ void X11EventMonitor::swallowUntilRelease(xcb_key_press_event_t const& event)
     m_swallowed = event.detail;
     // The window may go with this very key, and its grab with it; the repetitions and the release must not reach
     // whatever window comes next. The server keeps each further key until it is decided, so that none is lost.
-    auto const cookie = xcb_grab_keyboard(m_connection.wire(), 0, m_connection.root(), event.time,
-        XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_SYNC);
-    m_connection.ask<xcb_grab_keyboard_reply_t>(cookie.sequence, [](auto const*) { });
+    auto const cookie = xcb_grab_keyboard(
+        m_connection.wire(), 0, m_connection.root(), event.time, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_SYNC);
+    m_connection.ask<xcb_grab_keyboard_reply_t>(cookie.sequence, [](auto const*) {});
     allow(XCB_ALLOW_SYNC_KEYBOARD, event.time);
 }
 

@@ -35,12 +35,10 @@ void X11Keyboard::start(std::function<void()> didChange)
     if (!m_connection.keyboard().isPresent)
         return;
     constexpr std::uint16_t events = XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY | XCB_XKB_EVENT_TYPE_NAMES_NOTIFY;
-    xcb_xkb_select_events(
-        m_connection.wire(), XCB_XKB_ID_USE_CORE_KBD, events, 0, events, 0, 0, nullptr);
+    xcb_xkb_select_events(m_connection.wire(), XCB_XKB_ID_USE_CORE_KBD, events, 0, events, 0, 0, nullptr);
     // A held key then repeats its press alone, so that its release can be told from a repetition.
     constexpr std::uint32_t flag = XCB_XKB_PER_CLIENT_FLAG_DETECTABLE_AUTO_REPEAT;
-    auto const cookie
-        = xcb_xkb_per_client_flags(m_connection.wire(), XCB_XKB_ID_USE_CORE_KBD, flag, flag, 0, 0, 0);
+    auto const cookie = xcb_xkb_per_client_flags(m_connection.wire(), XCB_XKB_ID_USE_CORE_KBD, flag, flag, 0, 0, 0);
     xcb_discard_reply(m_connection.wire(), cookie.sequence);
     readNames();
 }
@@ -58,15 +56,15 @@ void X11Keyboard::handle(xcb_generic_event_t const& event)
 
 void X11Keyboard::readNames()
 {
-    auto const cookie = xcb_xkb_get_names(m_connection.wire(), XCB_XKB_ID_USE_CORE_KBD,
-        XCB_XKB_NAME_DETAIL_KEY_NAMES | XCB_XKB_NAME_DETAIL_KEY_ALIASES);
+    auto const cookie = xcb_xkb_get_names(
+        m_connection.wire(), XCB_XKB_ID_USE_CORE_KBD, XCB_XKB_NAME_DETAIL_KEY_NAMES | XCB_XKB_NAME_DETAIL_KEY_ALIASES);
     m_connection.ask<xcb_xkb_get_names_reply_t>(cookie.sequence, [this](auto const* reply) {
         if (!reply)
             return;
         xcb_xkb_get_names_value_list_t list {};
         xcb_xkb_get_names_value_list_unpack(xcb_xkb_get_names_value_list(reply), reply->nTypes, reply->indicators,
-            reply->virtualMods, reply->groupNames, reply->nKeys, reply->nKeyAliases, reply->nRadioGroups,
-            reply->which, &list);
+            reply->virtualMods, reply->groupNames, reply->nKeys, reply->nKeyAliases, reply->nRadioGroups, reply->which,
+            &list);
         m_keycodes.clear();
         for (int i = 0; i < reply->nKeys; ++i)
             m_keycodes.emplace(nameIn(list.keyNames[i].name), static_cast<xcb_keycode_t>(reply->firstKey + i));

@@ -76,6 +76,8 @@ void X11Screen::handle(xcb_generic_event_t const& event)
             return;
         m_rootWidth = change.width;
         setRootHeight(change.height);
+        // Monitors that a user parts by hand are announced by nothing else.
+        readMonitors();
         return;
     }
     if (m_connection.fixes().isPresent && type == m_connection.fixes().firstEvent + XCB_XFIXES_SELECTION_NOTIFY) {
@@ -149,8 +151,8 @@ void X11Screen::readWorkAreas()
         auto const count = std::min(static_cast<std::uint32_t>(m_workAreas.size()), maximumDesktops);
         for (auto desktop = static_cast<std::uint32_t>(m_monitorWorkAreaAtoms.size()); desktop < count; ++desktop) {
             auto const name = "_GTK_WORKAREAS_D" + std::to_string(desktop);
-            auto const cookie = xcb_intern_atom(
-                m_connection.wire(), 0, static_cast<std::uint16_t>(name.size()), name.data());
+            auto const cookie
+                = xcb_intern_atom(m_connection.wire(), 0, static_cast<std::uint16_t>(name.size()), name.data());
             m_connection.ask<xcb_intern_atom_reply_t>(cookie.sequence, [this, desktop](auto const* atom) {
                 if (!atom)
                     return;
@@ -228,6 +230,10 @@ X11Screen::Monitor X11Screen::mainMonitor(std::optional<PixelRect> const& keyWin
     if (m_monitors.empty())
         return { { 0, 0, m_rootWidth, m_scale.rootHeight }, true };
     if (keyWindow) {
+        auto const middle = std::find_if(m_monitors.begin(), m_monitors.end(),
+            [&](auto const& monitor) { return monitor.rect.contains(keyWindow->middleX(), keyWindow->middleY()); });
+        if (middle != m_monitors.end())
+            return *middle;
         auto const overlap = [&](Monitor const& monitor) { return areaOf(intersectionOf(monitor.rect, *keyWindow)); };
         auto const best = std::max_element(m_monitors.begin(), m_monitors.end(),
             [&](auto const& first, auto const& second) { return overlap(first) < overlap(second); });

@@ -28,7 +28,7 @@ public:
     // In hertz; 0 when the server does not know, as a virtual one.
     double refreshRate() const { return m_refreshRate; }
 
-    // The monitor that holds most of the window, else the primary one, else the first.
+    // The monitor that holds the middle of the window or most of it, else the primary one, else the first.
     platform::NSScreen mainScreen(std::optional<PixelRect> const& keyWindow) const;
 
 private:

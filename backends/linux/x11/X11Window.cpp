@@ -18,7 +18,11 @@ using platform::Size;
 namespace {
 
 constexpr std::uint32_t fromPager = 2;
-constexpr int placingsBeforeShowing = 2;
+// A window manager that answers with another place gets two more requests, one that is silent some more time.
+constexpr int placingsBeforeShowing = 6;
+constexpr int placingsForAnAnswer = 2;
+// One frame of a usual display.
+constexpr platform::Seconds quietTimeBeforeShowing { 1.0 / 60 };
 
 } // namespace
 
@@ -53,6 +57,9 @@ X11Window::X11Window(X11Context const& context, xcb_window_t window, Observer ob
     , m_contentView(std::make_shared<platform::NSView>())
 {
     m_contentView->setHierarchyObserver([this] { contentDidChange(); });
+    m_limits.setWriteHandler([this] { m_properties.noteOwnWriting(XCB_ATOM_WM_NORMAL_HINTS); });
+    m_decorations.setWriteHandler(
+        [this] { m_properties.noteOwnWriting(m_context.connection.atom(AtomName::MOTIF_WM_HINTS)); });
     m_frame.setSettledHandler([this] { endHoldWhenPlaced(); });
 }
 
@@ -111,13 +118,7 @@ void X11Window::readStart(Found found)
 
 void X11Window::readAll(std::function<void()> done)
 {
-    auto& connection = m_context.connection;
-    auto const cookie = xcb_get_geometry(connection.wire(), m_window);
-    connection.ask<xcb_get_geometry_reply_t>(cookie.sequence, [weak = std::weak_ptr(self())](auto const* reply) {
-        auto const window = weak.lock();
-        if (window && reply)
-            window->m_frame.handleGeometry({ reply->x, reply->y, reply->width, reply->height });
-    });
+    m_frame.read();
     m_properties.readAll(std::move(done));
 }
 
@@ -185,11 +186,28 @@ void X11Window::endHoldWhenPlaced()
 {
     if (!m_alpha.isHeld() || !isShown() || !m_frame.isSettled())
         return;
-    if (!m_frame.isAtTarget() && m_placingsLeft-- > 0) {
+    if (!m_frame.isAtTarget() && m_placingsLeft > 0) {
+        m_placingsLeft -= m_frame.wasAnswered() ? placingsForAnAnswer : 1;
         m_frame.sendAgain();
         return;
     }
-    m_alpha.release();
+    if (!m_frame.hasTarget()) {
+        m_alpha.release();
+        return;
+    }
+    // Right after mapping a window manager may still be putting its frame in order around the window.
+    if (!m_quietTimer)
+        m_quietTimer = m_context.loop.after(quietTimeBeforeShowing, [this] { endHoldWhenQuiet(); });
+}
+
+void X11Window::endHoldWhenQuiet()
+{
+    m_quietTimer.end();
+    bool const hasMovedAgain = !m_frame.isSettled() || (!m_frame.isAtTarget() && m_placingsLeft > 0);
+    if (hasMovedAgain || !isShown())
+        endHoldWhenPlaced();
+    else
+        m_alpha.release();
 }
 
 void X11Window::wasWithdrawn()
@@ -338,9 +356,8 @@ platform::NSWindowAnimator& X11Window::animator()
 void X11Window::contentDidChange()
 {
     auto const& views = m_contentView->subviews();
-    m_decorations.setBlursBehind(std::any_of(views.begin(), views.end(), [](auto const& view) {
-        return std::dynamic_pointer_cast<platform::NSVisualEffectView>(view) != nullptr;
-    }));
+    m_decorations.setBlursBehind(std::any_of(views.begin(), views.end(),
+        [](auto const& view) { return std::dynamic_pointer_cast<platform::NSVisualEffectView>(view) != nullptr; }));
 }
 
 } // namespace backends

@@ -59,6 +59,7 @@ public:
 
     // News of the wire.
     void handleConfigure(xcb_configure_notify_event_t const& event, bool isButtonDown);
+    void handleParentConfigure(xcb_window_t parent) { m_frame.handleParentConfigure(parent); }
     void handleProperty(xcb_atom_t property) { m_properties.handleChange(property); }
     void handleMap() { m_life.handleMap(); }
     void handleUnmap() { m_life.handleUnmap(); }
@@ -124,6 +125,7 @@ private:
     void wasMapped(WindowLife::Presence before);
     void finishShowing();
     void endHoldWhenPlaced();
+    void endHoldWhenQuiet();
     void wasWithdrawn();
     void markStyled();
     void contentDidChange();
@@ -148,6 +150,7 @@ private:
     bool m_isStyled = false;
     // How often a frame that did not arrive may still be asked for before the window is shown as it is.
     int m_placingsLeft = 0;
+    LoopSource m_quietTimer;
     // Counts mappings, so that the answers of an earlier one are told from the latest.
     unsigned m_mappings = 0;
 };

@@ -38,8 +38,8 @@ X11World::X11World(std::unique_ptr<Connection> connection, platform::NSApplicati
                   [this](auto xid, auto origin) {
                       if (m_windows.contains(xid) || (m_asserted && m_asserted->xid() == xid))
                           return;
-                      auto const found = origin == WindowFinder::Origin::Made ? X11Window::Found::New
-                                                                              : X11Window::Found::Existing;
+                      auto const found
+                          = origin == WindowFinder::Origin::Made ? X11Window::Found::New : X11Window::Found::Existing;
                       insert(X11Window::create(m_context, xid, found, observeWindow()));
                   },
               .isKnownClient =
@@ -68,8 +68,8 @@ void X11World::forEachWindow(Visit visit)
 void X11World::start(std::function<void()> screenDidChange)
 {
     m_connection->start([this](auto const& event) { handleEvent(event); }, [this] { connectionWasLost(); });
-    std::uint32_t const mask = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_STRUCTURE_NOTIFY
-        | XCB_EVENT_MASK_PROPERTY_CHANGE;
+    std::uint32_t const mask
+        = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE;
     xcb_change_window_attributes(m_connection->wire(), m_connection->root(), XCB_CW_EVENT_MASK, &mask);
     m_desktop.setObserver({
         .activeWindowDidChange = [this] { updateKeyWindow(); },
@@ -146,7 +146,7 @@ void X11World::windowDidShow(X11Window& window)
 }
 
 void X11World::handleEvent(xcb_generic_event_t const& event)
-{ fprintf(stderr,"ev %d win %x %x\n", event.response_type, ((uint32_t*)&event)[1], ((uint32_t*)&event)[2]);
+{
     m_desktop.handle(event);
     m_screen.handle(event);
     m_keyboard.handle(event);
@@ -190,8 +190,11 @@ void X11World::handleWindowEvent(xcb_generic_event_t const& event)
     }
     case XCB_CONFIGURE_NOTIFY: {
         auto const& configure = reinterpret_cast<xcb_configure_notify_event_t const&>(event);
-        if (auto const found = window(configure.window); found && configure.event == configure.window)
+        auto const found = window(configure.window);
+        if (found && configure.event == configure.window)
             found->handleConfigure(configure, m_buttons.isDown());
+        else if (!found && configure.event == root && configure.window != root)
+            forEachWindow([&](X11Window& inside) { inside.handleParentConfigure(configure.window); });
         break;
     }
     case XCB_PROPERTY_NOTIFY: {
@@ -256,8 +259,7 @@ void X11World::remove(std::shared_ptr<X11Window> const& window)
 
 void X11World::updateKeyWindow()
 {
-    auto const active
-        = m_desktop.supports(AtomName::NET_ACTIVE_WINDOW) ? m_desktop.activeWindow() : m_focused;
+    auto const active = m_desktop.supports(AtomName::NET_ACTIVE_WINDOW) ? m_desktop.activeWindow() : m_focused;
     // A window that was not reported yet becomes key after its report.
     auto const found = window(active);
     if (found && found->isShown()) {
@@ -319,7 +321,8 @@ void X11World::activate() { m_activationEnd = m_clock.now() + activationTime; }
 
 void X11World::connectionWasLost()
 {
-    forEachWindow([this](X11Window& window) { remove(std::static_pointer_cast<X11Window>(window.shared_from_this())); });
+    forEachWindow(
+        [this](X11Window& window) { remove(std::static_pointer_cast<X11Window>(window.shared_from_this())); });
 }
 
 } // namespace backends
