@@ -1,0 +1,161 @@
+#include "examples/brainstorm/Desktop.h"
+
+namespace ideas {
+
+Desktop::Desktop(Activity& activity, bool announcesWindows)
+    : m_activity(activity)
+    , m_announcesWindows(announcesWindows)
+{
+    start();
+    observe();
+}
+
+Desktop::~Desktop()
+{
+    if (m_host)
+        m_host->setNotificationTap({});
+}
+
+void Desktop::start()
+{
+    auto started = paneweld::Host::start({ .bundleIdentifier = "org.example.Ideas" });
+    if (!started) {
+        m_problem = "The desktop integration did not start: " + started.error().localizedDescription;
+        return;
+    }
+    m_host = started.take();
+    m_host->setNotificationTap([this](platform::Notification const& notification) { m_activity.hear(notification); });
+    m_loop = std::make_unique<paneweld::GlibLoop>(*m_host);
+
+    auto const plugin = m_host->plugin();
+    if (!plugin) {
+        m_problem = "The desktop integration is not installed beside the app";
+        return;
+    }
+    m_controller = paneweld::NSBundle::appKitController(*plugin);
+    if (!m_controller)
+        m_problem = "The desktop integration could not be loaded";
+    else if (m_host->windowReach() == paneweld::WindowReach::None)
+        m_problem = "No X server can be reached: windows are left as they are";
+}
+
+void Desktop::observe()
+{
+    using paneweld::NotificationName;
+    auto& center = platform::NotificationCenter::defaultCenter();
+    auto const on = [&](NotificationName::Name const& name, platform::NotificationCenter::Handler handler) {
+        m_observations.emplace_back(center, platform::NotificationCenter::Filter { .name = name }, std::move(handler));
+    };
+
+    on(NotificationName::windowIdentifierDidLoad(), [this](platform::Notification const& notification) {
+        auto const loaded = paneweld::WindowIdentifierDidLoad::from(notification);
+        auto const news = loaded ? newsFor(loaded->windowID) : WindowNews {};
+        if (news.didLoad)
+            news.didLoad(loaded->localizedTitle);
+    });
+    on(NotificationName::brainstormWindowWillResize(), [this](platform::Notification const& notification) {
+        auto const resize = paneweld::BrainstormWindowResize::from(notification);
+        auto const news = resize ? newsFor(resize->windowID) : WindowNews {};
+        if (news.willResize)
+            news.willResize(*resize);
+    });
+    on(NotificationName::brainstormWindowDidResize(), [this](platform::Notification const& notification) {
+        auto const resize = paneweld::BrainstormWindowResize::from(notification);
+        auto const news = resize ? newsFor(resize->windowID) : WindowNews {};
+        if (news.didResize)
+            news.didResize(*resize);
+    });
+    on(NotificationName::brainstormWindowDidEndLiveResize(), [this](platform::Notification const& notification) {
+        auto const resize = paneweld::BrainstormWindowDidEndLiveResize::from(notification);
+        auto const news = resize ? newsFor(resize->windowID) : WindowNews {};
+        if (news.didEndLiveResize)
+            news.didEndLiveResize(*resize);
+    });
+
+    auto const ask = [&](NotificationName::Name const& name, std::function<void()> Requests::*request) {
+        on(name, [this, request](platform::Notification const&) {
+            if (m_requests.*request)
+                (m_requests.*request)();
+        });
+    };
+    ask(NotificationName::globalNewBrainstormShortcutTriggered(), &Requests::openBrainstorm);
+    ask(NotificationName::forceOpenNewBrainstormWindow(), &Requests::openBrainstorm);
+    ask(NotificationName::openNewWindow(), &Requests::openMainWindow);
+    ask(NotificationName::openSettingsOrOnboarding(), &Requests::openSettings);
+}
+
+std::string Desktop::machineName() const
+{
+    auto const plugin = m_host ? m_host->plugin() : nullptr;
+    auto const name = plugin ? paneweld::NSBundle::macHostName(*plugin) : std::nullopt;
+    return name.value_or("this computer");
+}
+
+void Desktop::announce(GtkWidget* window)
+{
+    if (!m_host || !m_announcesWindows)
+        return;
+    // The plug-in speaks to the server on a connection of its own: what this one has said must have arrived.
+    gdk_display_sync(gtk_widget_get_display(window));
+    m_host->announceWindow(xidOf(window));
+}
+
+void Desktop::beginMove(GtkWidget* window, GdkEventButton const& press)
+{
+    // The window manager can only follow the pointer once the toolkit has let go of it.
+    gdk_seat_ungrab(gdk_device_get_seat(press.device));
+    gdk_display_sync(gtk_widget_get_display(window));
+
+    auto const button = static_cast<int>(press.button);
+    auto const scale = gtk_widget_get_scale_factor(window);
+    auto const rootX = static_cast<int>(press.x_root) * scale;
+    auto const rootY = static_cast<int>(press.y_root) * scale;
+    if (hasPlugin() && m_host->beginWindowMove(xidOf(window), rootX, rootY, button))
+        return;
+    gtk_window_begin_move_drag(
+        GTK_WINDOW(window), button, static_cast<int>(press.x_root), static_cast<int>(press.y_root), press.time);
+}
+
+void Desktop::setComposing(bool isComposing)
+{
+    if (m_host)
+        m_host->setComposingText(isComposing);
+}
+
+void Desktop::requestHeight(std::string const& windowID, Height const& height, bool isAnimated)
+{
+    paneweld::BrainstormWindowPreferredHeightDidChange payload;
+    payload.windowID = windowID;
+    payload.animate = isAnimated;
+    payload.minHeight = height.minimum;
+    payload.maxHeight = height.maximum;
+    payload.preferredHeight = height.preferred;
+    post(paneweld::NotificationName::brainstormWindowPreferredHeightDidChange(), payload.userInfo());
+}
+
+void Desktop::setPinned(std::string const& windowID, bool isPinned)
+{
+    post(paneweld::NotificationName::brainstormWindowPinStateDidChange(),
+        paneweld::BrainstormWindowPinStateDidChange { windowID, isPinned }.userInfo());
+}
+
+void Desktop::setRequests(Requests requests)
+{
+    m_requests = std::move(requests);
+    if (m_host)
+        m_host->setTerminateHandler(m_requests.quit);
+}
+
+void Desktop::post(paneweld::NotificationName::Name const& name, platform::Dictionary userInfo)
+{
+    platform::NotificationCenter::defaultCenter().post({ name, nullptr, std::move(userInfo) });
+}
+
+// A copy: what it calls may close the window, and with it end the listening.
+Desktop::WindowNews Desktop::newsFor(std::string const& windowID) const
+{
+    auto const found = m_news.find(windowID);
+    return found == m_news.end() ? WindowNews {} : found->second;
+}
+
+} // namespace ideas

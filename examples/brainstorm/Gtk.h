@@ -1,0 +1,101 @@
+#pragma once
+
+// The few things that make a C toolkit comfortable in C++: signals that take closures, and references that let go.
+
+#include <gtk/gtk.h>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace ideas {
+
+struct ObjectDeleter {
+    void operator()(gpointer object) const { g_object_unref(object); }
+};
+template<typename T>
+using Ref = std::unique_ptr<T, ObjectDeleter>;
+
+struct TextDeleter {
+    void operator()(char* text) const { g_free(text); }
+};
+using OwnedText = std::unique_ptr<char, TextDeleter>;
+
+template<typename Signature>
+struct SignalTrampoline;
+
+template<typename Return, typename... Arguments>
+struct SignalTrampoline<Return(Arguments...)> {
+    using Handler = std::function<Return(Arguments...)>;
+
+    static Return call(gpointer, Arguments... arguments, gpointer handler) noexcept
+    {
+        // A copy, because a handler may destroy the widget whose signal it answers, and itself with it.
+        auto const copy = *static_cast<Handler*>(handler);
+        return copy(arguments...);
+    }
+    static void destroy(gpointer handler, GClosure*) noexcept { delete static_cast<Handler*>(handler); }
+};
+
+// connect<void()>(button, "clicked", [] { ... }): the handler lives as long as the connection. The signature is the
+// signal's own without the sender in front and the user data behind.
+template<typename Signature>
+void connect(gpointer instance, char const* signal, std::function<Signature> handler)
+{
+    using Trampoline = SignalTrampoline<Signature>;
+    g_signal_connect_data(instance, signal, reinterpret_cast<GCallback>(&Trampoline::call),
+        new std::function<Signature>(std::move(handler)), &Trampoline::destroy, GConnectFlags {});
+}
+
+// Runs the action once, on the next turn of the loop.
+void later(std::function<void()> action);
+
+inline void addClass(GtkWidget* widget, char const* name)
+{
+    gtk_style_context_add_class(gtk_widget_get_style_context(widget), name);
+}
+
+inline void setClass(GtkWidget* widget, char const* name, bool isSet)
+{
+    auto* const style = gtk_widget_get_style_context(widget);
+    if (isSet)
+        gtk_style_context_add_class(style, name);
+    else
+        gtk_style_context_remove_class(style, name);
+}
+
+// The X id of a realised window.
+std::uint32_t xidOf(GtkWidget* window);
+
+// What is painted in a realised window stays at its bottom while the window grows or shrinks at the top. By default the
+// X server keeps it at the top, and it would jump until the next painting.
+void keepContentAtBottom(GtkWidget* window);
+
+// While somebody else moves a window's frame at the pace of the display, a tick of the toolkit's own clock may fall
+// between a new size and the news of it, and paint for the old one. So as long as this lives, the window paints with
+// the news of each size and at no other time.
+class PaintsWithNews {
+public:
+    explicit PaintsWithNews(GtkWidget* window);
+    ~PaintsWithNews();
+    PaintsWithNews(PaintsWithNews const&) = delete;
+    PaintsWithNews& operator=(PaintsWithNews const&) = delete;
+
+    // Lets the toolkit take note of a size, lay out and paint. Call it instead of the toolkit's own handling.
+    void paint(GdkEventConfigure& news);
+
+private:
+    Ref<GdkWindow> m_surface;
+    GtkWidget* m_window;
+};
+
+// A left-aligned label that wraps, with a style class.
+GtkWidget* makeLabel(std::string const& text, char const* styleClass);
+// A left-aligned label of one line, which is cut short where there is no room.
+GtkWidget* makeLine(std::string const& text, char const* styleClass);
+// A flat button that shows one symbolic icon.
+GtkWidget* makeIconButton(char const* iconName, char const* tooltip);
+GtkWidget* makeBox(GtkOrientation orientation, int spacing, char const* styleClass = nullptr);
+
+} // namespace ideas
