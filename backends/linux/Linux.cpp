@@ -87,7 +87,7 @@ public:
     WindowReach windowReach() const override
     {
         if (!m_x11 || !m_x11->isAlive())
-            return WindowReach::None;
+            return WindowReach::Unreachable;
         return m_x11->isInsideWayland() ? WindowReach::XWayland : WindowReach::X11;
     }
     bool announceX11Window(std::uint32_t xid) override { return m_x11 && m_x11->announce(xid); }

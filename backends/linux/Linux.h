@@ -24,7 +24,7 @@ struct LinuxOptions {
 enum class WindowReach {
     X11, // every window of this process that the X server shows
     XWayland, // the same, in a Wayland session: native Wayland windows are out of reach
-    None, // no X server: no windows at all
+    Unreachable, // no X server: no windows at all
 };
 
 // The world of a Linux desktop. Beside the services of every platform it has what exists only here. Main thread only.

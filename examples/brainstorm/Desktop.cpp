@@ -35,7 +35,7 @@ void Desktop::start()
     m_controller = paneweld::NSBundle::appKitController(*plugin);
     if (!m_controller)
         m_problem = "The desktop integration could not be loaded";
-    else if (m_host->windowReach() == paneweld::WindowReach::None)
+    else if (m_host->windowReach() == paneweld::WindowReach::Unreachable)
         m_problem = "No X server can be reached: windows are left as they are";
 }
 

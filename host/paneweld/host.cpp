@@ -123,10 +123,10 @@ WindowReach Host::windowReach() const
         return WindowReach::X11;
     case backends::WindowReach::XWayland:
         return WindowReach::XWayland;
-    case backends::WindowReach::None:
+    case backends::WindowReach::Unreachable:
         break;
     }
-    return WindowReach::None;
+    return WindowReach::Unreachable;
 }
 
 bool Host::announceWindow(std::uint32_t xid) { return m_private->platform->announceX11Window(xid); }

@@ -39,7 +39,7 @@ enum class WindowReach {
     X11, // every window of this process
     XWayland, // windows of this process that go through X; native Wayland windows are out of reach: run the toolkit on
               // X
-    None, // no X server could be reached: there are no windows, everything else works
+    Unreachable, // no X server could be reached: there are no windows, everything else works
 };
 
 // The host's hold on the library: one a process, made on the main thread before its first window, alive to the end.

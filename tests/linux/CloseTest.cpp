@@ -130,7 +130,7 @@ TEST_F(Loss, OfTheServerClosesEveryWindowAndTheProcessLivesOn)
     EXPECT_LT(
         std::find(news.begin(), news.end(), "resign second"), std::find(news.begin(), news.end(), "close second"));
     EXPECT_TRUE(backend->application().windows().empty());
-    EXPECT_EQ(backend->windowReach(), backends::WindowReach::None);
+    EXPECT_EQ(backend->windowReach(), backends::WindowReach::Unreachable);
     EXPECT_FALSE(backend->mainScreen());
     ASSERT_TRUE(pumpWithoutServerUntil([&] { return hasEnded; }));
     // Nobody minds what comes too late.
@@ -152,7 +152,7 @@ TEST(NoServer, LeavesEverythingButWindowsAtWork)
     auto made = backends::makeLinuxPlatform(options);
     ASSERT_TRUE(made.hasValue());
     auto const backend = made.take();
-    EXPECT_EQ(backend->windowReach(), backends::WindowReach::None);
+    EXPECT_EQ(backend->windowReach(), backends::WindowReach::Unreachable);
     EXPECT_FALSE(backend->mainScreen());
     EXPECT_FALSE(backend->announceX11Window(42));
     EXPECT_FALSE(backend->beginMove(42, 0, 0, 1));

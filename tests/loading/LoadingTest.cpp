@@ -219,7 +219,7 @@ TEST_F(Loading, ASecondHostIsRefused)
 TEST_F(Loading, WithoutAnXServerThereAreNoWindowsAndAllElseWorks)
 {
     auto const host = start();
-    EXPECT_EQ(host->windowReach(), WindowReach::None);
+    EXPECT_EQ(host->windowReach(), WindowReach::Unreachable);
     EXPECT_FALSE(host->announceWindow(1));
     EXPECT_EQ(host->window(1), nullptr);
     EXPECT_FALSE(host->beginWindowMove(1, 0, 0, 1));
