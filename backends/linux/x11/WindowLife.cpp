@@ -34,6 +34,13 @@ void WindowLife::handleMap()
     m_isUndecided = false;
     auto const before = std::exchange(m_presence, Presence::Shown);
     m_observer.wasMapped(before);
+    notePresence();
+}
+
+void WindowLife::handleHidden(bool isHidden)
+{
+    m_isHidden = isHidden;
+    notePresence();
 }
 
 void WindowLife::handleUnmap()
@@ -59,6 +66,7 @@ void WindowLife::handleManagedState(std::optional<std::uint32_t> state)
         m_presence = Presence::Iconified;
     else if (m_presence == Presence::Iconified && !isIconic && state != normalState)
         withdraw();
+    notePresence();
 }
 
 void WindowLife::decide()
@@ -79,7 +87,15 @@ void WindowLife::withdraw()
     m_isUndecided = false;
     if (std::exchange(m_presence, Presence::Withdrawn) == Presence::Withdrawn)
         return;
+    m_wasIconified = false;
     m_observer.wasWithdrawn();
+}
+
+void WindowLife::notePresence()
+{
+    bool const wasIconified = std::exchange(m_wasIconified, presence() == Presence::Iconified);
+    if (wasIconified && presence() == Presence::Shown)
+        m_observer.cameBack();
 }
 
 } // namespace backends

@@ -17,6 +17,8 @@ public:
     struct Observer {
         // It was mapped; what it was before.
         std::function<void(Presence)> wasMapped;
+        // It was iconified and is on the screen again.
+        std::function<void()> cameBack;
         // It was on the screen or iconified, and is neither any more.
         std::function<void()> wasWithdrawn;
         // Asks for the window's managed state; the answer comes by handleManagedState.
@@ -35,18 +37,21 @@ public:
     void handleReparent() { m_wasReparented = true; }
     void handleManagedState(std::optional<std::uint32_t> state);
     // Some window managers hide an iconified window without unmapping it (_NET_WM_STATE_HIDDEN).
-    void handleHidden(bool isHidden) { m_isHidden = isHidden; }
+    void handleHidden(bool isHidden);
     void handleDestroy();
 
 private:
     void decide();
     void withdraw();
+    // Tells of a return, whichever of the two signs of it comes last: the map, or the state that is taken away.
+    void notePresence();
 
     X11Context const& m_context;
     Observer m_observer;
     Presence m_presence = Presence::Withdrawn;
     std::optional<std::uint32_t> m_managedState;
     bool m_isHidden = false;
+    bool m_wasIconified = false;
     // It was unmapped, and what that means is not known yet.
     bool m_isUndecided = false;
     bool m_wasReparented = false;

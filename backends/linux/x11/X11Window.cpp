@@ -86,6 +86,7 @@ WindowLife::Observer X11Window::observeLife()
 {
     return {
         .wasMapped = [this](auto before) { wasMapped(before); },
+        .cameBack = [this] { cameBack(); },
         .wasWithdrawn = [this] { wasWithdrawn(); },
         .askManagedState = [this] { m_properties.handleChange(m_context.connection.atom(AtomName::WM_STATE)); },
     };
@@ -152,9 +153,9 @@ void X11Window::wasMapped(WindowLife::Presence before)
     m_states.setManaged(m_context.desktop.hasWindowManager());
     if (before == WindowLife::Presence::Shown)
         return;
+    // It comes back from an icon, which is reported apart.
     if (m_isReported && !m_isAnnounced) {
         m_states.tellAgain();
-        m_observer.didChange(*this);
         return;
     }
     // What the window says of itself by now is what its report is about, so it is read to the end first. Until then
@@ -164,6 +165,16 @@ void X11Window::wasMapped(WindowLife::Presence before)
         if (window && window->m_mappings == mapping && !window->m_life.isWithdrawn())
             window->finishShowing();
     });
+}
+
+void X11Window::cameBack()
+{
+    auto const keepAlive = self();
+    // Its first report is still to come.
+    if (!m_isReported || m_isAnnounced)
+        return;
+    reportWillBecomeVisible();
+    m_observer.didChange(*this);
 }
 
 void X11Window::finishShowing()

@@ -126,6 +126,7 @@ private:
     void finishShowing();
     void endHoldWhenPlaced();
     void endHoldWhenQuiet();
+    void cameBack();
     void wasWithdrawn();
     void markStyled();
     void contentDidChange();
