@@ -3,6 +3,8 @@
 #include "platform/Platform.h"
 #include "tests/linux/LinuxTest.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <memory>
 #include <string>
 
@@ -19,10 +21,15 @@ protected:
         description.title = title;
         auto const made = toolkit->make(description);
         pumpUntil([&] { return window(made) != nullptr; });
+        auto const shown = window(made);
+        auto const reportsBefore = reports("visible");
+        auto const closesBefore = reports("close");
         toolkit->map(made);
-        // Visible to the platform is what the report promises; the title may be another one by then.
-        pumpUntil([&] { return window(made)->isVisible(); });
-        return window(made);
+        // The title may be another one after the report.
+        pumpUntil([&] { return reports("visible") > reportsBefore; });
+        // The window manager gives the keyboard to every new window; until it has, it may still take it from another.
+        pumpUntil([&] { return shown->isKeyWindow() || reports("close") > closesBefore; });
+        return shown;
     }
 
     void makeKey(platform::NSWindow& key)
@@ -61,5 +68,10 @@ protected:
     }
 
 private:
+    std::ptrdiff_t reports(std::string const& kind) const
+    {
+        return std::count_if(news.begin(), news.end(), [&](auto const& line) { return line.starts_with(kind + " "); });
+    }
+
     xcb_window_t handle(platform::NSWindow& known) { return *backend->x11Window(known); }
 };
