@@ -76,6 +76,8 @@ TEST_F(LiveResizing, TheFrameAtItsEndIsTheLastOne)
     };
     grabCorner(xid(shown));
     drag(30, 20);
+    // A drag that is over before the window manager begins to resize is none.
+    ASSERT_TRUE(pumpUntil([&] { return count("resize start sized") == 1; }));
     drag(90, 70);
     onlooker->button(1, false);
     ASSERT_TRUE(pumpUntil([&] { return count("resize end sized") == 1; }));

@@ -142,8 +142,9 @@ bool WindowFrame::handleConfigure(xcb_configure_notify_event_t const& event)
     bool const isSynthetic = (event.response_type & 0x80) != 0;
     bool const sizeChanges = event.width != m_pixels.width || event.height != m_pixels.height;
     bool const isForeign = !isSynthetic && sizeChanges && !wasRequested(event.width, event.height);
-    // A window manager tells the place on the root itself; inside a frame the server's own place is the frame's affair.
-    if (isSynthetic || m_parent == m_context.connection.root()) {
+    // A window manager tells the place on the root itself. The server tells the place in the parent, which may be a
+    // frame by now, so the place on the root is asked for.
+    if (isSynthetic) {
         setPixels({ event.x, event.y, event.width, event.height });
     } else {
         m_pixels.width = event.width;
