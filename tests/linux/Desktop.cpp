@@ -107,6 +107,10 @@ void Desktop::startWindowManager(std::string const& program)
     waitUntilWindowsAreManaged(m_display);
 }
 
+void Desktop::pauseServer() { kill(m_server.id(), SIGSTOP); }
+
+void Desktop::resumeServer() { kill(m_server.id(), SIGCONT); }
+
 void Desktop::endWindowManager() { m_windowManager.end(SIGTERM); }
 
 void Desktop::startCompositor()

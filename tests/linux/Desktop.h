@@ -22,6 +22,9 @@ public:
     void endWindowManager();
     void endCompositor();
     void endServer();
+    // A server that is there and answers nothing, until it goes on.
+    void pauseServer();
+    void resumeServer();
 
 private:
     ChildProcess m_server;

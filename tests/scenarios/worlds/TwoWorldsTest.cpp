@@ -7,6 +7,11 @@
 #include "tests/support/Transcript.h"
 #include "tests/support/X11Stage.h"
 
+#include <chrono>
+#include <future>
+#include <poll.h>
+#include <thread>
+
 using namespace paneweld;
 using platform::Rect;
 
@@ -174,4 +179,43 @@ TYPED_TEST(TwoWorlds, AWindowOpenedFromInsideAReportIsStyledAndBothGoOn)
     this->pumpUntil([&] { return other && other->isVisible(); });
     EXPECT_EQ(panel->frame().height, 300);
     EXPECT_TRUE(isSettings(*other));
+}
+
+namespace {
+
+class StoppedServer : public TwoWorlds<X11Stage> { };
+
+} // namespace
+
+// A server that stands still answers nothing: whoever waits for it on a notification's road hangs here.
+TEST_F(StoppedServer, NoRequestOfTheHostWaitsForAnAnswer)
+{
+    auto const panel = openTagged("brainstorm", "b1");
+    awaitFadeIn(*panel);
+    desktop->pauseServer();
+    std::promise<void> done;
+    bool wasStuck = false;
+    std::thread watchdog([&, isDone = done.get_future()] {
+        wasStuck = isDone.wait_for(std::chrono::seconds(10)) == std::future_status::timeout;
+        desktop->resumeServer();
+    });
+    request("b1", 300, false);
+    request("b1", 200, true);
+    post(NotificationName::brainstormWindowPinStateDidChange(),
+        BrainstormWindowPinStateDidChange { "b1", true }.userInfo());
+    // The whole animation, its reports included, goes by without the server.
+    auto const end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+    while (said("Paneweld.BrainstormWindowDidResize") < 2 && std::chrono::steady_clock::now() < end) {
+        pollfd wait { backend->pollableDescriptor(), POLLIN, 0 };
+        poll(&wait, 1, 100);
+        backend->dispatch();
+    }
+    panel->close();
+    backend->dispatch();
+    done.set_value();
+    watchdog.join();
+    EXPECT_FALSE(wasStuck);
+    EXPECT_EQ(said("Paneweld.BrainstormWindowDidResize"), 2);
+    // Once it goes on, all of it has been heard.
+    pumpUntil([&] { return !panel->isVisible(); });
 }
