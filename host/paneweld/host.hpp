@@ -75,7 +75,9 @@ public:
     std::shared_ptr<platform::NSWindow> window(std::uint32_t xid) const;
 
     // Moves a window that is movable by its background from a button press that the app just got and does not use
-    // itself: the pointer's place on the root window in pixels, and the button.
+    // itself: the pointer's place on the root window in pixels, and the button. The toolkit must have let go of the
+    // pointer on its own connection first (GTK: gdk_seat_ungrab, gdk_display_sync). False when the window cannot move
+    // so.
     bool beginWindowMove(std::uint32_t xid, int rootX, int rootY, int button);
 
     // True while an input method shows unfinished text: Escape then belongs to it and closes nothing.
