@@ -5,6 +5,7 @@
 
 #include <limits>
 #include <random>
+#include <thread>
 
 using namespace paneweld;
 using platform::Rect;
@@ -309,6 +310,30 @@ TEST_F(Resizing, TheReservedNamesReachNobody)
     post(NotificationName::brainstormWindowDidReceiveDrop(), { { "windowID", "b1" } });
     world.advance(Seconds { 1 });
     EXPECT_EQ(ledger(), before);
+}
+
+using ResizingDeathTest = Resizing;
+
+TEST_F(ResizingDeathTest, TheHostsRequestsOffTheMainThreadAreFatal)
+{
+    platform::Notification const notification { NotificationName::openFileURL(), nullptr, {} };
+    struct Request {
+        void (WindowManager::*handler)(platform::Notification const&);
+        platform::NotificationName const& (*name)();
+        std::string selector;
+    };
+    for (auto const& request : std::vector<Request> { { &WindowManager::brainstormWindowPreferredHeightDidChange,
+                                                          &NotificationName::brainstormWindowPreferredHeightDidChange,
+                                                          "brainstormWindowPreferredHeightDidChange" },
+             { &WindowManager::brainstormWindowPinStateDidChange, &NotificationName::brainstormWindowPinStateDidChange,
+                 "brainstormWindowPinStateDidChange" },
+             { &WindowManager::openFileURL, &NotificationName::openFileURL, "openFileURL" } }) {
+        EXPECT_DEATH(std::thread([&] { ((*manager).*request.handler)(notification); }).join(),
+            "fatal error: not on the main thread: .*" + request.selector);
+        // Posted instead of called, the post names the selector.
+        EXPECT_DEATH(std::thread([&] { post(request.name(), {}); }).join(),
+            "not on the main thread: PaneweldWindowManager " + request.selector);
+    }
 }
 
 TEST(ResizeGeometry, HoldsForRandomNumbers)
