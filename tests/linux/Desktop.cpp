@@ -6,6 +6,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <functional>
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <sys/wait.h>
@@ -17,7 +18,7 @@ namespace {
 
 constexpr int startTimeMilliseconds = 15000;
 constexpr int displaysTried = 20;
-constexpr int probesTried = 40;
+constexpr int probesTried = 400;
 constexpr int looksAtProbe = 60;
 
 // The server writes its number when it listens. Empty when it died before.
@@ -39,28 +40,48 @@ bool canConnect(std::string const& display)
     return isConnected;
 }
 
-// A window manager that is starting takes its place first and may lose a window that is mapped before it is done. So a
-// foreign program tries with windows of its own until one is looked after.
-void waitUntilWindowsAreManaged(std::string const& display)
+// A program that is starting takes its place on the screen before it does its work. So a foreign program tries with
+// windows of its own until one is treated as it should be.
+void probe(std::string const& display, char const* complaint, std::function<bool(Toolkit&, xcb_window_t)> isTreated,
+    Toolkit::Window const& description)
 {
     auto const prober = fork();
     if (prober == 0) {
         Toolkit client(display);
-        auto const isManaged = [&](xcb_window_t window) { return client.words(window, "WM_STATE").has_value(); };
         for (int i = 0; i < probesTried; ++i) {
-            auto const window = client.make();
-            client.map(window);
-            for (int look = 0; look < looksAtProbe && !isManaged(window); ++look)
-                client.pause();
-            if (isManaged(window))
+            auto const window = client.make(description);
+            if (isTreated(client, window))
                 _exit(0);
             client.destroy(window);
+            client.pause();
         }
         _exit(1);
     }
     int status = -1;
     waitpid(prober, &status, 0);
-    EXPECT_EQ(status, 0) << "the window manager looks after no window";
+    EXPECT_EQ(status, 0) << complaint;
+}
+
+// A window that is mapped while the manager starts may be lost to it.
+bool isManaged(Toolkit& client, xcb_window_t window)
+{
+    client.map(window);
+    for (int look = 0; look < looksAtProbe; ++look) {
+        if (client.words(window, "WM_STATE"))
+            return true;
+        client.pause();
+    }
+    return false;
+}
+
+// A white window that nobody may see is seen as long as the server itself paints it.
+bool isComposited(Toolkit& client, xcb_window_t window)
+{
+    client.setWords(window, "_NET_WM_WINDOW_OPACITY", XCB_ATOM_CARDINAL, { 0 });
+    client.map(window);
+    client.sync();
+    auto const place = client.geometry(window);
+    return client.pixel(place.x + 1, place.y + 1) != (client.screen().white_pixel & 0xFFFFFF);
 }
 
 } // namespace
@@ -104,7 +125,7 @@ void Desktop::startWindowManager(std::string const& program)
     m_windowManager = ChildProcess({ program });
     Client client(m_display);
     EXPECT_TRUE(client.waitUntil([&] { return client.checkWindow() != XCB_WINDOW_NONE; })) << program;
-    waitUntilWindowsAreManaged(m_display);
+    probe(m_display, "the window manager looks after no window", isManaged, {});
 }
 
 void Desktop::pauseServer() { kill(m_server.id(), SIGSTOP); }
@@ -118,6 +139,9 @@ void Desktop::startCompositor()
     m_compositor = ChildProcess({ "picom", "--backend", "xrender", "--config", "/dev/null" });
     Client client(m_display);
     EXPECT_TRUE(client.waitUntil([&] { return client.selectionOwner("_NET_WM_CM_S0") != XCB_WINDOW_NONE; }));
+    Toolkit::Window unseen;
+    unseen.isOverrideRedirect = true;
+    probe(m_display, "the compositor composes nothing", isComposited, unseen);
 }
 
 void Desktop::endCompositor() { m_compositor.end(SIGTERM); }

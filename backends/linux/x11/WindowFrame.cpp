@@ -97,6 +97,9 @@ void WindowFrame::sendAgain()
         auto detour = client;
         ++detour.x;
         send(detour);
+        send(client);
+        m_detour = detour;
+        return;
     }
     send(client);
 }
@@ -178,7 +181,10 @@ void WindowFrame::askPosition(std::function<void()> done)
 void WindowFrame::setPixels(PixelRect const& pixels)
 {
     m_pixels = pixels;
-    if (m_hasArrived || m_pixels != m_requested)
+    // A detour that is still to come would be seen: the target counts when the detour is behind it.
+    if (m_detour == pixels)
+        m_detour.reset();
+    if (m_hasArrived || m_detour || m_pixels != m_requested)
         return;
     m_hasArrived = true;
     m_didSettle();
@@ -188,6 +194,7 @@ void WindowFrame::waitForAnswer()
 {
     m_wasAnswered = false;
     m_hasArrived = false;
+    m_detour.reset();
     m_answerTimer = m_context.loop.after(longestAnswer, [this] {
         m_answerTimer.end();
         // Not every move is told, so the server is asked once for where the window came to rest.
@@ -200,6 +207,7 @@ void WindowFrame::waitForAnswer()
 
 void WindowFrame::comeToRest()
 {
+    m_detour.reset();
     // The last size may be reported once more, from inside the frame.
     if (m_recent.size() > 1)
         m_recent.erase(m_recent.begin(), m_recent.end() - 1);

@@ -79,6 +79,8 @@ private:
     // The latest request. While its timer runs the target holds, whatever is heard of the requests before.
     PixelRect m_requested;
     LoopSource m_answerTimer;
+    // Sent to make a window manager look, and not seen yet.
+    std::optional<PixelRect> m_detour {};
     bool m_hasArrived = true;
     // Sizes that were asked for since the window was last at rest.
     std::vector<PixelRect> m_recent;
