@@ -32,6 +32,13 @@ void LinuxTest::start(With with)
         desktop->startCompositor();
     toolkit = std::make_unique<Toolkit>(desktop->display());
     onlooker = std::make_unique<Onlooker>(desktop->display());
+    ASSERT_NO_FATAL_FAILURE(installBackend());
+    hearEverything();
+    settle();
+}
+
+void LinuxTest::installBackend()
+{
     backends::LinuxOptions options;
     options.display = desktop->display();
     auto made = backends::makeLinuxPlatform(options);
@@ -39,8 +46,6 @@ void LinuxTest::start(With with)
     auto owned = made.take();
     backend = owned.get();
     platform::Platform::install(std::move(owned));
-    hearEverything();
-    settle();
 }
 
 void LinuxTest::hearEverything()

@@ -69,13 +69,7 @@ TEST_F(Showing, ReportsWindowsThatWereThereBeforeOnceAndOnlyFromTheLoop)
     auto const hidden = early.make({ .title = "hidden" });
     early.sync();
 
-    backends::LinuxOptions options;
-    options.display = desktop->display();
-    auto made = backends::makeLinuxPlatform(options);
-    ASSERT_TRUE(made.hasValue());
-    auto owned = made.take();
-    backend = owned.get();
-    platform::Platform::install(std::move(owned));
+    ASSERT_NO_FATAL_FAILURE(installBackend());
     toolkit = std::make_unique<Toolkit>(desktop->display());
     onlooker = std::make_unique<Onlooker>(desktop->display());
     hearEverything();

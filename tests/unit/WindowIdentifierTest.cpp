@@ -1,5 +1,5 @@
 #include "iOS/WindowIdentifier.h"
-#include "tests/support/Vectors.h"
+#include "tests/support/TextVectors.h"
 
 #include "platform/foundation/Text.h"
 
@@ -9,14 +9,6 @@ using platform::NSObject;
 using platform::Value;
 
 namespace {
-
-std::string bytesOf(std::string const& hex)
-{
-    std::string bytes;
-    for (std::size_t i = 0; i < hex.size(); i += 2)
-        bytes.push_back(static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16)));
-    return bytes;
-}
 
 Value boxed(std::shared_ptr<WindowIdentifier> identifier) { return std::shared_ptr<NSObject>(std::move(identifier)); }
 
@@ -64,7 +56,8 @@ TEST(WindowIdentifier, IsReadFromEveryTextAsItShould)
     ASSERT_EQ(vectors.size(), 102u);
     for (auto const& vector : vectors) {
         SCOPED_TRACE(vector.at("id").get<std::string>() + " " + vector.value("note", ""));
-        auto const identifier = WindowIdentifier::from(bytesOf(vector.at("input_hex").get<std::string>()));
+        auto const identifier
+            = WindowIdentifier::from(platform::bytesFromHex(vector.at("input_hex").get<std::string>()));
         auto const& expected = vector.at("expected");
         ASSERT_EQ(identifier == nullptr, expected.is_null());
         if (!identifier)
