@@ -10,7 +10,6 @@ struct NSColor {
     double alpha = 1;
 
     static NSColor clearColor() { return { 0, 0, 0, 0 }; }
-    static NSColor windowBackgroundColor() { return { 0.925, 0.925, 0.925, 1 }; }
 
     bool operator==(NSColor const&) const = default;
 };

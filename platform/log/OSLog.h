@@ -10,8 +10,6 @@
 
 namespace platform {
 
-class LogSink;
-
 // An argument of a log line. Text that the format does not mark "%{public}s" is private.
 using LogArgument = std::variant<std::string, std::int64_t, std::uint64_t, double>;
 
