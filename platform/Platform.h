@@ -11,10 +11,12 @@ namespace platform {
 
 class Bookmarks;
 class Clock;
+class EventHotKeys;
 class FileManager;
 class HostInfo;
 class LogSink;
 class Queue;
+class SymbolicHotKeys;
 
 // The lender of everything that needs a world: one object of a backend, chosen at start and alive to the end. A
 // service that a world does not have is lent as null. Main thread only, but for the log and the queues.
@@ -46,6 +48,8 @@ public:
     virtual std::unique_ptr<NSOpenPanel> makeOpenPanel();
     virtual NSWorkspace* workspace() { return nullptr; }
     virtual Bookmarks* bookmarks() { return nullptr; }
+    virtual EventHotKeys* eventHotKeys() { return nullptr; }
+    virtual SymbolicHotKeys* symbolicHotKeys() { return nullptr; }
 };
 
 } // namespace platform

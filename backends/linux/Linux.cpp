@@ -111,6 +111,8 @@ public:
         if (m_x11)
             m_x11->eventMonitors().setComposingText(isComposing);
     }
+    HotKeyTruth hotKeyTruth() const override { return {}; }
+    void setHotKeyTruthHandler(std::function<void()>) override { }
     void setTerminateHandler(std::function<void()> handler) override
     {
         m_application.setTerminateHandler(std::move(handler));

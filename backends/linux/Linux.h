@@ -1,5 +1,6 @@
 #pragma once
 
+#include "backends/linux/HotKeyTruth.h"
 #include "platform/Platform.h"
 #include "platform/foundation/Result.h"
 
@@ -19,6 +20,10 @@ struct LinuxOptions {
     // executable, and none.
     std::optional<std::string> mainBundlePath {};
     std::optional<std::string> bundleIdentifier {};
+    // Which keys of this keyboard stand for the modifiers of hot keys. Fails when one key stands for two.
+    HotKeyModifierKeys hotKeyModifiers {};
+    // What a desktop that binds shortcuts itself tells the user of ours, in the user's language.
+    std::string hotKeyDescription {};
 };
 
 enum class WindowReach {
@@ -52,6 +57,11 @@ public:
 
     // While the host composes text with an input method, keys of interest go to it and not to monitors.
     virtual void setComposingText(bool isComposing) = 0;
+
+    // Whether hot keys work here, beside what their registration says. The handler is called when the answer changes,
+    // from the loop; an empty one takes it away.
+    virtual HotKeyTruth hotKeyTruth() const = 0;
+    virtual void setHotKeyTruthHandler(std::function<void()> handler) = 0;
 
     // What terminate: does. Empty: ask all windows to close, then exit.
     virtual void setTerminateHandler(std::function<void()> handler) = 0;

@@ -118,7 +118,7 @@ std::shared_ptr<MemoryWindow> MemoryPlatform::makeWindow(
     return window;
 }
 
-bool MemoryPlatform::pressKey(std::uint16_t keyCode, std::uint64_t modifierFlags)
+bool MemoryPlatform::pressKey(std::uint16_t keyCode, platform::NSEventModifierFlags modifierFlags)
 {
     platform::NSEvent const event { platform::EventType::KeyDown, keyCode, modifierFlags, m_application.keyWindow() };
     auto const passed = m_monitors.deliver(event);

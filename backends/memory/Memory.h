@@ -58,7 +58,7 @@ public:
     void setMainScreen(std::optional<platform::NSScreen> screen) { m_screen = std::move(screen); }
     void setCanWatchKeys(bool canWatch) { m_monitors.canWatch = canWatch; }
     // A key press with the keyboard on the key window. True when it reached the window.
-    bool pressKey(std::uint16_t keyCode, std::uint64_t modifierFlags = 0);
+    bool pressKey(std::uint16_t keyCode, platform::NSEventModifierFlags modifierFlags = {});
 
     struct PanelAnswer {
         platform::ModalResponse response = platform::ModalResponse::Cancel;

@@ -5,6 +5,7 @@
 
 namespace platform {
 
+class NSMenu;
 class NSWindow;
 
 // This process as the window system sees it: its windows and which of them has the keyboard. Main thread only.
@@ -23,6 +24,10 @@ public:
     // Ends the process the host's way: its registered handler, else by asking every window to close.
     virtual void terminate() = 0;
 
+    // The app's main menu, which only the app knows. Null until it has told.
+    std::shared_ptr<NSMenu> const& mainMenu() const { return m_mainMenu; }
+    void setMainMenu(std::shared_ptr<NSMenu> menu) { m_mainMenu = std::move(menu); }
+
     // For the backend, which sees windows come and go.
     void insertWindow(std::shared_ptr<NSWindow> window);
     void removeWindow(NSWindow const& window);
@@ -33,6 +38,7 @@ private:
 
     std::vector<std::shared_ptr<NSWindow>> m_windows;
     std::shared_ptr<NSWindow> m_keyWindow;
+    std::shared_ptr<NSMenu> m_mainMenu;
 };
 
 } // namespace platform

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/appkit/NSEventModifierFlags.h"
+
 #include <cstdint>
 #include <memory>
 
@@ -17,8 +19,7 @@ struct NSEvent {
     EventType type = EventType::KeyDown;
     // The virtual key code: a position on the ANSI keyboard, whatever the layout writes on it. 53 is Escape.
     std::uint16_t keyCode = 0;
-    // NSEventModifierFlags: shift 0x20000, control 0x40000, option 0x80000, command 0x100000.
-    std::uint64_t modifierFlags = 0;
+    NSEventModifierFlags modifierFlags {};
     // The window that had the keyboard. May be absent.
     std::weak_ptr<NSWindow> window {};
 };

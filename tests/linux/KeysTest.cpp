@@ -122,8 +122,8 @@ TEST_F(Keys, LocksDoNotMatterAndModifiersAreTold)
     strike(escapeKey);
     onlooker->release(shiftKey);
     ASSERT_TRUE(pumpUntil([&] { return events.size() == 2; }));
-    EXPECT_EQ(events[0].modifierFlags & 0x1E0000, 0u);
-    EXPECT_EQ(events[1].modifierFlags & 0x1E0000, 0x20000u);
+    EXPECT_EQ(events[0].modifierFlags.rawValue & 0x1E0000, 0u);
+    EXPECT_EQ(events[1].modifierFlags.rawValue & 0x1E0000, 0x20000u);
     EXPECT_EQ(std::count(toolkit->pressedKeys.begin(), toolkit->pressedKeys.end(), escapeKey), 0);
 }
 

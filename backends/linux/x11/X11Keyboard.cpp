@@ -7,13 +7,9 @@
 
 namespace backends {
 
-namespace {
+using platform::NSEventModifierFlags;
 
-constexpr std::uint64_t capsLockFlag = 0x10000;
-constexpr std::uint64_t shiftFlag = 0x20000;
-constexpr std::uint64_t controlFlag = 0x40000;
-constexpr std::uint64_t optionFlag = 0x80000;
-constexpr std::uint64_t commandFlag = 0x100000;
+namespace {
 
 // Four bytes, of which a short name fills the first.
 std::string nameIn(char const* bytes)
@@ -99,19 +95,19 @@ std::optional<std::uint16_t> X11Keyboard::virtualKeyCode(xcb_keycode_t keycode) 
     return std::nullopt;
 }
 
-std::uint64_t X11Keyboard::modifierFlags(std::uint16_t state)
+NSEventModifierFlags X11Keyboard::modifierFlags(std::uint16_t state)
 {
-    std::uint64_t flags = 0;
+    NSEventModifierFlags flags;
     if (state & XCB_MOD_MASK_LOCK)
-        flags |= capsLockFlag;
+        flags |= NSEventModifierFlags::capsLock;
     if (state & XCB_MOD_MASK_SHIFT)
-        flags |= shiftFlag;
+        flags |= NSEventModifierFlags::shift;
     if (state & XCB_MOD_MASK_CONTROL)
-        flags |= controlFlag;
+        flags |= NSEventModifierFlags::control;
     if (state & XCB_MOD_MASK_1)
-        flags |= optionFlag;
+        flags |= NSEventModifierFlags::option;
     if (state & XCB_MOD_MASK_4)
-        flags |= commandFlag;
+        flags |= NSEventModifierFlags::command;
     return flags;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "backends/linux/x11/Connection.h"
+#include "platform/appkit/NSEventModifierFlags.h"
 
 #include <cstdint>
 #include <functional>
@@ -26,7 +27,7 @@ public:
     std::optional<std::uint16_t> virtualKeyCode(xcb_keycode_t keycode) const;
 
     // NSEventModifierFlags of a key event's state.
-    static std::uint64_t modifierFlags(std::uint16_t state);
+    static platform::NSEventModifierFlags modifierFlags(std::uint16_t state);
 
 private:
     void readNames();
