@@ -2,6 +2,8 @@
 
 #include "backends/memory/Ledger.h"
 #include "backends/memory/MemoryBundleFiles.h"
+#include "backends/memory/MemoryHotKeys.h"
+#include "backends/memory/MemorySymbolicHotKeys.h"
 #include "backends/memory/MemoryTime.h"
 #include "backends/memory/MemoryWindow.h"
 #include "backends/shared/Animator.h"
@@ -60,6 +62,11 @@ public:
     // A key press with the keyboard on the key window. True when it reached the window.
     bool pressKey(std::uint16_t keyCode, platform::NSEventModifierFlags modifierFlags = {});
 
+    // The hot-key service, lent or not, with its keyboard.
+    MemoryHotKeys& hotKeys() { return m_hotKeys; }
+    // A world without them has no shortcuts of the system either: both are lent as null.
+    void setHasHotKeys(bool hasHotKeys) { m_hasHotKeys = hasHotKeys; }
+
     struct PanelAnswer {
         platform::ModalResponse response = platform::ModalResponse::Cancel;
         std::vector<platform::URL> urls {};
@@ -95,6 +102,8 @@ public:
     std::unique_ptr<platform::NSOpenPanel> makeOpenPanel() override;
     platform::NSWorkspace* workspace() override { return &m_workspace; }
     platform::Bookmarks* bookmarks() override { return &m_bookmarks; }
+    MemoryHotKeys* eventHotKeys() override { return m_hasHotKeys ? &m_hotKeys : nullptr; }
+    MemorySymbolicHotKeys* symbolicHotKeys() override { return m_hasHotKeys ? &m_symbolicHotKeys : nullptr; }
 
 private:
     struct Log : platform::LogSink {
@@ -183,6 +192,9 @@ private:
     Machine m_hostInfo;
     Workspace m_workspace { m_ledger };
     GrantedFolders m_bookmarks { m_ledger };
+    MemoryHotKeys m_hotKeys { m_ledger };
+    MemorySymbolicHotKeys m_symbolicHotKeys;
+    bool m_hasHotKeys = true;
     std::vector<std::weak_ptr<MemoryQueue>> m_serialQueues;
     std::optional<platform::NSScreen> m_screen;
     std::deque<PanelAnswer> m_panelAnswers;
