@@ -1,14 +1,12 @@
 #include "backends/linux/host/Workspace.h"
 
+#include "backends/linux/host/SpawnSettings.h"
+
 #include <algorithm>
 #include <cerrno>
-#include <csignal>
 #include <cstring>
-#include <fcntl.h>
 #include <map>
-#include <spawn.h>
 #include <string_view>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <utility>
@@ -20,45 +18,6 @@ namespace backends {
 namespace {
 
 constexpr std::string_view keptSuffix = "_ORIG";
-
-// posix_spawn's two records, freed in any case.
-struct SpawnSettings {
-    posix_spawn_file_actions_t actions {};
-    posix_spawnattr_t attributes {};
-
-    SpawnSettings()
-    {
-        posix_spawn_file_actions_init(&actions);
-        posix_spawnattr_init(&attributes);
-        // A child of a library reads nothing from the host's terminal, and starts with the usual signals.
-        posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-        sigset_t none {};
-        sigemptyset(&none);
-        sigset_t all {};
-        sigfillset(&all);
-        posix_spawnattr_setsigmask(&attributes, &none);
-        posix_spawnattr_setsigdefault(&attributes, &all);
-        posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
-    }
-    ~SpawnSettings()
-    {
-        posix_spawn_file_actions_destroy(&actions);
-        posix_spawnattr_destroy(&attributes);
-    }
-    SpawnSettings(SpawnSettings const&) = delete;
-    SpawnSettings& operator=(SpawnSettings const&) = delete;
-};
-
-std::vector<char*> pointersTo(std::vector<std::string>& texts)
-{
-    std::vector<char*> pointers;
-    for (auto& text : texts)
-        pointers.push_back(text.data());
-    pointers.push_back(nullptr);
-    return pointers;
-}
-
-int openProcess(int process) { return static_cast<int>(syscall(SYS_pidfd_open, process, 0)); }
 
 } // namespace
 

@@ -1,0 +1,131 @@
+#include "backends/linux/SystemShortcuts.h"
+
+#include "backends/linux/dbus/XfceShortcuts.h"
+#include "backends/linux/host/AnsiLayout.h"
+#include "backends/linux/host/GnomeShortcuts.h"
+#include "backends/linux/host/KdeShortcuts.h"
+#include "platform/carbon/EventHotKeys.h"
+#include "platform/foundation/Text.h"
+
+#include <chrono>
+#include <cstdlib>
+#include <sstream>
+#include <utility>
+
+namespace backends {
+
+namespace {
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+constexpr auto longestRead = 1s;
+constexpr auto longestBusCall = 500ms;
+
+std::vector<DesktopShortcut> readXfceShortcuts(platform::OSLog const& log)
+{
+    auto const settings = readXfceSettings(Clock::now() + longestBusCall);
+    if (settings)
+        return xfceShortcuts(settings.value());
+    log.error("cannot read the desktop's shortcuts: %{public}s", { settings.error().localizedDescription });
+    return {};
+}
+
+} // namespace
+
+SystemShortcuts::SystemShortcuts(HotKeyModifierKeys modifiers, Layout layout, platform::OSLog log)
+    : m_modifiers(modifiers)
+    , m_layout(std::move(layout))
+    , m_log(std::move(log))
+{
+}
+
+SystemShortcuts::Copied SystemShortcuts::copySymbolicHotKeys()
+{
+    auto const entries = readEntries();
+    if (!entries)
+        return { platform::unimpErr, std::nullopt };
+    platform::List array;
+    for (auto const& entry : *entries) {
+        array.push_back(platform::Dictionary {
+            { platform::kHISymbolicHotKeyEnabled, true },
+            { platform::kHISymbolicHotKeyCode, std::uint32_t { entry.keyCode } },
+            { platform::kHISymbolicHotKeyModifiers, entry.modifiers },
+        });
+    }
+    return { platform::noErr, std::move(array) };
+}
+
+std::optional<std::string> SystemShortcuts::holderOf(std::uint32_t keyCode, std::uint32_t modifiers) const
+{
+    auto const entries = readEntries();
+    if (!entries)
+        return std::nullopt;
+    for (auto const& entry : *entries) {
+        if (entry.keyCode == keyCode && entry.modifiers == modifiers)
+            return entry.action;
+    }
+    return std::nullopt;
+}
+
+std::optional<std::vector<DesktopShortcut>> SystemShortcuts::readShortcuts() const
+{
+    char const* const current = std::getenv("XDG_CURRENT_DESKTOP");
+    std::istringstream names(current ? current : "");
+    // The first is the desktop itself, the others what it resembles ("Budgie:GNOME").
+    for (std::string name; std::getline(names, name, ':');) {
+        if (auto const* const desktop = gnomeDesktop(name))
+            return readGnomeShortcuts(*desktop, Clock::now() + longestRead, m_log);
+        auto const lower = platform::asciiLowerCase(name);
+        if (lower == "kde")
+            return readKdeShortcuts(m_log);
+        if (lower == "xfce")
+            return readXfceShortcuts(m_log);
+    }
+    return std::nullopt;
+}
+
+std::optional<std::vector<SystemShortcuts::Entry>> SystemShortcuts::readEntries() const
+{
+    auto const shortcuts = readShortcuts();
+    if (!shortcuts)
+        return std::nullopt;
+    std::vector<Entry> entries;
+    for (auto const& [action, accelerator] : *shortcuts) {
+        auto const bits = modifierBits(accelerator);
+        if (!bits)
+            continue;
+        for (auto const code : keyCodes(accelerator.keysym))
+            entries.push_back({ action, code, *bits });
+    }
+    return entries;
+}
+
+std::optional<std::uint32_t> SystemShortcuts::modifierBits(Accelerator const& accelerator) const
+{
+    std::pair<ModifierKey, std::uint32_t> const known[] = {
+        { m_modifiers.command, platform::cmdKey },
+        { m_modifiers.shift, platform::shiftKey },
+        { m_modifiers.option, platform::optionKey },
+        { m_modifiers.control, platform::controlKey },
+    };
+    std::uint32_t bits = 0;
+    std::size_t count = 0;
+    for (auto const& [key, bit] : known) {
+        if (!accelerator.modifiers.contains(key))
+            continue;
+        bits |= bit;
+        ++count;
+    }
+    if (count != accelerator.modifiers.size())
+        return std::nullopt;
+    return bits;
+}
+
+std::vector<std::uint16_t> SystemShortcuts::keyCodes(std::uint32_t keysym) const
+{
+    auto codes = m_layout ? m_layout(keysym) : std::vector<std::uint16_t>();
+    return codes.empty() ? ansiKeyCodes(keysym) : codes;
+}
+
+} // namespace backends

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+namespace backends {
+
+// Where a key symbol lies on an ANSI keyboard with the layout of the United States: virtual key codes, none for a key
+// that such a keyboard does not have. What stands above another character counts as that key. Any thread.
+std::vector<std::uint16_t> ansiKeyCodes(std::uint32_t keysym);
+
+} // namespace backends
