@@ -16,19 +16,6 @@ using platform::NSWindow;
 
 namespace {
 
-using Handler = void (WindowManager::*)(Notification const&);
-
-// Takes the platform's notification, boxed as a selector's argument is, and hands it to its handler.
-platform::Class::Method selectorFor(Handler handler)
-{
-    return [handler](platform::NSObject& object, platform::List const& arguments) {
-        auto const argument = arguments.empty() ? nullptr : arguments[0].asObject();
-        if (auto const boxed = std::dynamic_pointer_cast<platform::NSNotification>(argument))
-            (static_cast<WindowManager&>(object).*handler)(boxed->notification());
-        return platform::Value();
-    };
-}
-
 platform::Class makeRuntimeClass()
 {
     platform::Class description { "PaneweldWindowManager" };
@@ -38,16 +25,17 @@ platform::Class makeRuntimeClass()
                 static_cast<WindowManager&>(object).observeNotifications();
                 return platform::Value();
             } },
-        { "windowWillBecomeVisible:", selectorFor(&WindowManager::windowWillBecomeVisible) },
-        { "windowDidBecomeKey:", selectorFor(&WindowManager::windowDidBecomeKey) },
-        { "windowDidResignKey:", selectorFor(&WindowManager::windowDidResignKey) },
-        { "windowWillClose:", selectorFor(&WindowManager::windowWillClose) },
-        { "windowWillStartLiveResize:", selectorFor(&WindowManager::windowWillStartLiveResize) },
-        { "windowDidEndLiveResize:", selectorFor(&WindowManager::windowDidEndLiveResize) },
+        { "windowWillBecomeVisible:", platform::notificationMethod(&WindowManager::windowWillBecomeVisible) },
+        { "windowDidBecomeKey:", platform::notificationMethod(&WindowManager::windowDidBecomeKey) },
+        { "windowDidResignKey:", platform::notificationMethod(&WindowManager::windowDidResignKey) },
+        { "windowWillClose:", platform::notificationMethod(&WindowManager::windowWillClose) },
+        { "windowWillStartLiveResize:", platform::notificationMethod(&WindowManager::windowWillStartLiveResize) },
+        { "windowDidEndLiveResize:", platform::notificationMethod(&WindowManager::windowDidEndLiveResize) },
         { "brainstormWindowPreferredHeightDidChange:",
-            selectorFor(&WindowManager::brainstormWindowPreferredHeightDidChange) },
-        { "brainstormWindowPinStateDidChange:", selectorFor(&WindowManager::brainstormWindowPinStateDidChange) },
-        { "openFileURL:", selectorFor(&WindowManager::openFileURL) },
+            platform::notificationMethod(&WindowManager::brainstormWindowPreferredHeightDidChange) },
+        { "brainstormWindowPinStateDidChange:",
+            platform::notificationMethod(&WindowManager::brainstormWindowPinStateDidChange) },
+        { "openFileURL:", platform::notificationMethod(&WindowManager::openFileURL) },
     };
     return description;
 }

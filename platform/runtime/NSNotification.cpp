@@ -1,7 +1,5 @@
 #include "platform/runtime/NSNotification.h"
 
-#include "platform/runtime/Class.h"
-
 namespace platform {
 
 void addObserver(NotificationCenter& center, std::shared_ptr<NSObject> const& observer, std::string selector,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/foundation/NotificationCenter.h"
+#include "platform/runtime/Class.h"
 #include "platform/runtime/NSObject.h"
 
 #include <string>
@@ -25,5 +26,17 @@ private:
 // notification; an observer that does not answer to it hears nothing.
 void addObserver(NotificationCenter& center, std::shared_ptr<NSObject> const& observer, std::string selector,
     NotificationCenter::Filter filter);
+
+// A selector that takes a notification, boxed as above, and hands it to a member function.
+template<typename Receiver>
+Class::Method notificationMethod(void (Receiver::*handler)(Notification const&))
+{
+    return [handler](NSObject& object, List const& arguments) {
+        auto const argument = arguments.empty() ? nullptr : arguments[0].asObject();
+        if (auto const boxed = std::dynamic_pointer_cast<NSNotification>(argument))
+            (static_cast<Receiver&>(object).*handler)(boxed->notification());
+        return Value();
+    };
+}
 
 } // namespace platform
