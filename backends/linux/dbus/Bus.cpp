@@ -15,27 +15,33 @@ namespace {
 
 constexpr std::uint64_t answerTimeMicroseconds = 5'000'000;
 
-std::optional<std::string> textIn(sd_bus_message* answer)
+// Freed when it has been sent, or could not be.
+struct OwnedMessage {
+    sd_bus_message* message = nullptr;
+    ~OwnedMessage() { sd_bus_message_unref(message); }
+};
+
+bool makeCall(sd_bus* bus, OwnedMessage& owned, Bus::Member const& method, std::string const& signature,
+    platform::List const& arguments)
 {
-    char const* text = nullptr;
-    if (sd_bus_message_is_method_error(answer, nullptr) || sd_bus_message_enter_container(answer, 'v', "s") < 0
-        || sd_bus_message_read(answer, "s", &text) < 0)
-        return std::nullopt;
-    return text;
+    return sd_bus_message_new_method_call(bus, &owned.message, method.service.c_str(), method.path.c_str(),
+               method.interface.c_str(), method.name.c_str())
+        >= 0
+        && appendArguments(owned.message, signature, arguments);
 }
 
 } // namespace
 
 struct BusSlot::State {
     sd_bus_slot* slot = nullptr;
-    std::function<void(sd_bus_message*)> handle {};
+    Bus::Handler handle {};
     ~State() { sd_bus_slot_unref(slot); }
 
     static int trampoline(sd_bus_message* message, void* context, sd_bus_error*) noexcept
     {
         // A copy: the handler may drop the slot that holds it.
         auto const handle = static_cast<State*>(context)->handle;
-        handle(message);
+        handle(readMessage(message));
         return 0;
     }
 };
@@ -68,6 +74,14 @@ std::string Bus::systemAddress()
     return address && *address ? address : "unix:path=/run/dbus/system_bus_socket";
 }
 
+std::string Bus::sessionAddress()
+{
+    if (auto const* const address = std::getenv("DBUS_SESSION_BUS_ADDRESS"); address && *address)
+        return address;
+    auto const* const folder = std::getenv("XDG_RUNTIME_DIR");
+    return folder && *folder ? std::string("unix:path=") + folder + "/bus" : std::string();
+}
+
 platform::Result<std::unique_ptr<Bus>> Bus::connect(EventLoop& loop, std::string const& address)
 {
     sd_bus* bus = nullptr;
@@ -88,28 +102,75 @@ platform::Result<std::unique_ptr<Bus>> Bus::connect(EventLoop& loop, std::string
     return connection;
 }
 
-BusSlot Bus::getText(Property const& property, std::function<void(std::optional<std::string>)> answered)
+BusSlot Bus::call(Member const& method, std::string const& signature, platform::List const& arguments, Handler answered)
 {
-    sd_bus_message* question = nullptr;
-    if (sd_bus_message_new_method_call(
-            m_bus, &question, property.service.c_str(), property.path.c_str(), "org.freedesktop.DBus.Properties", "Get")
-        < 0)
-        return {};
+    OwnedMessage question;
     auto state = std::make_unique<BusSlot::State>();
-    state->handle = [answered = std::move(answered)](sd_bus_message* answer) { answered(textIn(answer)); };
-    sd_bus_message_append(question, "ss", property.interface.c_str(), property.name.c_str());
-    sd_bus_call_async(m_bus, &state->slot, question, BusSlot::State::trampoline, state.get(), answerTimeMicroseconds);
-    sd_bus_message_unref(question);
+    state->handle = std::move(answered);
+    if (!makeCall(m_bus, question, method, signature, arguments)
+        || sd_bus_call_async(
+               m_bus, &state->slot, question.message, BusSlot::State::trampoline, state.get(), answerTimeMicroseconds)
+            < 0) {
+        BusMessage refused;
+        refused.error = "cannot call " + method.interface + "." + method.name;
+        state->handle(refused);
+    }
     return BusSlot(std::move(state));
 }
 
-BusSlot Bus::whenPropertiesChange(Property const& property, std::function<void()> changed)
+void Bus::send(Member const& method, std::string const& signature, platform::List const& arguments)
+{
+    OwnedMessage message;
+    if (!makeCall(m_bus, message, method, signature, arguments))
+        return;
+    sd_bus_message_set_expect_reply(message.message, 0);
+    sd_bus_send(m_bus, message.message, nullptr);
+}
+
+BusSlot Bus::whenSignal(Member const& signal, Handler heard)
 {
     auto state = std::make_unique<BusSlot::State>();
-    state->handle = [changed = std::move(changed)](sd_bus_message*) { changed(); };
-    sd_bus_match_signal_async(m_bus, &state->slot, property.service.c_str(), property.path.c_str(),
-        "org.freedesktop.DBus.Properties", "PropertiesChanged", BusSlot::State::trampoline, nullptr, state.get());
+    state->handle = std::move(heard);
+    sd_bus_match_signal_async(m_bus, &state->slot, signal.service.c_str(),
+        signal.path.empty() ? nullptr : signal.path.c_str(), signal.interface.c_str(), signal.name.c_str(),
+        BusSlot::State::trampoline, nullptr, state.get());
     return BusSlot(std::move(state));
+}
+
+BusSlot Bus::whenOwnerChanges(std::string const& service, std::function<void(bool had, bool has)> changed)
+{
+    auto state = std::make_unique<BusSlot::State>();
+    state->handle = [changed = std::move(changed)](BusMessage const& message) {
+        auto const before = message.argument(1), after = message.argument(2);
+        if (before.asText() && after.asText())
+            changed(!before.asText()->empty(), !after.asText()->empty());
+    };
+    auto const rule = "type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
+                      "member='NameOwnerChanged',arg0='"
+        + service + "'";
+    sd_bus_add_match_async(m_bus, &state->slot, rule.c_str(), BusSlot::State::trampoline, nullptr, state.get());
+    return BusSlot(std::move(state));
+}
+
+BusSlot Bus::whenLost(std::function<void()> lost)
+{
+    constexpr auto library = "org.freedesktop.DBus.Local";
+    return whenSignal({ library, {}, library, "Disconnected" }, [lost = std::move(lost)](auto const&) { lost(); });
+}
+
+BusSlot Bus::getText(Member const& property, std::function<void(std::optional<std::string>)> answered)
+{
+    return call({ property.service, property.path, "org.freedesktop.DBus.Properties", "Get" }, "ss",
+        { property.interface, property.name }, [answered = std::move(answered)](BusMessage const& answer) {
+            auto const value = answer.argument(0);
+            answered(value.asText() ? std::optional(*value.asText()) : std::nullopt);
+        });
+}
+
+BusSlot Bus::whenPropertiesChange(Member const& property, std::function<void()> changed)
+{
+    return whenSignal({ property.service, property.path, "org.freedesktop.DBus.Properties", "PropertiesChanged" },
+        [changed = std::move(changed)](auto const&) { changed(); });
 }
 
 } // namespace backends

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "backends/linux/dbus/BusMessage.h"
 #include "platform/foundation/Result.h"
 
 #include <functional>
@@ -36,23 +37,37 @@ class Bus {
 public:
     // The address as in the D-Bus specification, "unix:path=/run/dbus/system_bus_socket". Fails when nobody listens.
     static platform::Result<std::unique_ptr<Bus>> connect(EventLoop& loop, std::string const& address);
-    // Where the machine's own bus is.
+    // Where the machine's own bus is, and that of the user's session; the latter is empty without one.
     static std::string systemAddress();
+    static std::string sessionAddress();
     ~Bus();
     Bus(Bus const&) = delete;
     Bus& operator=(Bus const&) = delete;
 
-    struct Property {
+    struct Member {
         std::string service;
+        // Empty, where signals are listened to: any object of the service.
         std::string path;
         std::string interface;
         std::string name;
     };
+    using Handler = std::function<void(BusMessage const&)>;
+
+    // The answer is an error when nobody answered in time, or the arguments do not fit the signature.
+    BusSlot call(Member const& method, std::string const& signature, platform::List const& arguments, Handler answered);
+    // Without caring for an answer.
+    void send(Member const& method, std::string const& signature, platform::List const& arguments);
+    // Only what the owner of the service sends.
+    BusSlot whenSignal(Member const& signal, Handler heard);
+    // Each time that the name changes hands.
+    BusSlot whenOwnerChanges(std::string const& service, std::function<void(bool had, bool has)> changed);
+    // Once, when the bus has gone.
+    BusSlot whenLost(std::function<void()> lost);
 
     // The answer is absent when the property is no text, or nobody answered in time.
-    BusSlot getText(Property const& property, std::function<void(std::optional<std::string>)> answered);
+    BusSlot getText(Member const& property, std::function<void(std::optional<std::string>)> answered);
     // Each time that properties of the interface changed.
-    BusSlot whenPropertiesChange(Property const& property, std::function<void()> changed);
+    BusSlot whenPropertiesChange(Member const& property, std::function<void()> changed);
 
 private:
     explicit Bus(sd_bus* bus);

@@ -4,7 +4,7 @@ namespace backends {
 
 namespace {
 
-Bus::Property prettyHostname()
+Bus::Member prettyHostname()
 {
     return { "org.freedesktop.hostname1", "/org/freedesktop/hostname1", "org.freedesktop.hostname1", "PrettyHostname" };
 }

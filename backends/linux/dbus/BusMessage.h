@@ -1,0 +1,31 @@
+#pragma once
+
+#include "platform/foundation/Value.h"
+
+#include <string>
+
+struct sd_bus_message;
+
+namespace backends {
+
+// What came from the bus: a signal, or the answer to a call. A value.
+struct BusMessage {
+    // The object that a signal is about.
+    std::string path {};
+    // Of an answer that is an error, as in "org.freedesktop.DBus.Error.ServiceUnknown: no such name". Else empty.
+    std::string error {};
+    // Structures and arrays are lists, dictionaries with text keys are dictionaries, variants are what they hold.
+    platform::List arguments {};
+
+    bool isError() const { return !error.empty(); }
+    // Null where the message is shorter.
+    platform::Value argument(std::size_t index) const;
+};
+
+BusMessage readMessage(sd_bus_message* message);
+
+// Appends arguments as the signature of the D-Bus specification says. A variant takes the type of its value: text, a
+// boolean, a number of 32 bits or a list of texts. False when a value does not fit.
+bool appendArguments(sd_bus_message* message, std::string const& signature, platform::List const& arguments);
+
+} // namespace backends

@@ -1,0 +1,225 @@
+#include "backends/linux/dbus/GlobalShortcuts.h"
+
+#include <utility>
+
+namespace backends {
+
+using platform::Dictionary;
+using platform::List;
+using platform::Value;
+
+namespace {
+
+constexpr auto interface = "GlobalShortcuts";
+constexpr auto sessionInterface = "org.freedesktop.portal.Session";
+
+std::string textIn(Dictionary const& dictionary, std::string const& key)
+{
+    auto const found = dictionary.find(key);
+    auto const* const text = found == dictionary.end() ? nullptr : found->second.asText();
+    return text ? *text : std::string();
+}
+
+} // namespace
+
+GlobalShortcuts::GlobalShortcuts(
+    EventLoop& loop, std::string busAddress, std::string appID, platform::OSLog log, Observer observer)
+    : m_loop(loop)
+    , m_busAddress(std::move(busAddress))
+    , m_appID(std::move(appID))
+    , m_log(std::move(log))
+    , m_observer(std::move(observer))
+{
+}
+
+void GlobalShortcuts::bind(Shortcut const& shortcut)
+{
+    m_isWanted = true;
+    if (m_state == State::Declined || (m_shortcut == shortcut && !m_needsAsking))
+        return;
+    endSession();
+    m_shortcut = shortcut;
+    ask();
+}
+
+void GlobalShortcuts::ask()
+{
+    m_needsAsking = false;
+    setState(State::Asking);
+    if (!m_portal)
+        connect();
+    if (!m_portal)
+        return;
+    m_versionQuestion = m_portal->askVersion(interface, [this](auto const& version) {
+        if (version) {
+            createSession();
+            return;
+        }
+        m_log.error("no shortcuts from the desktop: %{public}s", { version.error().localizedDescription });
+        setState(State::Absent);
+    });
+}
+
+void GlobalShortcuts::connect()
+{
+    auto portal = Portal::connect(m_loop, m_busAddress, m_appID);
+    if (!portal) {
+        m_log.error(
+            "no shortcuts from the desktop, no session bus: %{public}s", { portal.error().localizedDescription });
+        setState(State::Absent);
+        return;
+    }
+    m_portal = portal.take();
+    m_portal->setObserver([this] { portalDidGo(); }, [this] { portalDidCome(); });
+    m_activated
+        = m_portal->whenSignal(interface, "Activated", [this](auto const& signal) { handlePress(signal, true); });
+    m_deactivated
+        = m_portal->whenSignal(interface, "Deactivated", [this](auto const& signal) { handlePress(signal, false); });
+    m_changed
+        = m_portal->whenSignal(interface, "ShortcutsChanged", [this](auto const& signal) { handleChange(signal); });
+    m_closed = m_portal->whenObjectSignals(sessionInterface, "Closed", [this](BusMessage const& signal) {
+        if (m_session.empty() || signal.path != m_session)
+            return;
+        m_log.error("the desktop ended its shortcuts");
+        m_request.end();
+        m_session.clear();
+        setState(State::NotBound);
+    });
+}
+
+void GlobalShortcuts::createSession()
+{
+    m_request = m_portal->ask(interface, "CreateSession", "", {}, { { "session_handle_token", Portal::makeToken() } },
+        [this](Portal::Response const& response) {
+            m_session = textIn(response.results, "session_handle");
+            if (response.ended == Portal::Ended::Success && m_session.starts_with('/'))
+                listShortcuts();
+            else
+                fail("make a session", response);
+        });
+}
+
+void GlobalShortcuts::listShortcuts()
+{
+    // A desktop that remembers the shortcut from the last time need not ask its user again.
+    m_request
+        = m_portal->ask(interface, "ListShortcuts", "o", { m_session }, {}, [this](Portal::Response const& response) {
+              auto const listed = response.results.find("shortcuts");
+              bool const isKnown = response.ended == Portal::Ended::Success && listed != response.results.end()
+                  && adopt(listed->second);
+              if (!isKnown)
+                  bindShortcuts();
+          });
+}
+
+void GlobalShortcuts::bindShortcuts()
+{
+    Dictionary about { { "description", m_shortcut->description } };
+    if (!m_shortcut->preferredTrigger.empty())
+        about["preferred_trigger"] = m_shortcut->preferredTrigger;
+    List const shortcuts { List { m_shortcut->id, std::move(about) } };
+    m_request = m_portal->ask(interface, "BindShortcuts", "oa(sa{sv})s", { m_session, shortcuts, "" }, {},
+        [this](Portal::Response const& response) {
+            auto const bound = response.results.find("shortcuts");
+            if (response.ended == Portal::Ended::Cancelled) {
+                m_log.error("the user declined the shortcut");
+                setState(State::Declined);
+                // Nothing is asked of the desktop any more.
+                m_session.clear();
+                return;
+            }
+            // Success with an empty list is what some desktops say when they did nothing.
+            bool const isBound
+                = response.ended == Portal::Ended::Success && bound != response.results.end() && adopt(bound->second);
+            if (!isBound)
+                fail("bind the shortcut", response);
+        });
+}
+
+bool GlobalShortcuts::adopt(Value const& shortcuts)
+{
+    auto const* const list = shortcuts.asList();
+    if (!list)
+        return false;
+    for (auto const& entry : *list) {
+        auto const* const pair = entry.asList();
+        if (!pair || pair->size() != 2 || !(*pair)[0].asText() || !(*pair)[1].asDictionary()
+            || *(*pair)[0].asText() != m_shortcut->id)
+            continue;
+        // Some desktops list what has no keys yet.
+        auto const trigger = textIn(*(*pair)[1].asDictionary(), "trigger_description");
+        if (trigger.empty())
+            return false;
+        setState(State::Bound, trigger);
+        return true;
+    }
+    return false;
+}
+
+void GlobalShortcuts::fail(char const* step, Portal::Response const& response)
+{
+    auto const code = std::to_string(static_cast<int>(response.ended));
+    m_log.error("the desktop did not %{public}s: %{public}s",
+        { std::string(step), response.error.empty() ? "response " + code : response.error });
+    setState(State::NotBound);
+}
+
+void GlobalShortcuts::endSession()
+{
+    m_request.end();
+    m_versionQuestion = {};
+    if (!m_session.empty())
+        m_portal->closeObject(sessionInterface, m_session);
+    m_session.clear();
+}
+
+void GlobalShortcuts::portalDidGo()
+{
+    m_request.end();
+    m_versionQuestion = {};
+    m_session.clear();
+    if (m_state == State::Declined)
+        return;
+    m_needsAsking = true;
+    setState(State::Absent);
+}
+
+void GlobalShortcuts::portalDidCome()
+{
+    // One that is started by our own question is being asked already.
+    if (m_state != State::Absent)
+        return;
+    m_needsAsking = true;
+    if (m_isWanted)
+        ask();
+}
+
+void GlobalShortcuts::handlePress(BusMessage const& signal, bool isDown)
+{
+    if (!m_isWanted || m_state != State::Bound || signal.argument(0) != Value(m_session)
+        || signal.argument(1) != Value(m_shortcut->id))
+        return;
+    auto const options = signal.argument(3);
+    m_observer.didPress(
+        isDown, options.asDictionary() ? textIn(*options.asDictionary(), "activation_token") : std::string());
+}
+
+void GlobalShortcuts::handleChange(BusMessage const& signal)
+{
+    if (m_session.empty() || signal.argument(0) != Value(m_session)
+        || (m_state != State::Bound && m_state != State::NotBound))
+        return;
+    if (!adopt(signal.argument(1)))
+        setState(State::NotBound);
+}
+
+void GlobalShortcuts::setState(State state, std::string trigger)
+{
+    if (m_state == state && m_trigger == trigger)
+        return;
+    m_state = state;
+    m_trigger = std::move(trigger);
+    m_observer.stateDidChange();
+}
+
+} // namespace backends

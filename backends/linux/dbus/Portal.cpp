@@ -1,0 +1,192 @@
+#include "backends/linux/dbus/Portal.h"
+
+#include "platform/foundation/UUID.h"
+
+#include <algorithm>
+#include <unistd.h>
+#include <utility>
+
+namespace backends {
+
+using platform::NSError;
+using platform::Value;
+
+namespace {
+
+constexpr auto service = "org.freedesktop.portal.Desktop";
+constexpr auto object = "/org/freedesktop/portal/desktop";
+constexpr auto requestInterface = "org.freedesktop.portal.Request";
+
+std::string interfaceNamed(std::string const& name) { return "org.freedesktop.portal." + name; }
+
+// In a sandbox the portal knows the app by the sandbox.
+bool isSandboxed() { return access("/.flatpak-info", F_OK) == 0; }
+
+} // namespace
+
+platform::Result<std::unique_ptr<Portal>> Portal::connect(
+    EventLoop& loop, std::string const& busAddress, std::string const& appID)
+{
+    auto bus = Bus::connect(loop, busAddress);
+    if (!bus)
+        return bus.error();
+    std::unique_ptr<Portal> portal(new Portal(bus.take()));
+    if (!appID.empty() && !isSandboxed())
+        portal->registerApp(appID);
+    return portal;
+}
+
+Portal::Portal(std::unique_ptr<Bus> bus)
+    : m_bus(std::move(bus))
+{
+    // One rule for all requests, before the first is made: an answer may come before the request has been named.
+    m_responses = m_bus->whenSignal(
+        { service, {}, requestInterface, "Response" }, [this](auto const& response) { handleResponse(response); });
+    m_owner = m_bus->whenOwnerChanges(service, [this](bool had, bool has) { ownerDidChange(had, has); });
+    m_lost = m_bus->whenLost([this] { ownerDidChange(true, false); });
+}
+
+Portal::~Portal() = default;
+
+void Portal::setObserver(std::function<void()> didGo, std::function<void()> didCome)
+{
+    m_didGo = std::move(didGo);
+    m_didCome = std::move(didCome);
+}
+
+void Portal::registerApp(std::string const& appID)
+{
+    // Older portals do not know it, and one that has been told already refuses: neither matters.
+    m_registration = m_bus->call({ service, object, "org.freedesktop.host.portal.Registry", "Register" }, "sa{sv}",
+        { appID, platform::Dictionary {} }, [](auto const&) {});
+}
+
+std::string Portal::makeToken()
+{
+    auto token = "paneweld" + platform::UUID::random().uuidString();
+    std::erase(token, '-');
+    return token;
+}
+
+Portal::Request Portal::ask(std::string const& interface, std::string const& method, std::string const& signature,
+    platform::List arguments, platform::Dictionary options, std::function<void(Response const&)> answered)
+{
+    auto const token = makeToken();
+    options["handle_token"] = token;
+    arguments.emplace_back(std::move(options));
+    m_pending[token].answered = std::move(answered);
+    auto call = m_bus->call({ service, object, interfaceNamed(interface), method }, signature + "a{sv}", arguments,
+        [this, token](BusMessage const& answer) {
+            if (answer.isError()) {
+                finish(token, { Ended::Failed, {}, answer.error });
+                return;
+            }
+            auto const pending = m_pending.find(token);
+            auto const path = answer.argument(0);
+            if (pending != m_pending.end() && path.asText())
+                pending->second.path = *path.asText();
+        });
+    Request request;
+    if (auto const pending = m_pending.find(token); pending != m_pending.end()) {
+        pending->second.call = std::move(call);
+        request.m_portal = this;
+        request.m_token = token;
+    }
+    return request;
+}
+
+void Portal::handleResponse(BusMessage const& response)
+{
+    // The path ends with the token, unless the portal is an old one that chose a name of its own.
+    auto const found = std::find_if(m_pending.begin(), m_pending.end(), [&](auto const& pending) {
+        return response.path == pending.second.path || response.path.ends_with("/" + pending.first);
+    });
+    if (found == m_pending.end())
+        return;
+    auto const code = response.argument(0).asUInt32();
+    auto const results = response.argument(1);
+    if (!code || !results.asDictionary())
+        finish(found->first, { Ended::Failed, {}, "a response that cannot be read" });
+    else
+        finish(
+            found->first, { *code <= 1 ? static_cast<Ended>(*code) : Ended::Otherwise, *results.asDictionary(), {} });
+}
+
+void Portal::finish(std::string const& token, Response const& response)
+{
+    // Out of the table first: the answer may lead to another question. Held to the end, with what it was called by.
+    auto const done = m_pending.extract(token);
+    if (done)
+        done.mapped().answered(response);
+}
+
+void Portal::takeBack(std::string const& token)
+{
+    auto const pending = m_pending.extract(token);
+    if (pending && !pending.mapped().path.empty())
+        closeObject(requestInterface, pending.mapped().path);
+}
+
+void Portal::ownerDidChange(bool had, bool has)
+{
+    if (had) {
+        // Their answers never come.
+        m_pending.clear();
+        if (m_didGo)
+            m_didGo();
+    }
+    if (has && m_didCome)
+        m_didCome();
+}
+
+BusSlot Portal::askVersion(
+    std::string const& interface, std::function<void(platform::Result<std::uint32_t> const&)> answered)
+{
+    return m_bus->call({ service, object, "org.freedesktop.DBus.Properties", "Get" }, "ss",
+        { interfaceNamed(interface), "version" }, [answered = std::move(answered)](BusMessage const& answer) {
+            auto const version = answer.argument(0).asUInt32();
+            if (version)
+                answered(*version);
+            else
+                answered(NSError { "Portal", 1, answer.isError() ? answer.error : "its version is no number" });
+        });
+}
+
+BusSlot Portal::whenSignal(std::string const& interface, std::string const& signal, Bus::Handler heard)
+{
+    return m_bus->whenSignal({ service, object, interfaceNamed(interface), signal }, std::move(heard));
+}
+
+BusSlot Portal::whenObjectSignals(std::string const& interface, std::string const& signal, Bus::Handler heard)
+{
+    return m_bus->whenSignal({ service, {}, interface, signal }, std::move(heard));
+}
+
+void Portal::closeObject(std::string const& interface, std::string const& path)
+{
+    m_bus->send({ service, path, interface, "Close" }, "", {});
+}
+
+Portal::Request::Request(Request&& other) noexcept
+    : m_portal(std::exchange(other.m_portal, nullptr))
+    , m_token(std::move(other.m_token))
+{
+}
+
+Portal::Request& Portal::Request::operator=(Request&& other) noexcept
+{
+    if (this != &other) {
+        end();
+        m_portal = std::exchange(other.m_portal, nullptr);
+        m_token = std::move(other.m_token);
+    }
+    return *this;
+}
+
+void Portal::Request::end()
+{
+    if (auto* const portal = std::exchange(m_portal, nullptr))
+        portal->takeBack(m_token);
+}
+
+} // namespace backends
