@@ -1,6 +1,8 @@
 #include "backends/linux/Linux.h"
 
 #include "backends/linux/LinuxApplication.h"
+#include "backends/linux/LinuxHotKeys.h"
+#include "backends/linux/SystemShortcuts.h"
 #include "backends/linux/dbus/Hostname.h"
 #include "backends/linux/host/BundleDirectory.h"
 #include "backends/linux/host/FileSystem.h"
@@ -17,7 +19,11 @@
 #include "platform/appkit/NSEventMonitors.h"
 #include "platform/foundation/Bundles.h"
 
+#include <cstdlib>
+#include <set>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 namespace backends {
 
@@ -29,6 +35,13 @@ namespace {
 
 // The name in the log of an app that has no identifier.
 constexpr auto namelessSubsystem = "app.quorvel.iosapp";
+
+bool isWaylandSession()
+{
+    auto const* const display = std::getenv("WAYLAND_DISPLAY");
+    auto const* const type = std::getenv("XDG_SESSION_TYPE");
+    return (display && *display) || (type && std::string_view(type) == "wayland");
+}
 
 // Without a server no key can be watched.
 class NoEventMonitors : public platform::NSEventMonitors {
@@ -54,10 +67,13 @@ public:
         , m_workspace(*m_loop, log("workspace"))
         , m_bundleDirectory(log("bundle"))
         , m_bundles(m_bundleDirectory)
+        , m_systemShortcuts(
+              options.hotKeyModifiers, [this](std::uint32_t keysym) { return positionsOf(keysym); }, log("shortcuts"))
     {
         auto const folder = options.mainBundlePath ? options.mainBundlePath : folderOfExecutable();
         m_bundles.setMainBundle(folder.value_or("/"), options.bundleIdentifier);
         connect(options);
+        makeHotKeys(options);
     }
 
     platform::LogSink& logSink() override { return m_log; }
@@ -73,6 +89,8 @@ public:
     platform::NSApplication& application() override { return m_application; }
     platform::NSAnimationContext& animationContext() override { return m_animator; }
     platform::NSWorkspace* workspace() override { return &m_workspace; }
+    platform::EventHotKeys* eventHotKeys() override { return m_hotKeys.get(); }
+    platform::SymbolicHotKeys* symbolicHotKeys() override { return &m_systemShortcuts; }
     platform::NSEventMonitors& eventMonitors() override
     {
         if (m_x11)
@@ -111,8 +129,6 @@ public:
         if (m_x11)
             m_x11->eventMonitors().setComposingText(isComposing);
     }
-    HotKeyTruth hotKeyTruth() const override { return {}; }
-    void setHotKeyTruthHandler(std::function<void()>) override { }
     void setTerminateHandler(std::function<void()> handler) override
     {
         m_application.setTerminateHandler(std::move(handler));
@@ -128,11 +144,35 @@ private:
             log("x11").error("no windows: %{public}s", { connection.error().localizedDescription });
             return;
         }
-        m_x11 = std::make_unique<X11World>(connection.take(), m_application, *m_loop, m_animator, m_clock);
+        m_x11 = std::make_unique<X11World>(
+            connection.take(), m_application, *m_loop, m_animator, m_clock, options.hotKeyModifiers);
         m_x11->start([this] { m_ticker.setRefreshRate(m_x11->screen().refreshRate()); });
         m_application.setActivateHandler([this] { m_x11->activate(); });
         // From the loop, when the plug-in is there to hear of the windows.
         m_mainQueue.async([this] { m_x11->findWindows(); });
+    }
+
+    void makeHotKeys(LinuxOptions const& options)
+    {
+        LinuxHotKeys::Session session;
+        session.x11 = m_x11.get();
+        session.isWayland = isWaylandSession() || (m_x11 && m_x11->isInsideWayland());
+        session.appID = options.bundleIdentifier.value_or("");
+        session.description = options.hotKeyDescription;
+        session.modifierKeys = options.hotKeyModifiers;
+        session.findHolder = [this](std::uint32_t keyCode, std::uint32_t modifiers, auto found) {
+            // Reading settings takes a while.
+            m_background.async([this, keyCode, modifiers, found = std::move(found)] {
+                auto const holder = m_systemShortcuts.holderOf(keyCode, modifiers).value_or("");
+                m_mainQueue.async([found, holder] { found(holder); });
+            });
+        };
+        m_hotKeys = std::make_unique<LinuxHotKeys>(std::move(session), *m_loop, m_mainQueue, log("hotkeys"));
+    }
+
+    std::vector<std::uint16_t> positionsOf(std::uint32_t keysym) const
+    {
+        return m_x11 ? m_x11->keyboard().map()->virtualKeyCodes(keysym) : std::vector<std::uint16_t> {};
     }
 
     std::unique_ptr<EventLoop> m_loop;
@@ -151,12 +191,19 @@ private:
     platform::Bundles m_bundles;
     NoEventMonitors m_noMonitors;
     std::unique_ptr<X11World> m_x11;
+    SystemShortcuts m_systemShortcuts;
+    std::unique_ptr<LinuxHotKeys> m_hotKeys;
+    // Last, so that its work has ended before anything that it uses.
+    SerialQueue m_background { "hotkeys" };
 };
 
 } // namespace
 
 platform::Result<std::unique_ptr<LinuxPlatform>> makeLinuxPlatform(LinuxOptions options)
 {
+    auto const& keys = options.hotKeyModifiers;
+    if (std::set { keys.command, keys.option, keys.control, keys.shift }.size() < 4)
+        return platform::NSError { "Linux", 1, "one key stands for two modifiers of hot keys" };
     auto loop = EventLoop::create();
     if (!loop)
         return loop.error();

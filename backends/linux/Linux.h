@@ -1,7 +1,7 @@
 #pragma once
 
-#include "backends/linux/HotKeyTruth.h"
 #include "platform/Platform.h"
+#include "platform/carbon/HotKeyTruth.h"
 #include "platform/foundation/Result.h"
 
 #include <cstdint>
@@ -21,7 +21,7 @@ struct LinuxOptions {
     std::optional<std::string> mainBundlePath {};
     std::optional<std::string> bundleIdentifier {};
     // Which keys of this keyboard stand for the modifiers of hot keys. Fails when one key stands for two.
-    HotKeyModifierKeys hotKeyModifiers {};
+    platform::HotKeyModifierKeys hotKeyModifiers {};
     // What a desktop that binds shortcuts itself tells the user of ours, in the user's language.
     std::string hotKeyDescription {};
 };
@@ -57,11 +57,6 @@ public:
 
     // While the host composes text with an input method, keys of interest go to it and not to monitors.
     virtual void setComposingText(bool isComposing) = 0;
-
-    // Whether hot keys work here, beside what their registration says. The handler is called when the answer changes,
-    // from the loop; an empty one takes it away.
-    virtual HotKeyTruth hotKeyTruth() const = 0;
-    virtual void setHotKeyTruthHandler(std::function<void()> handler) = 0;
 
     // What terminate: does. Empty: ask all windows to close, then exit.
     virtual void setTerminateHandler(std::function<void()> handler) = 0;

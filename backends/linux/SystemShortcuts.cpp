@@ -33,7 +33,7 @@ std::vector<DesktopShortcut> readXfceShortcuts(platform::OSLog const& log)
 
 } // namespace
 
-SystemShortcuts::SystemShortcuts(HotKeyModifierKeys modifiers, Layout layout, platform::OSLog log)
+SystemShortcuts::SystemShortcuts(platform::HotKeyModifierKeys modifiers, Layout layout, platform::OSLog log)
     : m_modifiers(modifiers)
     , m_layout(std::move(layout))
     , m_log(std::move(log))
@@ -103,7 +103,7 @@ std::optional<std::vector<SystemShortcuts::Entry>> SystemShortcuts::readEntries(
 
 std::optional<std::uint32_t> SystemShortcuts::modifierBits(Accelerator const& accelerator) const
 {
-    std::pair<ModifierKey, std::uint32_t> const known[] = {
+    std::pair<platform::ModifierKey, std::uint32_t> const known[] = {
         { m_modifiers.command, platform::cmdKey },
         { m_modifiers.shift, platform::shiftKey },
         { m_modifiers.option, platform::optionKey },

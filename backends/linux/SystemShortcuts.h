@@ -1,7 +1,7 @@
 #pragma once
 
-#include "backends/linux/HotKeyTruth.h"
 #include "backends/linux/host/Accelerator.h"
+#include "platform/carbon/HotKeyTruth.h"
 #include "platform/carbon/SymbolicHotKeys.h"
 #include "platform/log/OSLog.h"
 
@@ -21,7 +21,7 @@ public:
     // empty or finds nothing, the layout of the United States counts.
     using Layout = std::function<std::vector<std::uint16_t>(std::uint32_t keysym)>;
 
-    SystemShortcuts(HotKeyModifierKeys modifiers, Layout layout, platform::OSLog log);
+    SystemShortcuts(platform::HotKeyModifierKeys modifiers, Layout layout, platform::OSLog log);
 
     // Fails with unimpErr on a desktop whose settings are not known here. Only what is on is listed, in the settings'
     // order, with every key that writes what the shortcut names.
@@ -45,7 +45,7 @@ private:
     std::optional<std::uint32_t> modifierBits(Accelerator const& accelerator) const;
     std::vector<std::uint16_t> keyCodes(std::uint32_t keysym) const;
 
-    HotKeyModifierKeys m_modifiers;
+    platform::HotKeyModifierKeys m_modifiers;
     Layout m_layout;
     platform::OSLog m_log;
 };

@@ -192,7 +192,7 @@ private:
     Machine m_hostInfo;
     Workspace m_workspace { m_ledger };
     GrantedFolders m_bookmarks { m_ledger };
-    MemoryHotKeys m_hotKeys { m_ledger };
+    MemoryHotKeys m_hotKeys { m_ledger, m_mainQueue };
     MemorySymbolicHotKeys m_symbolicHotKeys;
     bool m_hasHotKeys = true;
     std::vector<std::weak_ptr<MemoryQueue>> m_serialQueues;

@@ -1,8 +1,12 @@
 #include "backends/memory/MemoryHotKeys.h"
 
+#include <utility>
+
 namespace backends {
 
 using platform::EventHotKeyID;
+using platform::HotKeyResult;
+using platform::HotKeyTruth;
 
 class MemoryHotKeys::Registration : public platform::EventHotKey {
 public:
@@ -16,8 +20,10 @@ public:
     ~Registration() override
     {
         m_service.m_table.remove(m_combination);
+        std::erase(m_service.m_registered, m_combination);
         m_service.m_down.erase(m_combination);
         m_service.m_ledger.note("hotkey unregister id=" + std::to_string(m_id.id));
+        m_service.m_teller.truthMayHaveChanged();
     }
 
 private:
@@ -34,6 +40,8 @@ platform::EventHotKeys::Registered MemoryHotKeys::registerEventHotKey(
         + " id=" + std::to_string(id.id) + (status == platform::noErr ? "" : " refused " + std::to_string(status)));
     if (status != platform::noErr)
         return { status };
+    m_registered.emplace_back(keyCode, modifiers);
+    m_teller.truthMayHaveChanged();
     return { status, std::make_unique<Registration>(*this, HotKeyTable::Combination { keyCode, modifiers }, id) };
 }
 
@@ -62,6 +70,22 @@ void MemoryHotKeys::setHeldElsewhere(std::uint32_t keyCode, std::uint32_t modifi
         m_heldElsewhere.emplace(keyCode, modifiers);
     else
         m_heldElsewhere.erase({ keyCode, modifiers });
+    m_teller.truthMayHaveChanged();
+}
+
+void MemoryHotKeys::setAvailability(platform::HotKeyAvailability availability)
+{
+    m_availability = availability;
+    m_teller.truthMayHaveChanged();
+}
+
+HotKeyTruth MemoryHotKeys::truth() const
+{
+    HotKeyTruth truth { m_availability };
+    if (!m_registered.empty())
+        truth.lastRegistration
+            = m_heldElsewhere.contains(m_registered.back()) ? HotKeyResult::HeldByAnotherClient : HotKeyResult::Active;
+    return truth;
 }
 
 } // namespace backends

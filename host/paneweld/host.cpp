@@ -2,7 +2,9 @@
 
 #include "backends/linux/Linux.h"
 #include "platform/Version.h"
+#include "platform/appkit/NSApplication.h"
 #include "platform/appkit/NSWindow.h"
+#include "platform/carbon/EventHotKeys.h"
 #include "platform/foundation/Bundle.h"
 #include "platform/foundation/Bundles.h"
 #include "platform/foundation/MainThread.h"
@@ -63,7 +65,11 @@ Host::Host()
 {
 }
 
-Host::~Host() { setTerminateHandler({}); }
+Host::~Host()
+{
+    setTerminateHandler({});
+    setShortcutTruthHandler({});
+}
 
 Result<std::unique_ptr<Host>> Host::start(HostOptions options)
 {
@@ -71,7 +77,8 @@ Result<std::unique_ptr<Host>> Host::start(HostOptions options)
         return NSError { errorDomain, 1, "a host was started in this process already" };
     if (auto error = secondCopy())
         return *error;
-    auto made = backends::makeLinuxPlatform({ options.display, options.mainBundlePath, options.bundleIdentifier });
+    auto made = backends::makeLinuxPlatform({ options.display, options.mainBundlePath, options.bundleIdentifier,
+        options.shortcutModifiers, options.shortcutDescription });
     if (!made)
         return made.error();
 
@@ -144,6 +151,18 @@ std::shared_ptr<platform::NSWindow> Host::window(std::uint32_t xid) const
 bool Host::beginWindowMove(std::uint32_t xid, int rootX, int rootY, int button)
 {
     return m_private->platform->beginMove(xid, rootX, rootY, button);
+}
+
+platform::HotKeyTruth Host::shortcutTruth() const { return m_private->platform->eventHotKeys()->truth(); }
+
+void Host::setShortcutTruthHandler(std::function<void()> handler)
+{
+    m_private->platform->eventHotKeys()->setTruthHandler(std::move(handler));
+}
+
+void Host::setMainMenu(std::shared_ptr<platform::NSMenu> menu)
+{
+    m_private->platform->application().setMainMenu(std::move(menu));
 }
 
 void Host::setComposingText(bool isComposing) { m_private->platform->setComposingText(isComposing); }

@@ -4,6 +4,7 @@
 #include "iOS/NSUserActivity+Paneweld.h"
 #include "iOS/NotificationCenter+Paneweld.h"
 #include "iOS/WindowIdentifier.h"
+#include "platform/carbon/HotKeyTruth.h"
 #include "platform/foundation/NotificationCenter.h"
 #include "platform/foundation/Result.h"
 #include "platform/runtime/Class.h"
@@ -16,6 +17,7 @@
 
 namespace platform {
 class Bundle;
+class NSMenu;
 class NSWindow;
 } // namespace platform
 
@@ -32,6 +34,12 @@ struct HostOptions {
     std::optional<std::string> frameworkPath {};
     // The X display, as in DISPLAY. Absent: DISPLAY itself.
     std::optional<std::string> display {};
+    // Which keys of a Linux keyboard stand for command, option, control and shift in the system-wide shortcut. One key
+    // cannot stand for two: start then fails.
+    platform::HotKeyModifierKeys shortcutModifiers {};
+    // What the desktop's own dialog says that the shortcut does, where a desktop asks its user, in the user's language:
+    // "Start a new brainstorm".
+    std::string shortcutDescription {};
 };
 
 // How far the plug-in reaches, decided at start.
@@ -79,6 +87,16 @@ public:
     // pointer on its own connection first (GTK: gdk_seat_ungrab, gdk_display_sync). False when the window cannot move
     // so.
     bool beginWindowMove(std::uint32_t xid, int rootX, int rootY, int button);
+
+    // Whether the system-wide shortcut works in this session, and what became of the one that was set last. Setting it
+    // fails in silence; this is where a host learns that it never fires, and why. An answer that has to come from the X
+    // server or the desktop is Pending until then.
+    platform::HotKeyTruth shortcutTruth() const;
+    // Called from dispatch when the truth has changed. An empty one takes it away.
+    void setShortcutTruthHandler(std::function<void()> handler);
+
+    // The app's main menu, so that a shortcut can be checked against it (hotkey/KeyCombo.h).
+    void setMainMenu(std::shared_ptr<platform::NSMenu> menu);
 
     // True while an input method shows unfinished text: Escape then belongs to it and closes nothing.
     void setComposingText(bool isComposing);

@@ -1,9 +1,12 @@
 #pragma once
 
 #include "platform/carbon/EventTarget.h"
+#include "platform/carbon/HotKeyTruth.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <utility>
 
 namespace platform {
 
@@ -39,6 +42,11 @@ public:
         std::uint32_t keyCode, std::uint32_t modifiers, EventHotKeyID id)
         = 0;
 
+    // What became of the registrations, beside what they say. The handler is called from the loop when the answer has
+    // changed; an empty one takes it away.
+    virtual HotKeyTruth truth() const = 0;
+    void setTruthHandler(std::function<void()> handler) { m_truthHandler = std::move(handler); }
+
     // GetEventDispatcherTarget: where presses and releases of hot keys are sent.
     EventTarget& eventDispatcherTarget() { return m_dispatcherTarget; }
 
@@ -46,9 +54,12 @@ protected:
     // For backends: the combination went down, once however long it is held, and up again.
     void reportPressed(EventHotKeyID id);
     void reportReleased(EventHotKeyID id);
+    // The truth is another one. Never from inside a registration, whose caller is not done yet.
+    void reportTruthChanged();
 
 private:
     EventTarget m_dispatcherTarget;
+    std::function<void()> m_truthHandler;
 };
 
 } // namespace platform

@@ -8,6 +8,8 @@
 
 namespace backends {
 
+using platform::ModifierKey;
+
 namespace {
 
 struct NamedModifier {

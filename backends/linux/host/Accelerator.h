@@ -1,6 +1,6 @@
 #pragma once
 
-#include "backends/linux/HotKeyTruth.h"
+#include "platform/carbon/HotKeyTruth.h"
 
 #include <cstdint>
 #include <optional>
@@ -13,7 +13,7 @@ namespace backends {
 // A key combination as a desktop writes it into its settings: modifiers, and what the key writes, apart from any
 // keyboard.
 struct Accelerator {
-    std::set<ModifierKey> modifiers {};
+    std::set<platform::ModifierKey> modifiers {};
     // Of the unshifted key where it is a letter: "n", and never "N".
     std::uint32_t keysym = 0;
 

@@ -2,6 +2,8 @@
 
 #include "backends/linux/host/KeySymbols.h"
 
+#include <algorithm>
+#include <iterator>
 #include <map>
 #include <string_view>
 
@@ -68,6 +70,14 @@ std::vector<std::uint16_t> ansiKeyCodes(std::uint32_t keysym)
     for (auto [code, end] = codes.equal_range(keysym); code != end; ++code)
         found.push_back(code->second);
     return found;
+}
+
+std::optional<std::uint32_t> ansiKeysym(std::uint32_t virtualKeyCode)
+{
+    // The plain symbol of a key stands before those above it.
+    auto const* const found = std::find_if(
+        std::begin(keys), std::end(keys), [&](auto const& key) { return key.virtualKeyCode == virtualKeyCode; });
+    return found == std::end(keys) ? std::nullopt : keysymNamed(found->symbol);
 }
 
 } // namespace backends

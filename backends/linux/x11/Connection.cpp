@@ -124,7 +124,7 @@ void Connection::expect(std::uint32_t sequence, std::function<void(void*)> handl
 {
     if (m_isLost)
         return;
-    m_expected.push_back({ sequence, std::move(handle) });
+    m_expected.push_back({ sequence, std::move(handle), {}, {} });
 }
 
 void Connection::askProperty(
@@ -132,6 +132,26 @@ void Connection::askProperty(
 {
     auto const cookie = xcb_get_property(wire(), 0, window, property, XCB_GET_PROPERTY_TYPE_ANY, 0, wholeProperty);
     ask<xcb_get_property_reply_t>(cookie.sequence, std::move(continuation));
+}
+
+void Connection::askOutcome(
+    std::vector<unsigned> const& sequences, std::function<void(xcb_generic_error_t const*)> continuation)
+{
+    auto const firstError = std::make_shared<std::optional<xcb_generic_error_t>>();
+    for (auto const sequence : sequences) {
+        m_errorHandlers[sequence] = [firstError](xcb_generic_error_t const& error) {
+            if (!*firstError)
+                *firstError = error;
+        };
+    }
+    // The server answers in order: when this reply is there, every error is.
+    auto const cookie = xcb_get_input_focus(wire());
+    ask<xcb_get_input_focus_reply_t>(
+        cookie.sequence, [this, sequences, firstError, continuation = std::move(continuation)](auto const*) {
+            for (auto const sequence : sequences)
+                m_errorHandlers.erase(sequence);
+            continuation(*firstError ? &**firstError : nullptr);
+        });
 }
 
 void Connection::roundTrip()
@@ -148,48 +168,66 @@ bool Connection::handleQueued(bool readsWire)
 {
     bool isBusy = false;
     for (int i = 0; i < maximumEventsInOneTurn && !m_isLost; ++i) {
-        XHandle<xcb_generic_event_t> const event(
-            readsWire ? xcb_poll_for_event(m_connection) : xcb_poll_for_queued_event(m_connection));
-        if (!event)
-            break;
-        isBusy = true;
+        if (!m_nextEvent)
+            m_nextEvent.reset(readsWire ? xcb_poll_for_event(m_connection) : xcb_poll_for_queued_event(m_connection));
         // Replies to requests that the server had read before this event happened come first.
-        handleRepliesUpTo(event->full_sequence);
+        if (isReplyNext() && pollForReply() && isReplyNext()) {
+            handleReply();
+            isBusy = true;
+            continue;
+        }
+        if (!m_nextEvent)
+            break;
+        // Out of reach first: the handler may wait for an answer, and lead back here.
+        auto const event = std::move(m_nextEvent);
         handleEvent(*event);
+        isBusy = true;
     }
-    isBusy |= handleRepliesUpTo(std::nullopt);
     checkAlive();
     return isBusy;
 }
 
-bool Connection::handleRepliesUpTo(std::optional<std::uint32_t> sequence)
+bool Connection::isReplyNext() const
 {
-    bool isBusy = false;
-    while (!m_expected.empty() && !m_isLost) {
-        if (sequence && isLaterThan(m_expected.front().sequence, *sequence))
-            break;
-        void* reply = nullptr;
-        xcb_generic_error_t* error = nullptr;
-        if (!xcb_poll_for_reply(m_connection, m_expected.front().sequence, &reply, &error))
-            break;
-        XHandle<void> const ownedReply(reply);
-        XHandle<xcb_generic_error_t> const ownedError(error);
-        if (!reply && !error)
-            break;
-        auto const expectation = std::move(m_expected.front());
-        m_expected.pop_front();
-        if (error)
-            logXError(m_log, *error);
-        expectation.handle(reply);
-        isBusy = true;
-    }
-    return isBusy;
+    return !m_expected.empty()
+        && (!m_nextEvent || !isLaterThan(m_expected.front().sequence, m_nextEvent->full_sequence));
+}
+
+bool Connection::pollForReply()
+{
+    auto& next = m_expected.front();
+    if (next.reply || next.error)
+        return true;
+    void* reply = nullptr;
+    xcb_generic_error_t* error = nullptr;
+    if (!xcb_poll_for_reply(m_connection, next.sequence, &reply, &error))
+        error = nullptr;
+    next.reply.reset(reply);
+    next.error.reset(error);
+    // To look for a reply reads the wire too: events that happened before the reply may have come with it.
+    if (!m_nextEvent)
+        m_nextEvent.reset(xcb_poll_for_queued_event(m_connection));
+    return next.reply || next.error;
+}
+
+void Connection::handleReply()
+{
+    auto const expectation = std::move(m_expected.front());
+    m_expected.pop_front();
+    if (expectation.error)
+        logXError(m_log, *expectation.error);
+    expectation.handle(expectation.reply.get());
 }
 
 void Connection::handleEvent(xcb_generic_event_t const& event)
 {
     if (event.response_type == 0) {
-        logXError(m_log, reinterpret_cast<xcb_generic_error_t const&>(event));
+        auto const& error = reinterpret_cast<xcb_generic_error_t const&>(event);
+        auto const handler = m_errorHandlers.find(error.full_sequence);
+        if (handler != m_errorHandlers.end())
+            handler->second(error);
+        else
+            logXError(m_log, error);
         return;
     }
     m_handleEvent(event);
@@ -212,6 +250,7 @@ void Connection::checkAlive()
     m_isLost = true;
     m_source.end();
     m_expected.clear();
+    m_errorHandlers.clear();
     m_log.error("connection to the X server lost: %{public}s",
         { std::string(nameOfConnectionError(xcb_connection_has_error(m_connection))) });
     auto const lost = std::exchange(m_lost, nullptr);

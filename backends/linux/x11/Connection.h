@@ -9,9 +9,11 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 #include <xcb/xcb.h>
 
 namespace backends {
@@ -42,6 +44,7 @@ public:
     Atoms const& atoms() const { return m_atoms; }
     xcb_atom_t atom(AtomName name) const { return m_atoms[name]; }
     xcb_screen_t const& screen() const { return *m_screen; }
+    xcb_setup_t const& setup() const { return *xcb_get_setup(m_connection); }
     xcb_window_t root() const { return m_screen->root; }
     bool isAlive() const { return !m_isLost; }
     platform::OSLog const& log() const { return m_log; }
@@ -64,6 +67,10 @@ public:
         expect(sequence,
             [continuation = std::move(continuation)](void* reply) { continuation(static_cast<Reply const*>(reply)); });
     }
+    // For requests without a reply, sent right before: hands over the first error that the server answered them with,
+    // or null when it did them all. Their errors are the caller's affair and are not logged.
+    void askOutcome(
+        std::vector<unsigned> const& sequences, std::function<void(xcb_generic_error_t const*)> continuation);
     // A whole property, however long, of any type.
     void askProperty(
         xcb_window_t window, xcb_atom_t property, std::function<void(xcb_get_property_reply_t const*)> continuation);
@@ -80,6 +87,9 @@ private:
     struct Expectation {
         std::uint32_t sequence;
         std::function<void(void*)> handle;
+        // What has come and has to wait for its turn.
+        XHandle<void> reply;
+        XHandle<xcb_generic_error_t> error;
     };
 
     Connection(
@@ -89,7 +99,10 @@ private:
     void queryExtensions();
     // True when anything was handed out.
     bool handleQueued(bool readsWire);
-    bool handleRepliesUpTo(std::optional<std::uint32_t> sequence);
+    // Whether the next thing in the server's order can be a reply, as far as is known.
+    bool isReplyNext() const;
+    bool pollForReply();
+    void handleReply();
     void handleEvent(xcb_generic_event_t const& event);
     bool finishTurn();
     void checkAlive();
@@ -103,6 +116,9 @@ private:
     std::uint32_t m_resourceMask;
     Extension m_randr, m_shape, m_input, m_fixes, m_resources, m_keyboard;
     std::deque<Expectation> m_expected;
+    XHandle<xcb_generic_event_t> m_nextEvent;
+    // Requests whose errors somebody waits for.
+    std::map<std::uint32_t, std::function<void(xcb_generic_error_t const&)>> m_errorHandlers;
     std::function<void(xcb_generic_event_t const&)> m_handleEvent;
     std::function<void()> m_lost;
     LoopSource m_source;

@@ -20,7 +20,7 @@ void X11EventMonitor::interestDidChange()
 {
     std::set<xcb_keycode_t> wanted;
     for (auto const code : keyCodesOfInterest()) {
-        if (auto const key = m_keyboard.keycode(code))
+        if (auto const key = m_keyboard.map()->keycode(code))
             wanted.insert(*key);
     }
     auto const before = std::exchange(m_grabbed, wanted);
@@ -102,13 +102,13 @@ void X11EventMonitor::handleRelease(xcb_key_release_event_t const& event)
 
 bool X11EventMonitor::isConsumed(xcb_key_press_event_t const& event)
 {
-    auto const code = m_keyboard.virtualKeyCode(event.detail);
+    auto const code = m_keyboard.map()->virtualKeyCode(event.detail);
     if (m_isComposing || !code || !m_grabbed.contains(event.detail))
         return false;
     NSEvent key;
     key.type = EventType::KeyDown;
     key.keyCode = *code;
-    key.modifierFlags = X11Keyboard::modifierFlags(event.state);
+    key.modifierFlags = m_keyboard.modifierFlags(event.state);
     if (auto const found = m_windows.find(event.event); found != m_windows.end())
         key.window = std::weak_ptr<platform::NSWindow>(found->second.lock());
     return !deliver(key).has_value();

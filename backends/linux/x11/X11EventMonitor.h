@@ -27,6 +27,8 @@ public:
     void setComposingText(bool isComposing) { m_isComposing = isComposing; }
 
     void handle(xcb_generic_event_t const& event);
+    // While a consumed key is held the server keeps every other key until it is decided here.
+    bool holdsKeyboard() const { return m_swallowed.has_value(); }
 
 protected:
     void interestDidChange() override;

@@ -1,40 +1,50 @@
 #pragma once
 
 #include "backends/linux/x11/Connection.h"
-#include "platform/appkit/NSEventModifierFlags.h"
+#include "backends/linux/x11/KeyboardMap.h"
 
-#include <cstdint>
 #include <functional>
-#include <map>
-#include <optional>
-#include <set>
-#include <string>
+#include <memory>
+#include <mutex>
 
 namespace backends {
 
-// Which key of this keyboard lies where, by the names that X gives to positions ("ESC", "AC01"). They do not change
-// with the layout, as virtual key codes do not.
+// The keyboard of the X server, kept up to date: layouts and modifiers that the user changes, and keyboards that are
+// plugged in. Main thread only, but for map().
 class X11Keyboard {
 public:
-    explicit X11Keyboard(Connection& connection);
+    X11Keyboard(Connection& connection, platform::HotKeyModifierKeys const& modifierKeys);
 
-    // Asks; the answers come with the next replies. didChange is called after each of them.
-    void start(std::function<void()> didChange);
+    // Asks; the answers come with the next replies. didChange is called after each round of them that brought
+    // something else.
+    enum class DetectableRepeat { Wanted, Unwanted };
+    void start(std::function<void()> didChange, DetectableRepeat detectableRepeat = DetectableRepeat::Wanted);
     void handle(xcb_generic_event_t const& event);
 
-    // Absent for a key that this keyboard has not.
-    std::optional<xcb_keycode_t> keycode(std::uint16_t virtualKeyCode) const;
-    std::optional<std::uint16_t> virtualKeyCode(xcb_keycode_t keycode) const;
+    // As it was described last; without any key until the first answer. Any thread.
+    std::shared_ptr<KeyboardMap const> map() const;
 
-    // NSEventModifierFlags of a key event's state.
-    static platform::NSEventModifierFlags modifierFlags(std::uint16_t state);
+    // Whether a held key repeats its press alone, so that each release is a real one. Not every server can.
+    bool tellsRepetitions() const { return m_tellsRepetitions; }
+    platform::HotKeyModifierKeys const& modifierKeys() const { return m_modifierKeys; }
+    // What the state of a key event says of the four modifiers and of caps lock.
+    platform::NSEventModifierFlags modifierFlags(std::uint16_t state) const;
 
 private:
-    void readNames();
+    void read();
+    void readNames(std::shared_ptr<KeyboardMap> const& map);
+    void readSymbols(std::shared_ptr<KeyboardMap> const& map);
+    void readModifiers(std::shared_ptr<KeyboardMap> const& map);
+    void publish(std::shared_ptr<KeyboardMap const> map);
 
     Connection& m_connection;
+    platform::HotKeyModifierKeys m_modifierKeys;
     std::function<void()> m_didChange;
-    std::map<std::string, xcb_keycode_t> m_keycodes;
+    std::mutex mutable m_mutex;
+    std::shared_ptr<KeyboardMap const> m_map;
+    bool m_tellsRepetitions = false;
+    bool m_isReading = false;
+    bool m_mustReadAgain = false;
 };
 
 } // namespace backends

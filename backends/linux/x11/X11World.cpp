@@ -4,7 +4,8 @@
 
 #include <algorithm>
 #include <string_view>
-#include <vector>
+#include <utility>
+#include <xcb/randr.h>
 
 namespace backends {
 
@@ -15,22 +16,22 @@ namespace {
 // How long the right to come forward waits for a window to use it.
 constexpr platform::Seconds activationTime { 2 };
 
-// Directions of _NET_WM_MOVERESIZE: the eight edges, then moving.
-constexpr std::uint32_t lastResizeDirection = 7;
+// The direction of _NET_WM_MOVERESIZE that moves.
 constexpr std::uint32_t moveDirection = 8;
 constexpr std::uint32_t fromApplication = 1;
 
 } // namespace
 
 X11World::X11World(std::unique_ptr<Connection> connection, platform::NSApplication& application, EventLoop& loop,
-    Animator& animator, platform::Clock& clock)
+    Animator& animator, platform::Clock& clock, platform::HotKeyModifierKeys const& modifierKeys)
     : m_application(application)
     , m_clock(clock)
     , m_connection(std::move(connection))
     , m_desktop(*m_connection)
     , m_screen(*m_connection, m_desktop)
-    , m_keyboard(*m_connection)
+    , m_keyboard(*m_connection, modifierKeys)
     , m_monitors(*m_connection, m_keyboard)
+    , m_hotKeys(*m_connection, m_keyboard, loop)
     , m_buttons(*m_connection,
           [this] { forEachWindow([](X11Window& window) { window.liveResize().buttonsWereReleased(); }); })
     , m_finder(*m_connection,
@@ -54,17 +55,6 @@ X11World::X11World(std::unique_ptr<Connection> connection, platform::NSApplicati
 
 X11World::~X11World() = default;
 
-template<typename Visit>
-void X11World::forEachWindow(Visit visit)
-{
-    // A copy: a visit may report, and a report may lead anywhere.
-    std::vector<std::shared_ptr<X11Window>> windows;
-    for (auto const& [xid, window] : m_windows)
-        windows.push_back(window);
-    for (auto const& window : windows)
-        visit(*window);
-}
-
 void X11World::start(std::function<void()> screenDidChange)
 {
     m_connection->start([this](auto const& event) { handleEvent(event); }, [this] { connectionWasLost(); });
@@ -77,6 +67,8 @@ void X11World::start(std::function<void()> screenDidChange)
             [this] {
                 forEachWindow([](X11Window& window) { window.windowManagerDidChange(); });
                 updateKeyWindow();
+                // The one before may have held a key.
+                m_hotKeys.tryAgain();
             },
         .compositorDidChange = [this] { forEachWindow([](X11Window& window) { window.compositorDidChange(); }); },
         .currentDesktopDidChange = {},
@@ -87,16 +79,40 @@ void X11World::start(std::function<void()> screenDidChange)
             forEachWindow([](X11Window& window) { window.scaleDidChange(); });
         screenDidChange();
     });
-    m_keyboard.start([this] { m_monitors.keyboardDidChange(); });
-    constexpr std::string_view waylandExtension = "XWAYLAND";
-    auto const cookie = xcb_query_extension(
-        m_connection->wire(), static_cast<std::uint16_t>(waylandExtension.size()), waylandExtension.data());
-    m_connection->ask<xcb_query_extension_reply_t>(
-        cookie.sequence, [this](auto const* reply) { m_isInsideWayland = reply && reply->present; });
+    m_keyboard.start([this] {
+        m_monitors.keyboardDidChange();
+        m_hotKeys.keyboardDidChange();
+    });
+    askWhetherInsideWayland();
     m_finder.start();
     // Some answers lead to a second question.
     m_connection->roundTrip();
     m_connection->roundTrip();
+}
+
+// Newer servers of that kind say so by an extension, older ones by what they call their screens.
+void X11World::askWhetherInsideWayland()
+{
+    constexpr std::string_view name = "XWAYLAND";
+    auto const extension
+        = xcb_query_extension(m_connection->wire(), static_cast<std::uint16_t>(name.size()), name.data());
+    m_connection->ask<xcb_query_extension_reply_t>(extension.sequence,
+        [this](auto const* reply) { m_isInsideWayland = m_isInsideWayland || (reply && reply->present); });
+    if (!m_connection->randr().isPresent)
+        return;
+    auto const screen = xcb_randr_get_screen_resources_current(m_connection->wire(), m_connection->root());
+    m_connection->ask<xcb_randr_get_screen_resources_current_reply_t>(screen.sequence, [this, name](auto const* reply) {
+        if (!reply || xcb_randr_get_screen_resources_current_outputs_length(reply) == 0)
+            return;
+        auto const output = xcb_randr_get_output_info(
+            m_connection->wire(), xcb_randr_get_screen_resources_current_outputs(reply)[0], reply->config_timestamp);
+        m_connection->ask<xcb_randr_get_output_info_reply_t>(output.sequence, [this, name](auto const* info) {
+            auto const* const text = info ? reinterpret_cast<char const*>(xcb_randr_get_output_info_name(info)) : "";
+            std::string_view const called(
+                text, info ? static_cast<std::size_t>(xcb_randr_get_output_info_name_length(info)) : 0);
+            m_isInsideWayland = m_isInsideWayland || called.starts_with(name);
+        });
+    });
 }
 
 void X11World::findWindows() { m_finder.scan(); }
@@ -143,106 +159,6 @@ void X11World::windowDidShow(X11Window& window)
         window.makeKeyAndOrderFront();
     m_activationEnd.reset();
     updateKeyWindow();
-}
-
-void X11World::handleEvent(xcb_generic_event_t const& event)
-{
-    m_desktop.handle(event);
-    m_screen.handle(event);
-    m_keyboard.handle(event);
-    m_monitors.handle(event);
-    m_buttons.handle(event);
-    handleWindowEvent(event);
-}
-
-void X11World::handleWindowEvent(xcb_generic_event_t const& event)
-{
-    auto const root = m_connection->root();
-    bool const isSent = (event.response_type & 0x80) != 0;
-    switch (event.response_type & 0x7F) {
-    case XCB_CREATE_NOTIFY:
-        m_finder.handleCreate(reinterpret_cast<xcb_create_notify_event_t const&>(event));
-        break;
-    case XCB_DESTROY_NOTIFY:
-        handleDestroy(reinterpret_cast<xcb_destroy_notify_event_t const&>(event).window);
-        break;
-    // Children of the root tell everything twice, once to the root's listeners.
-    case XCB_MAP_NOTIFY: {
-        auto const& map = reinterpret_cast<xcb_map_notify_event_t const&>(event);
-        if (auto const found = window(map.window); found && map.event == map.window)
-            found->handleMap();
-        break;
-    }
-    case XCB_UNMAP_NOTIFY: {
-        auto const& unmap = reinterpret_cast<xcb_unmap_notify_event_t const&>(event);
-        auto const found = window(unmap.window);
-        if (found && isSent && unmap.event == root)
-            found->handleWithdrawMessage();
-        else if (found && unmap.event == unmap.window)
-            found->handleUnmap();
-        break;
-    }
-    case XCB_REPARENT_NOTIFY: {
-        auto const& reparent = reinterpret_cast<xcb_reparent_notify_event_t const&>(event);
-        if (auto const found = window(reparent.window); found && reparent.event == reparent.window)
-            found->handleReparent(reparent.parent);
-        break;
-    }
-    case XCB_CONFIGURE_NOTIFY: {
-        auto const& configure = reinterpret_cast<xcb_configure_notify_event_t const&>(event);
-        auto const found = window(configure.window);
-        if (found && configure.event == configure.window)
-            found->handleConfigure(configure, m_buttons.isDown());
-        else if (!found && configure.event == root && configure.window != root)
-            forEachWindow([&](X11Window& inside) { inside.handleParentConfigure(configure.window); });
-        break;
-    }
-    case XCB_PROPERTY_NOTIFY: {
-        auto const& property = reinterpret_cast<xcb_property_notify_event_t const&>(event);
-        if (auto const found = window(property.window))
-            found->handleProperty(property.atom);
-        break;
-    }
-    case XCB_FOCUS_IN:
-    case XCB_FOCUS_OUT:
-        handleFocus(reinterpret_cast<xcb_focus_in_event_t const&>(event));
-        break;
-    case XCB_CLIENT_MESSAGE:
-        handleMessage(reinterpret_cast<xcb_client_message_event_t const&>(event));
-        break;
-    default:
-        break;
-    }
-}
-
-void X11World::handleFocus(xcb_focus_in_event_t const& event)
-{
-    // A grab takes the keyboard for a moment only, and below the window the focus is the toolkit's affair.
-    if (event.mode == XCB_NOTIFY_MODE_GRAB || event.mode == XCB_NOTIFY_MODE_UNGRAB
-        || event.detail == XCB_NOTIFY_DETAIL_INFERIOR || event.detail == XCB_NOTIFY_DETAIL_POINTER)
-        return;
-    if ((event.response_type & 0x7F) == XCB_FOCUS_IN)
-        m_focused = event.event;
-    else if (m_focused == event.event)
-        m_focused = XCB_WINDOW_NONE;
-    updateKeyWindow();
-}
-
-void X11World::handleMessage(xcb_client_message_event_t const& event)
-{
-    if (event.type != m_connection->atom(AtomName::NET_WM_MOVERESIZE) || event.format != 32)
-        return;
-    auto const found = window(event.window);
-    // A toolkit that draws its own edges asks the window manager to drag one.
-    if (found && found->wantsLiveResize() && m_buttons.isDown() && event.data.data32[2] <= lastResizeDirection)
-        found->liveResize().start();
-}
-
-void X11World::handleDestroy(xcb_window_t xid)
-{
-    // Holds the window to the end of its last report.
-    if (auto const found = window(xid))
-        remove(found);
 }
 
 void X11World::remove(std::shared_ptr<X11Window> const& window)
@@ -321,6 +237,7 @@ void X11World::activate() { m_activationEnd = m_clock.now() + activationTime; }
 
 void X11World::connectionWasLost()
 {
+    m_hotKeys.connectionWasLost();
     forEachWindow(
         [this](X11Window& window) { remove(std::static_pointer_cast<X11Window>(window.shared_from_this())); });
 }

@@ -7,6 +7,7 @@
 #include "backends/linux/x11/X11Context.h"
 #include "backends/linux/x11/X11Desktop.h"
 #include "backends/linux/x11/X11EventMonitor.h"
+#include "backends/linux/x11/X11HotKeys.h"
 #include "backends/linux/x11/X11Keyboard.h"
 #include "backends/linux/x11/X11Screen.h"
 #include "backends/linux/x11/X11Window.h"
@@ -16,6 +17,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace platform {
 class NSApplication;
@@ -28,7 +30,7 @@ namespace backends {
 class X11World {
 public:
     X11World(std::unique_ptr<Connection> connection, platform::NSApplication& application, EventLoop& loop,
-        Animator& animator, platform::Clock& clock);
+        Animator& animator, platform::Clock& clock, platform::HotKeyModifierKeys const& modifierKeys);
     ~X11World();
 
     // Waits for a few answers about the desktop. Windows are not looked for yet.
@@ -40,6 +42,8 @@ public:
     // Whether the server is one inside a Wayland session.
     bool isInsideWayland() const { return m_isInsideWayland; }
     X11EventMonitor& eventMonitors() { return m_monitors; }
+    X11HotKeys& hotKeys() { return m_hotKeys; }
+    X11Keyboard const& keyboard() const { return m_keyboard; }
     X11Screen const& screen() const { return m_screen; }
     std::optional<platform::NSScreen> mainScreen() const;
 
@@ -50,6 +54,7 @@ public:
     void activate();
 
 private:
+    void askWhetherInsideWayland();
     void handleEvent(xcb_generic_event_t const& event);
     void handleWindowEvent(xcb_generic_event_t const& event);
     void handleFocus(xcb_focus_in_event_t const& event);
@@ -62,8 +67,16 @@ private:
     void updateKeyWindow();
     void updateWatching();
     void connectionWasLost();
+    // A copy of the list: a visit may report, and a report may lead anywhere.
     template<typename Visit>
-    void forEachWindow(Visit visit);
+    void forEachWindow(Visit visit)
+    {
+        std::vector<std::shared_ptr<X11Window>> windows;
+        for (auto const& [xid, window] : m_windows)
+            windows.push_back(window);
+        for (auto const& window : windows)
+            visit(*window);
+    }
 
     platform::NSApplication& m_application;
     platform::Clock& m_clock;
@@ -72,6 +85,7 @@ private:
     X11Screen m_screen;
     X11Keyboard m_keyboard;
     X11EventMonitor m_monitors;
+    X11HotKeys m_hotKeys;
     PointerButtons m_buttons;
     WindowFinder m_finder;
     X11Context m_context;

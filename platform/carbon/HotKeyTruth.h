@@ -2,7 +2,7 @@
 
 #include <string>
 
-namespace backends {
+namespace platform {
 
 // How far hot keys reach in this session.
 enum class HotKeyAvailability {
@@ -54,4 +54,4 @@ struct HotKeyModifierKeys {
     bool operator==(HotKeyModifierKeys const&) const = default;
 };
 
-} // namespace backends
+} // namespace platform
