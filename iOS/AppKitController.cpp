@@ -24,6 +24,7 @@ std::shared_ptr<AppKitController> AppKitController::create(platform::Platform& p
 AppKitController::AppKitController(platform::Platform& platform)
     : m_platform(platform)
     , m_mailScriptRunner(MailScriptRunner::create(platform))
+    , m_globalShortcutController(GlobalShortcutController::create(platform))
     , m_windowManager(WindowManager::create(platform))
 {
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "iOS/GlobalShortcutController.h"
 #include "iOS/MailScriptRunner.h"
 #include "iOS/WindowManager.h"
 #include "platform/foundation/NotificationCenter.h"
@@ -35,6 +36,7 @@ private:
 
     platform::Platform& m_platform;
     std::shared_ptr<MailScriptRunner> m_mailScriptRunner;
+    std::shared_ptr<GlobalShortcutController> m_globalShortcutController;
     std::vector<std::shared_ptr<platform::ObservationToken>> m_notificationObservers;
     std::shared_ptr<WindowManager> m_windowManager;
 };

@@ -1,4 +1,5 @@
 #include "iOS/AppKitController.h"
+#include "iOS/GlobalShortcutController.h"
 #include "iOS/HostNameProvider.h"
 #include "iOS/WindowIdentifier.h"
 #include "iOS/WindowManager.h"
@@ -48,6 +49,7 @@ char const PaneweldVersionString[] = PANEWELD_VERSION;
     if (std::strcmp(platform::libraryVersion(), PANEWELD_VERSION) != 0)
         return "the plug-in was built for version " PANEWELD_VERSION " of the library and another one is loaded";
     exportClass(bundlePath, withMaker<paneweld::AppKitController>());
+    exportClass(bundlePath, withMaker<paneweld::GlobalShortcutController>());
     exportClass(bundlePath, withMaker<paneweld::WindowManager>());
     exportClass(bundlePath, paneweld::HostNameProvider::runtimeClass(&Platform::current));
     exportClass(bundlePath, paneweld::WindowIdentifier::runtimeClass());
