@@ -27,7 +27,8 @@ std::unique_ptr<T, Free> owned(T* reply)
 } // namespace
 
 Client::Client(std::string const& display)
-    : m_connection(xcb_connect(display.c_str(), nullptr))
+    : m_display(display)
+    , m_connection(xcb_connect(display.c_str(), nullptr))
     , m_screen(nullptr)
 {
     if (xcb_connection_has_error(m_connection)) {

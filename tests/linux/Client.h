@@ -30,6 +30,7 @@ public:
     Client& operator=(Client const&) = delete;
 
     xcb_connection_t* wire() const { return m_connection; }
+    std::string const& display() const { return m_display; }
     int descriptor() const { return xcb_get_file_descriptor(m_connection); }
     xcb_window_t root() const { return m_screen->root; }
     xcb_screen_t const& screen() const { return *m_screen; }
@@ -71,6 +72,7 @@ public:
     void sendToRoot(xcb_window_t about, std::string const& type, std::vector<std::uint32_t> const& data);
 
 private:
+    std::string m_display;
     xcb_connection_t* m_connection;
     xcb_screen_t* m_screen;
 };

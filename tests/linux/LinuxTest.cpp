@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
 #include <poll.h>
 
 namespace paneweld_tests {
@@ -20,7 +21,14 @@ constexpr int lookAgainMilliseconds = 5;
 
 } // namespace
 
-LinuxTest::LinuxTest() = default;
+LinuxTest::LinuxTest()
+{
+    // A plain session of X and no bus, whatever the tests are run in.
+    for (auto const* name :
+        { "WAYLAND_DISPLAY", "XDG_SESSION_TYPE", "XDG_CURRENT_DESKTOP", "DBUS_SESSION_BUS_ADDRESS", "XDG_RUNTIME_DIR" })
+        unsetenv(name);
+}
+
 LinuxTest::~LinuxTest() = default;
 
 void LinuxTest::start(With with)
@@ -37,9 +45,8 @@ void LinuxTest::start(With with)
     settle();
 }
 
-void LinuxTest::installBackend()
+void LinuxTest::installBackend(backends::LinuxOptions options)
 {
-    backends::LinuxOptions options;
     options.display = desktop->display();
     auto made = backends::makeLinuxPlatform(options);
     ASSERT_TRUE(made.hasValue());

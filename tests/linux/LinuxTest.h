@@ -28,7 +28,7 @@ protected:
 
     void start(With with);
     // The backend alone, on a desktop that is there already.
-    void installBackend();
+    void installBackend(backends::LinuxOptions options = {});
     void hearEverything();
     // Runs the loops until the condition holds; false, with the last news printed, when it does not come in time.
     bool pumpUntil(std::function<bool()> condition);

@@ -21,9 +21,9 @@
 
 namespace paneweld_tests {
 
-using backends::ModifierKey;
 using backends::outputOfProgram;
 using backends::SystemShortcuts;
+using platform::ModifierKey;
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
@@ -63,7 +63,7 @@ protected:
         ASSERT_EQ(chmod(path.c_str(), 0755), 0);
         setenv("PATH", (folder.path() + "/bin:" + std::getenv("PATH")).c_str(), 1);
     }
-    SystemShortcuts shortcuts(SystemShortcuts::Layout layout = {}, backends::HotKeyModifierKeys modifiers = {})
+    SystemShortcuts shortcuts(SystemShortcuts::Layout layout = {}, platform::HotKeyModifierKeys modifiers = {})
     {
         return { modifiers, std::move(layout), platform::OSLog(log, "s", "c") };
     }
@@ -152,7 +152,7 @@ TEST_F(SystemShortcutsTest, FollowTheLayoutAndTheChosenModifiers)
     };
     // A key that writes the letter twice counts twice; what the layout does not know lies as on an ANSI keyboard.
     EXPECT_EQ(combinations(shortcuts(layout)), (Texts { "100/12", "100/10", "800/11", "1200/8" }));
-    backends::HotKeyModifierKeys const swapped { ModifierKey::Control, ModifierKey::Super, ModifierKey::Hyper };
+    platform::HotKeyModifierKeys const swapped { ModifierKey::Control, ModifierKey::Super, ModifierKey::Hyper };
     // With Control as command, and no modifier that is Alt.
     EXPECT_EQ(combinations(shortcuts({}, swapped)), (Texts { "800/0", "300/8" }));
 }

@@ -4,6 +4,8 @@
 #include "platform/foundation/NotificationCenter.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <functional>
 #include <gtest/gtest.h>
 #include <memory>
 #include <string>
@@ -38,6 +40,21 @@ protected:
     void refuseToClose(platform::NSWindow& window) { memory(window).setRefusesClose(true); }
     // The user presses Escape; true when it reached the window that has the keyboard.
     bool pressEscape() { return world->pressKey(platform::keyCodeEscape); }
+
+    // A hot key's combination, with the fingers of the user.
+    void pressCombination(std::uint32_t keyCode, std::uint32_t modifiers)
+    {
+        world->hotKeys().press(keyCode, modifiers);
+    }
+    void releaseCombination(std::uint32_t keyCode, std::uint32_t modifiers)
+    {
+        world->hotKeys().release(keyCode, modifiers);
+    }
+    // Another program has it from now on.
+    void holdElsewhere(std::uint32_t keyCode, std::uint32_t modifiers)
+    {
+        world->hotKeys().setHeldElsewhere(keyCode, modifiers);
+    }
 
     bool pumpUntil(std::function<bool()> const& condition)
     {

@@ -1,12 +1,16 @@
 #pragma once
 
 #include "platform/Platform.h"
+#include "platform/carbon/EventHotKeys.h"
+#include "tests/linux/KeyboardOwner.h"
 #include "tests/linux/LinuxTest.h"
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 // A desktop with an X server and openbox as a stage, in the same words as the memory world.
 class X11Stage : public paneweld_tests::LinuxTest {
@@ -67,11 +71,65 @@ protected:
         return toolkit->pressedKeys.size() > pressesBefore;
     }
 
+    void pressCombination(std::uint32_t keyCode, std::uint32_t modifiers)
+    {
+        for (auto const key : keysOf(keyCode, modifiers))
+            user().press(key);
+        settle();
+    }
+
+    void releaseCombination(std::uint32_t keyCode, std::uint32_t modifiers)
+    {
+        for (auto const key : keysOf(keyCode, modifiers))
+            user().release(key);
+        settle();
+    }
+
+    void holdElsewhere(std::uint32_t keyCode, std::uint32_t modifiers)
+    {
+        std::uint16_t bits = 0;
+        for (auto const& [bit, unused, serverBit] : modifierKeys)
+            bits = static_cast<std::uint16_t>(bits | (modifiers & bit ? serverBit : 0));
+        EXPECT_TRUE(user().grab(*paneweld_tests::evdevKeycode(keyCode), bits));
+    }
+
 private:
+    struct Modifier {
+        std::uint32_t bit;
+        xcb_keycode_t key;
+        std::uint16_t serverBit;
+    };
+    static constexpr Modifier modifierKeys[] {
+        { platform::cmdKey, paneweld_tests::leftSuperKey, XCB_MOD_MASK_4 },
+        { platform::optionKey, paneweld_tests::leftAltKey, XCB_MOD_MASK_1 },
+        { platform::controlKey, paneweld_tests::leftControlKey, XCB_MOD_MASK_CONTROL },
+        { platform::shiftKey, paneweld_tests::leftShiftKey, XCB_MOD_MASK_SHIFT },
+    };
+
+    static std::vector<xcb_keycode_t> keysOf(std::uint32_t keyCode, std::uint32_t modifiers)
+    {
+        std::vector<xcb_keycode_t> keys;
+        for (auto const& modifier : modifierKeys) {
+            if (modifiers & modifier.bit)
+                keys.push_back(modifier.key);
+        }
+        keys.push_back(*paneweld_tests::evdevKeycode(keyCode));
+        return keys;
+    }
+
+    paneweld_tests::KeyboardOwner& user()
+    {
+        if (!m_user)
+            m_user = std::make_unique<paneweld_tests::KeyboardOwner>(desktop->display());
+        return *m_user;
+    }
+
     std::ptrdiff_t reports(std::string const& kind) const
     {
         return std::count_if(news.begin(), news.end(), [&](auto const& line) { return line.starts_with(kind + " "); });
     }
 
     xcb_window_t handle(platform::NSWindow& known) { return *backend->x11Window(known); }
+
+    std::unique_ptr<paneweld_tests::KeyboardOwner> m_user;
 };

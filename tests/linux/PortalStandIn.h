@@ -1,0 +1,84 @@
+#pragma once
+
+#include "platform/foundation/Value.h"
+
+#include <atomic>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+struct sd_bus;
+struct sd_bus_message;
+
+namespace paneweld_tests {
+
+// A desktop's portal of our own on a test's bus, as far as shortcuts go, with a user who answers as the test says. It
+// lives on a thread of its own. What it was asked is written down in order: "Register app.test", "version",
+// "CreateSession", "ListShortcuts", "BindShortcuts id trigger", "Close session", "Close request".
+class PortalStandIn {
+public:
+    struct Manners {
+        // Absent methods, as of a portal that is too old.
+        bool hasShortcuts = true;
+        // The codes of the responses: 0 yes, 1 the user declined, 2 otherwise.
+        std::uint32_t sessionCode = 0;
+        std::uint32_t bindCode = 0;
+        // What the user must press, in the desktop's words. Empty: nothing was bound, whatever the code.
+        std::string trigger = "Ctrl+Alt+N";
+        // Remembered from earlier: listed at once.
+        bool knowsShortcut = false;
+        // The user takes their time for ever.
+        bool neverAnswersBind = false;
+        // A session that is no object path.
+        bool isMalformed = false;
+    };
+
+    // Returns when it has its name on the bus.
+    PortalStandIn(std::string busAddress, Manners manners);
+    explicit PortalStandIn(std::string busAddress)
+        : PortalStandIn(std::move(busAddress), Manners {})
+    {
+    }
+    ~PortalStandIn();
+    PortalStandIn(PortalStandIn const&) = delete;
+    PortalStandIn& operator=(PortalStandIn const&) = delete;
+
+    std::vector<std::string> calls() const;
+    int count(std::string const& call) const;
+    // The session that was made last, and the shortcut that was bound last.
+    std::string session() const;
+    std::string shortcut() const;
+
+    // The user presses the shortcut of the session and lets it go; or that of another one.
+    void press(bool isDown) { sendPress(isDown, session(), shortcut()); }
+    void sendPress(bool isDown, std::string const& session, std::string const& shortcut);
+    // The user gives it other keys, or none.
+    void changeTrigger(std::string const& trigger);
+    void closeSession();
+
+private:
+    int handleCall(sd_bus_message* message);
+    void respond(sd_bus_message* call, std::uint32_t code, std::function<void(sd_bus_message*)> const& results);
+    void appendShortcuts(sd_bus_message* message, bool hasShortcut);
+    void onThread(std::function<void()> work);
+    void run();
+
+    std::string m_address;
+    Manners m_manners;
+    mutable std::mutex m_mutex;
+    std::vector<std::string> m_calls;
+    std::string m_session;
+    std::string m_shortcut;
+    std::vector<std::function<void()>> m_work;
+    sd_bus* m_bus = nullptr;
+    std::atomic<bool> m_isReady = false;
+    std::atomic<bool> m_isEnding = false;
+    int m_wakeDescriptor;
+    int m_sessionCount = 0;
+    std::thread m_thread;
+};
+
+} // namespace paneweld_tests

@@ -1,0 +1,354 @@
+#include "tests/linux/HotKeysTest.h"
+#include "tests/linux/PortalStandIn.h"
+#include "tests/linux/SessionBus.h"
+
+#include <chrono>
+#include <cstdlib>
+#include <poll.h>
+
+namespace paneweld_tests {
+
+using platform::cmdKey;
+using platform::HotKeyAvailability;
+using platform::HotKeyResult;
+using platform::HotKeyTruth;
+using platform::shiftKey;
+
+namespace {
+
+constexpr std::uint32_t n = 45;
+constexpr xcb_keycode_t nKey = 57;
+
+// Sessions of every kind, and what is said of them.
+class ShortcutSession : public HotKeysTest {
+protected:
+    using Calls = std::vector<std::string>;
+
+    void openWayland()
+    {
+        desktop = std::make_unique<Desktop>();
+        setenv("WAYLAND_DISPLAY", "wayland-7", 1);
+        openBackend();
+    }
+
+    void openBackend()
+    {
+        toolkit = std::make_unique<Toolkit>(desktop->display());
+        onlooker = std::make_unique<Onlooker>(desktop->display());
+        backends::LinuxOptions options;
+        options.bundleIdentifier = "app.test";
+        options.hotKeyDescription = "Start a new brainstorm";
+        installBackend(options);
+        listen();
+        backend->eventHotKeys()->setTruthHandler([this] { told.push_back(truth()); });
+    }
+
+    HotKeyTruth truth() { return backend->eventHotKeys()->truth(); }
+
+    void waitFor(HotKeyAvailability availability)
+    {
+        pumpUntil([&] { return truth().availability == availability; });
+    }
+
+    bool isGrabbed() { return !user->isFree(nKey, XCB_MOD_MASK_4); }
+
+    std::vector<HotKeyTruth> told;
+};
+
+} // namespace
+
+TEST_F(ShortcutSession, XAloneIsGlobalAndAsksNobody)
+{
+    SessionBus const bus;
+    PortalStandIn const portal(bus.address());
+    desktop = std::make_unique<Desktop>();
+    openBackend();
+    EXPECT_EQ(truth().availability, HotKeyAvailability::X11Global);
+    EXPECT_EQ(truth().lastRegistration, HotKeyResult::None);
+    auto const key = registered(n, cmdKey);
+    EXPECT_EQ(truth(), (HotKeyTruth { HotKeyAvailability::X11Global, HotKeyResult::Active, "", "" }));
+    settle();
+    EXPECT_EQ(portal.calls(), Calls {});
+}
+
+TEST_F(ShortcutSession, WaylandWithoutABusReachesOnlyWindowsOfX)
+{
+    openWayland();
+    EXPECT_EQ(truth().availability, HotKeyAvailability::XWaylandFocusedOnly);
+    auto const key = registered(n, cmdKey);
+    EXPECT_EQ(truth().availability, HotKeyAvailability::XWaylandFocusedOnly);
+    EXPECT_EQ(truth().lastRegistration, HotKeyResult::Active);
+    strike({ leftSuperKey, nKey });
+    EXPECT_EQ(heard, once(1));
+}
+
+TEST_F(ShortcutSession, WaylandWithoutAPortalReachesOnlyWindowsOfX)
+{
+    SessionBus const bus;
+    openWayland();
+    auto const key = registered(n, cmdKey);
+    pumpUntil([&] { return truth().lastRegistration == HotKeyResult::Active; });
+    EXPECT_EQ(truth().availability, HotKeyAvailability::XWaylandFocusedOnly);
+    EXPECT_TRUE(isGrabbed());
+}
+
+TEST_F(ShortcutSession, APortalThatBindsIsUsedAlone)
+{
+    SessionBus const bus;
+    PortalStandIn portal(bus.address());
+    openWayland();
+    settle();
+    EXPECT_EQ(portal.calls(), Calls {});
+    auto const start = std::chrono::steady_clock::now();
+    auto const key = registered(n, cmdKey | shiftKey);
+    waitFor(HotKeyAvailability::PortalBound);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(500));
+    EXPECT_EQ(truth(), (HotKeyTruth { HotKeyAvailability::PortalBound, HotKeyResult::Active, "Ctrl+Alt+N", "" }));
+    EXPECT_EQ(portal.calls(),
+        (Calls { "Register app.test", "version", "CreateSession", "ListShortcuts",
+            "BindShortcuts hotkey-45-768 SHIFT+LOGO+n \"Start a new brainstorm\"" }));
+    // The grab has gone: the press of the desktop is the only one.
+    settle();
+    EXPECT_TRUE(user->isFree(nKey, XCB_MOD_MASK_4 | XCB_MOD_MASK_SHIFT));
+    portal.press(true);
+    portal.press(true);
+    portal.press(false);
+    pumpUntil([&] { return heard.size() == 2; });
+    EXPECT_EQ(heard, once(1));
+    ASSERT_FALSE(told.empty());
+    EXPECT_EQ(told.back(), truth());
+}
+
+TEST_F(ShortcutSession, WhatTheDesktopRemembersIsNotAskedAgain)
+{
+    SessionBus const bus;
+    PortalStandIn::Manners manners;
+    manners.knowsShortcut = true;
+    PortalStandIn const portal(bus.address(), manners);
+    openWayland();
+    auto const key = registered(n, cmdKey);
+    waitFor(HotKeyAvailability::PortalBound);
+    EXPECT_EQ(portal.count("ListShortcuts"), 1);
+    EXPECT_EQ(portal.count("BindShortcuts"), 0);
+}
+
+TEST_F(ShortcutSession, TheSameShortcutAgainKeepsItsBinding)
+{
+    SessionBus const bus;
+    PortalStandIn portal(bus.address());
+    openWayland();
+    auto key = registered(n, cmdKey);
+    waitFor(HotKeyAvailability::PortalBound);
+    auto const calls = portal.calls();
+    key.reset();
+    EXPECT_EQ(truth().lastRegistration, HotKeyResult::None);
+    portal.press(true);
+    portal.press(false);
+    key = registered(n, cmdKey, 2);
+    EXPECT_EQ(truth().lastRegistration, HotKeyResult::Active);
+    portal.press(true);
+    portal.press(false);
+    pumpUntil([&] { return heard.size() >= 2; });
+    EXPECT_EQ(heard.back(), (Heard { 2, false }));
+    EXPECT_EQ(portal.calls(), calls);
+}
+
+TEST_F(ShortcutSession, AnotherShortcutHasASessionOfItsOwn)
+{
+    SessionBus const bus;
+    PortalStandIn portal(bus.address());
+    openWayland();
+    auto key = registered(n, cmdKey);
+    waitFor(HotKeyAvailability::PortalBound);
+    auto const oldSession = portal.session(), oldShortcut = portal.shortcut();
+    key.reset();
+    key = registered(n, cmdKey | shiftKey, 2);
+    waitFor(HotKeyAvailability::PortalBound);
+    EXPECT_EQ(portal.count("Register"), 1);
+    EXPECT_EQ(portal.count("CreateSession"), 2);
+    EXPECT_EQ(portal.count("ListShortcuts"), 2);
+    EXPECT_EQ(portal.count("BindShortcuts"), 2);
+    EXPECT_EQ(portal.count("Close session"), 1);
+    EXPECT_NE(portal.session(), oldSession);
+    // What the desktop still says of the old one is not ours any more.
+    portal.sendPress(true, oldSession, oldShortcut);
+    portal.sendPress(true, portal.session(), "another");
+    portal.sendPress(true, oldSession, portal.shortcut());
+    portal.press(true);
+    portal.press(false);
+    pumpUntil([&] { return heard.size() >= 2; });
+    EXPECT_EQ(heard, once(2));
+}
+
+TEST_F(ShortcutSession, AUserWhoDeclinesIsNotAskedAgain)
+{
+    SessionBus const bus;
+    PortalStandIn::Manners manners;
+    manners.bindCode = 1;
+    PortalStandIn portal(bus.address(), manners);
+    openWayland();
+    auto key = registered(n, cmdKey);
+    waitFor(HotKeyAvailability::PortalDeclined);
+    EXPECT_EQ(truth().lastRegistration, HotKeyResult::Declined);
+    settle();
+    EXPECT_FALSE(isGrabbed());
+    auto const calls = portal.calls();
+    key.reset();
+    key = registered(n, cmdKey | shiftKey, 2);
+    settle();
+    EXPECT_EQ(truth().lastRegistration, HotKeyResult::Declined);
+    EXPECT_EQ(portal.calls(), calls);
+}
+
+TEST_F(ShortcutSession, AYesWithAnEmptyListIsNoBinding)
+{
+    SessionBus const bus;
+    PortalStandIn::Manners manners;
+    manners.trigger = "";
+    PortalStandIn portal(bus.address(), manners);
+    openWayland();
+    auto const key = registered(n, cmdKey);
+    pumpUntil([&] { return truth().lastRegistration == HotKeyResult::Active; });
+    EXPECT_EQ(truth().availability, HotKeyAvailability::XWaylandFocusedOnly);
+    EXPECT_EQ(portal.count("BindShortcuts"), 1);
+    EXPECT_TRUE(isGrabbed());
+    // The user goes to the desktop's settings and gives it keys.
+    portal.changeTrigger("Meta+N");
+    waitFor(HotKeyAvailability::PortalBound);
+    EXPECT_EQ(truth().trigger, "Meta+N");
+    settle();
+    EXPECT_FALSE(isGrabbed());
+    // And takes them away.
+    portal.changeTrigger("");
+    waitFor(HotKeyAvailability::XWaylandFocusedOnly);
+}
+
+TEST_F(ShortcutSession, OldOrBrokenPortalsLeaveTheGrab)
+{
+    SessionBus const bus;
+    PortalStandIn::Manners manners;
+    manners.hasShortcuts = false;
+    {
+        PortalStandIn const old(bus.address(), manners);
+        openWayland();
+        auto const key = registered(n, cmdKey);
+        pumpUntil([&] { return truth().lastRegistration == HotKeyResult::Active; });
+        EXPECT_EQ(old.calls(), (Calls { "Register app.test", "version" }));
+        EXPECT_TRUE(isGrabbed());
+    }
+    manners.hasShortcuts = true;
+    manners.isMalformed = true;
+    PortalStandIn const broken(bus.address(), manners);
+    auto const key = registered(n, cmdKey);
+    pumpUntil([&] { return broken.count("CreateSession") == 1 && truth().lastRegistration == HotKeyResult::Active; });
+    EXPECT_EQ(truth().availability, HotKeyAvailability::XWaylandFocusedOnly);
+}
+
+TEST_F(ShortcutSession, APortalThatGoesAndComesBackBindsAgain)
+{
+    SessionBus const bus;
+    auto portal = std::make_unique<PortalStandIn>(bus.address());
+    openWayland();
+    auto const key = registered(n, cmdKey);
+    waitFor(HotKeyAvailability::PortalBound);
+    portal->press(true);
+    pumpUntil([&] { return heard.size() == 1; });
+    portal.reset();
+    waitFor(HotKeyAvailability::XWaylandFocusedOnly);
+    pumpUntil([&] { return truth().lastRegistration == HotKeyResult::Active; });
+    // What was down when it went is up.
+    EXPECT_EQ(heard, once(1));
+    EXPECT_TRUE(isGrabbed());
+    portal = std::make_unique<PortalStandIn>(bus.address());
+    waitFor(HotKeyAvailability::PortalBound);
+    EXPECT_EQ(portal->count("ListShortcuts"), 1);
+    EXPECT_EQ(portal->count("BindShortcuts"), 1);
+    settle();
+    EXPECT_FALSE(isGrabbed());
+    portal->press(true);
+    portal->press(false);
+    pumpUntil([&] { return heard.size() == 4; });
+}
+
+TEST_F(ShortcutSession, AUserWhoTakesTheirTimeIsWaitedForAndTheGrabServesMeanwhile)
+{
+    SessionBus const bus;
+    PortalStandIn::Manners manners;
+    manners.neverAnswersBind = true;
+    PortalStandIn portal(bus.address(), manners);
+    openWayland();
+    auto made = backend->eventHotKeys()->registerEventHotKey(n, cmdKey, { 1, 1 });
+    pumpUntil([&] { return portal.count("BindShortcuts") == 1; });
+    settle();
+    EXPECT_EQ(truth(), (HotKeyTruth { HotKeyAvailability::XWaylandFocusedOnly, HotKeyResult::Pending, "", "" }));
+    strike({ leftSuperKey, nKey });
+    EXPECT_EQ(heard, once(1));
+    // The host thinks better of it: the question is taken back.
+    made.reference.reset();
+    made = backend->eventHotKeys()->registerEventHotKey(n, cmdKey | shiftKey, { 1, 2 });
+    pumpUntil([&] { return portal.count("BindShortcuts") == 2; });
+    EXPECT_EQ(portal.count("Close request"), 1);
+    EXPECT_EQ(portal.count("Close session"), 1);
+}
+
+TEST_F(ShortcutSession, ASessionThatTheDesktopEndsIsNotBoundAnyMore)
+{
+    SessionBus const bus;
+    PortalStandIn portal(bus.address());
+    openWayland();
+    auto const key = registered(n, cmdKey);
+    waitFor(HotKeyAvailability::PortalBound);
+    portal.closeSession();
+    waitFor(HotKeyAvailability::XWaylandFocusedOnly);
+    pumpUntil([&] { return truth().lastRegistration == HotKeyResult::Active; });
+    EXPECT_EQ(portal.count("BindShortcuts"), 1);
+}
+
+TEST_F(ShortcutSession, ABusThatDiesIsTold)
+{
+    SessionBus bus;
+    PortalStandIn const portal(bus.address());
+    openWayland();
+    auto const key = registered(n, cmdKey);
+    waitFor(HotKeyAvailability::PortalBound);
+    bus.end();
+    waitFor(HotKeyAvailability::XWaylandFocusedOnly);
+    pumpUntil([&] { return truth().lastRegistration == HotKeyResult::Active; });
+}
+
+TEST_F(ShortcutSession, WithoutAServerThePortalStillBinds)
+{
+    SessionBus const bus;
+    PortalStandIn portal(bus.address());
+    setenv("WAYLAND_DISPLAY", "wayland-7", 1);
+    unsetenv("DISPLAY");
+    auto made = backends::makeLinuxPlatform({});
+    ASSERT_TRUE(made.hasValue());
+    auto const world = made.take();
+    auto& service = *world->eventHotKeys();
+    EXPECT_EQ(service.truth().availability, HotKeyAvailability::Unavailable);
+    auto const key = service.registerEventHotKey(n, cmdKey, { 1, 1 });
+    EXPECT_EQ(key.status, platform::noErr);
+    auto const end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (service.truth().availability != HotKeyAvailability::PortalBound && std::chrono::steady_clock::now() < end) {
+        pollfd wait { world->pollableDescriptor(), POLLIN, 0 };
+        poll(&wait, 1, 5);
+        world->dispatch();
+    }
+    EXPECT_EQ(service.truth().lastRegistration, HotKeyResult::Active);
+    EXPECT_EQ(portal.count("BindShortcuts hotkey-45-256 LOGO+n"), 1);
+}
+
+TEST_F(ShortcutSession, WithoutAServerAndAPortalThereIsNobodyToAsk)
+{
+    unsetenv("DISPLAY");
+    auto made = backends::makeLinuxPlatform({});
+    ASSERT_TRUE(made.hasValue());
+    auto const world = made.take();
+    auto const key = world->eventHotKeys()->registerEventHotKey(n, cmdKey, { 1, 1 });
+    EXPECT_EQ(key.status, platform::noErr);
+    EXPECT_EQ(world->eventHotKeys()->truth(),
+        (HotKeyTruth { HotKeyAvailability::Unavailable, HotKeyResult::Unavailable, "", "" }));
+}
+
+} // namespace paneweld_tests
