@@ -163,6 +163,16 @@ TEST_F(HotKeys, WhatAnotherClientHoldsIsTold)
     EXPECT_TRUE(heard.empty());
 }
 
+TEST_F(HotKeys, WhatTheWindowManagerHoldsIsToldAndTakenWhenItHasGone)
+{
+    open(With::WindowManager);
+    constexpr std::uint32_t tab = 48;
+    auto const key = registered(tab, optionKey);
+    EXPECT_EQ(result(), HotKeyResult::HeldByAnotherClient);
+    desktop->endWindowManager();
+    pumpUntil([&] { return result() == HotKeyResult::Active; });
+}
+
 TEST_F(HotKeys, WhatAnotherClientHoldsForAMomentIsTakenWhenItIsFree)
 {
     open();

@@ -131,6 +131,31 @@ TEST_F(Loading, TypesAreTheSameOnBothSidesOfTheBorder)
     EXPECT_TRUE(platform::perform(*object, "observeNotifications"));
 }
 
+TEST_F(Loading, TheShortcutIsToldToThePlugInAndItsTruthToTheHost)
+{
+    auto const host = start();
+    auto const controller = NSBundle::appKitController(*host->plugin());
+    // There is no server here: nothing works, and nothing pretends to.
+    using platform::HotKeyResult;
+    EXPECT_EQ(host->shortcutTruth().lastRegistration, HotKeyResult::None);
+    int changes = 0;
+    host->setShortcutTruthHandler([&] { ++changes; });
+    auto const update = [](bool isEnabled) {
+        platform::NotificationCenter::defaultCenter().post({ NotificationName::updateGlobalNewBrainstormShortcut(),
+            nullptr, UpdateGlobalNewBrainstormShortcut { 45, 0x100, isEnabled }.userInfo() });
+    };
+    update(true);
+    EXPECT_EQ(host->shortcutTruth().availability, platform::HotKeyAvailability::Unavailable);
+    EXPECT_EQ(host->shortcutTruth().lastRegistration, HotKeyResult::Unavailable);
+    host->dispatch();
+    EXPECT_EQ(changes, 1);
+    update(false);
+    EXPECT_EQ(host->shortcutTruth().lastRegistration, HotKeyResult::None);
+    auto const* const exported = platform::ClassRegistry::shared().classFromString("PaneweldGlobalShortcutController");
+    ASSERT_TRUE(exported);
+    EXPECT_TRUE(exported->allocInit());
+}
+
 TEST_F(Loading, TextsComeInTheUsersLanguage)
 {
     setenv("LC_ALL", "de_DE.UTF-8", 1);

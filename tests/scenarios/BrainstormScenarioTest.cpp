@@ -99,3 +99,23 @@ TEST_F(BrainstormScenario, LiveResizeHoldsTheHostBack)
     world.advance(Seconds { 1 });
     expect("live-resize-holds-the-host-back");
 }
+
+TEST_F(BrainstormScenario, FromTheShortcutToAPanel)
+{
+    constexpr std::uint32_t n = 45, controlAndOption = 0x1800;
+    auto const& update = NotificationName::updateGlobalNewBrainstormShortcut();
+    platform::Observation const host(platform::NotificationCenter::defaultCenter(),
+        { NotificationName::globalNewBrainstormShortcutTriggered(), nullptr, {} },
+        [this](auto const&) { world.makeWindow("panel", tag("brainstorm", "b1", "Ideas"))->show(); });
+    mark("the host tells its setting");
+    post(update, UpdateGlobalNewBrainstormShortcut { n, controlAndOption, true }.userInfo());
+    mark("the user presses it in another application");
+    world.hotKeys().press(n, controlAndOption);
+    world.advance(Seconds { 1 });
+    world.hotKeys().release(n, controlAndOption);
+    mark("the user records another one: the old one is off meanwhile");
+    post(update, UpdateGlobalNewBrainstormShortcut { n, controlAndOption, false }.userInfo());
+    world.hotKeys().press(n, controlAndOption);
+    post(update, UpdateGlobalNewBrainstormShortcut { 49, controlAndOption, true }.userInfo());
+    expect("from-the-shortcut-to-a-panel");
+}
