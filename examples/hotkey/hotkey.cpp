@@ -4,6 +4,7 @@
 #include "hotkey/HotKey.h"
 #include "hotkey/NSEventModifierFlags+HotKey.h"
 #include "platform/Platform.h"
+#include "platform/carbon/HotKeyTruth.h"
 
 #include <algorithm>
 #include <iostream>
@@ -43,6 +44,44 @@ std::optional<platform::NSEventModifierFlags> modifier(std::string_view word)
     return std::nullopt;
 }
 
+// Whether it works here is asked, never guessed: a registration does not fail aloud.
+char const* wordsFor(platform::HotKeyTruth const& truth)
+{
+    using platform::HotKeyAvailability;
+    using platform::HotKeyResult;
+    switch (truth.lastRegistration) {
+    case HotKeyResult::Active:
+        break;
+    case HotKeyResult::Pending:
+        return "asking";
+    case HotKeyResult::HeldByAnotherClient:
+    case HotKeyResult::HeldByThisProcess:
+        return "taken by another program";
+    case HotKeyResult::KeyNotOnKeyboard:
+    case HotKeyResult::ModifierNotOnKeyboard:
+        return "not on this keyboard";
+    case HotKeyResult::Declined:
+        return "declined by the user";
+    case HotKeyResult::NotBound:
+        return "not bound by the desktop";
+    case HotKeyResult::None:
+    case HotKeyResult::Unavailable:
+        return "impossible in this session";
+    }
+    switch (truth.availability) {
+    case HotKeyAvailability::X11Global:
+        return "works everywhere";
+    case HotKeyAvailability::XWaylandFocusedOnly:
+        return "works while a window of X has the keyboard";
+    case HotKeyAvailability::PortalBound:
+        return "bound by the desktop";
+    case HotKeyAvailability::PortalDeclined:
+    case HotKeyAvailability::Unavailable:
+        break;
+    }
+    return "impossible in this session";
+}
+
 void warnIfTaken(hotkey::KeyCombo const& combo, std::vector<hotkey::KeyCombo> const& taken, std::string const& byWhom)
 {
     if (std::find(taken.begin(), taken.end(), combo) != taken.end())
@@ -75,16 +114,20 @@ int main(int argc, char** argv)
         return 1;
     }
     auto& platform = platform::Platform::current();
-    if (!platform.eventHotKeys()) {
-        std::cerr << "hotkey: this desktop has no hot keys\n";
-        return 1;
-    }
     hotkey::KeyCombo const combo(*key, modifiers);
     warnIfTaken(combo, hotkey::KeyCombo::systemKeyCombos(platform), "the system");
     warnIfTaken(combo, hotkey::KeyCombo::standardKeyCombos(), "a usual command of applications");
 
     auto const hotKey = hotkey::HotKey::create(
         platform, combo, [] { std::cout << "down" << std::endl; }, [] { std::cout << "up" << std::endl; });
-    std::cout << "waiting for " << combo.description() << std::endl;
+    auto const tell = [&] {
+        auto const truth = host.value()->shortcutTruth();
+        std::cout << combo.description() << ": " << wordsFor(truth);
+        for (auto const& detail : { truth.trigger, truth.holder })
+            std::cout << (detail.empty() ? "" : ", " + detail);
+        std::cout << std::endl;
+    };
+    host.value()->setShortcutTruthHandler(tell);
+    tell();
     host.value()->run();
 }
