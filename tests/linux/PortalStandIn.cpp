@@ -3,10 +3,9 @@
 #include <algorithm>
 #include <cstring>
 #include <gtest/gtest.h>
-#include <poll.h>
-#include <sys/eventfd.h>
+#include <map>
 #include <systemd/sd-bus.h>
-#include <unistd.h>
+#include <utility>
 
 namespace paneweld_tests {
 
@@ -49,79 +48,16 @@ std::string requestPath(sd_bus_message* call, std::string const& token)
 } // namespace
 
 PortalStandIn::PortalStandIn(std::string busAddress, Manners manners)
-    : m_address(std::move(busAddress))
+    : BusPeer(std::move(busAddress), service)
     , m_manners(std::move(manners))
-    , m_wakeDescriptor(eventfd(0, EFD_CLOEXEC))
-    , m_thread([this] { run(); })
 {
-    m_isReady.wait(false);
-}
-
-PortalStandIn::~PortalStandIn()
-{
-    m_isEnding = true;
-    onThread([] {});
-    m_thread.join();
-    close(m_wakeDescriptor);
-}
-
-void PortalStandIn::run()
-{
-    sd_bus_new(&m_bus);
-    sd_bus_set_address(m_bus, m_address.c_str());
-    sd_bus_set_bus_client(m_bus, 1);
-    EXPECT_GE(sd_bus_start(m_bus), 0);
-    sd_bus_add_filter(
-        m_bus, nullptr,
-        [](sd_bus_message* message, void* context, sd_bus_error*) {
-            return static_cast<PortalStandIn*>(context)->handleCall(message);
-        },
-        this);
-    EXPECT_GE(sd_bus_request_name(m_bus, service, 0), 0);
-    m_isReady = true;
-    m_isReady.notify_all();
-    while (true) {
-        while (sd_bus_process(m_bus, nullptr) > 0) { }
-        std::vector<std::function<void()>> work;
-        {
-            std::lock_guard const lock(m_mutex);
-            work.swap(m_work);
-        }
-        for (auto const& piece : work)
-            piece();
-        if (m_isEnding)
-            break;
-        pollfd waits[] = { { sd_bus_get_fd(m_bus), static_cast<short>(sd_bus_get_events(m_bus)), 0 },
-            { m_wakeDescriptor, POLLIN, 0 } };
-        if (work.empty())
-            poll(waits, 2, -1);
-        std::uint64_t count = 0;
-        if (waits[1].revents && read(m_wakeDescriptor, &count, sizeof count) < 0)
-            break;
-    }
-    sd_bus_flush_close_unref(m_bus);
-}
-
-void PortalStandIn::onThread(std::function<void()> work)
-{
-    {
-        std::lock_guard const lock(m_mutex);
-        m_work.push_back(std::move(work));
-    }
-    std::uint64_t const one = 1;
-    EXPECT_EQ(write(m_wakeDescriptor, &one, sizeof one), static_cast<ssize_t>(sizeof one));
+    start();
 }
 
 int PortalStandIn::handleCall(sd_bus_message* message)
 {
-    if (!sd_bus_message_is_method_call(message, nullptr, nullptr))
-        return 0;
     std::string const member = sd_bus_message_get_member(message);
     std::string const interface = sd_bus_message_get_interface(message);
-    auto const note = [&](std::string const& call) {
-        std::lock_guard const lock(m_mutex);
-        m_calls.push_back(call);
-    };
     if (member == "Register") {
         char const* app = nullptr;
         sd_bus_message_read(message, "s", &app);
@@ -143,7 +79,7 @@ int PortalStandIn::handleCall(sd_bus_message* message)
     if (member == "CreateSession") {
         note(member);
         {
-            std::lock_guard const lock(m_mutex);
+            std::lock_guard const lock(mutex());
             m_session = std::string(object) + "/session/" + std::to_string(++m_sessionCount);
         }
         respond(message, m_manners.sessionCode, [&](sd_bus_message* results) {
@@ -165,7 +101,7 @@ int PortalStandIn::handleCall(sd_bus_message* message)
         sd_bus_message_exit_container(message);
         sd_bus_message_skip(message, "s");
         {
-            std::lock_guard const lock(m_mutex);
+            std::lock_guard const lock(mutex());
             m_shortcut = id;
         }
         note(member + " " + id + " " + about["preferred_trigger"] + " \"" + about["description"] + "\"");
@@ -186,11 +122,11 @@ void PortalStandIn::respond(
     if (m_manners.neverAnswersBind && std::strcmp(sd_bus_message_get_member(call), "BindShortcuts") == 0)
         return;
     sd_bus_message* response = nullptr;
-    sd_bus_message_new_signal(m_bus, &response, path.c_str(), "org.freedesktop.portal.Request", "Response");
+    sd_bus_message_new_signal(bus(), &response, path.c_str(), "org.freedesktop.portal.Request", "Response");
     sd_bus_message_set_destination(response, sd_bus_message_get_sender(call));
     sd_bus_message_append(response, "u", code);
     results(response);
-    EXPECT_GE(sd_bus_send(m_bus, response, nullptr), 0);
+    EXPECT_GE(sd_bus_send(bus(), response, nullptr), 0);
     sd_bus_message_unref(response);
 }
 
@@ -204,7 +140,7 @@ void PortalStandIn::appendShortcuts(sd_bus_message* message, bool hasShortcut)
     // What another app has is of no interest to anybody.
     sd_bus_message_append(message, "(sa{sv})", "another", 1, "trigger_description", "s", "F12");
     if (hasShortcut) {
-        std::lock_guard const lock(m_mutex);
+        std::lock_guard const lock(mutex());
         // A desktop that knows the shortcut before it is bound knows it by the name that it always has.
         auto const id = m_shortcut.empty() ? "hotkey-45-256" : m_shortcut;
         sd_bus_message_append(
@@ -220,7 +156,7 @@ void PortalStandIn::appendShortcuts(sd_bus_message* message, bool hasShortcut)
 void PortalStandIn::sendPress(bool isDown, std::string const& session, std::string const& shortcut)
 {
     onThread([this, isDown, session, shortcut] {
-        EXPECT_GE(sd_bus_emit_signal(m_bus, object, shortcuts, isDown ? "Activated" : "Deactivated", "osta{sv}",
+        EXPECT_GE(sd_bus_emit_signal(bus(), object, shortcuts, isDown ? "Activated" : "Deactivated", "osta{sv}",
                       session.c_str(), shortcut.c_str(), std::uint64_t { 1 }, 1, "activation_token", "s", "token"),
             0);
     });
@@ -229,7 +165,7 @@ void PortalStandIn::sendPress(bool isDown, std::string const& session, std::stri
 void PortalStandIn::changeTrigger(std::string const& trigger)
 {
     onThread([this, trigger] {
-        EXPECT_GE(sd_bus_emit_signal(m_bus, object, shortcuts, "ShortcutsChanged", "oa(sa{sv})", session().c_str(), 1,
+        EXPECT_GE(sd_bus_emit_signal(bus(), object, shortcuts, "ShortcutsChanged", "oa(sa{sv})", session().c_str(), 1,
                       shortcut().c_str(), 1, "trigger_description", "s", trigger.c_str()),
             0);
     });
@@ -238,31 +174,18 @@ void PortalStandIn::changeTrigger(std::string const& trigger)
 void PortalStandIn::closeSession()
 {
     onThread(
-        [this] { EXPECT_GE(sd_bus_emit_signal(m_bus, session().c_str(), sessionInterface, "Closed", "a{sv}", 0), 0); });
-}
-
-std::vector<std::string> PortalStandIn::calls() const
-{
-    std::lock_guard const lock(m_mutex);
-    return m_calls;
-}
-
-int PortalStandIn::count(std::string const& call) const
-{
-    auto const all = calls();
-    return static_cast<int>(
-        std::count_if(all.begin(), all.end(), [&](auto const& made) { return made.starts_with(call); }));
+        [this] { EXPECT_GE(sd_bus_emit_signal(bus(), session().c_str(), sessionInterface, "Closed", "a{sv}", 0), 0); });
 }
 
 std::string PortalStandIn::session() const
 {
-    std::lock_guard const lock(m_mutex);
+    std::lock_guard const lock(mutex());
     return m_session;
 }
 
 std::string PortalStandIn::shortcut() const
 {
-    std::lock_guard const lock(m_mutex);
+    std::lock_guard const lock(mutex());
     return m_shortcut;
 }
 

@@ -1,24 +1,17 @@
 #pragma once
 
-#include "platform/foundation/Value.h"
+#include "tests/linux/BusPeer.h"
 
-#include <atomic>
+#include <cstdint>
 #include <functional>
-#include <map>
-#include <mutex>
 #include <string>
-#include <thread>
-#include <vector>
-
-struct sd_bus;
-struct sd_bus_message;
 
 namespace paneweld_tests {
 
 // A desktop's portal of our own on a test's bus, as far as shortcuts go, with a user who answers as the test says. It
-// lives on a thread of its own. What it was asked is written down in order: "Register app.test", "version",
+// lives on a thread of its own. What it was asked reads: "Register app.test", "version",
 // "CreateSession", "ListShortcuts", "BindShortcuts id trigger", "Close session", "Close request".
-class PortalStandIn {
+class PortalStandIn : public BusPeer {
 public:
     struct Manners {
         // Absent methods, as of a portal that is too old.
@@ -42,12 +35,8 @@ public:
         : PortalStandIn(std::move(busAddress), Manners {})
     {
     }
-    ~PortalStandIn();
-    PortalStandIn(PortalStandIn const&) = delete;
-    PortalStandIn& operator=(PortalStandIn const&) = delete;
+    ~PortalStandIn() override { stop(); }
 
-    std::vector<std::string> calls() const;
-    int count(std::string const& call) const;
     // The session that was made last, and the shortcut that was bound last.
     std::string session() const;
     std::string shortcut() const;
@@ -60,25 +49,14 @@ public:
     void closeSession();
 
 private:
-    int handleCall(sd_bus_message* message);
+    int handleCall(sd_bus_message* message) override;
     void respond(sd_bus_message* call, std::uint32_t code, std::function<void(sd_bus_message*)> const& results);
     void appendShortcuts(sd_bus_message* message, bool hasShortcut);
-    void onThread(std::function<void()> work);
-    void run();
 
-    std::string m_address;
     Manners m_manners;
-    mutable std::mutex m_mutex;
-    std::vector<std::string> m_calls;
     std::string m_session;
     std::string m_shortcut;
-    std::vector<std::function<void()>> m_work;
-    sd_bus* m_bus = nullptr;
-    std::atomic<bool> m_isReady = false;
-    std::atomic<bool> m_isEnding = false;
-    int m_wakeDescriptor;
     int m_sessionCount = 0;
-    std::thread m_thread;
 };
 
 } // namespace paneweld_tests

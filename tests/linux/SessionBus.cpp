@@ -6,15 +6,40 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <string_view>
 #include <unistd.h>
 
 namespace paneweld_tests {
 
-SessionBus::SessionBus()
+namespace {
+
+constexpr auto configuration = R"(<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
+ "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
+<busconfig>
+  <type>session</type>
+  <listen>unix:tmpdir=/tmp</listen>
+  <auth>EXTERNAL</auth>
+  SERVICES
+  <policy context="default">
+    <allow send_destination="*" eavesdrop="true"/>
+    <allow eavesdrop="true"/>
+    <allow own="*"/>
+  </policy>
+</busconfig>
+)";
+
+} // namespace
+
+SessionBus::SessionBus(Services services)
 {
+    std::string text = configuration;
+    constexpr std::string_view place = "SERVICES";
+    text.replace(
+        text.find(place), place.size(), services == Services::Installed ? "<standard_session_servicedirs/>" : "");
+    auto const file = m_folder.write("bus.conf", text);
     std::array<int, 2> ends {};
     EXPECT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
-    m_daemon = ChildProcess({ "dbus-daemon", "--session", "--nofork", "--nopidfile", "--nosyslog",
+    m_daemon = ChildProcess({ "dbus-daemon", "--config-file=" + file, "--nofork", "--nopidfile", "--nosyslog",
                                 "--print-address=" + std::to_string(ends[1]) },
         ends[1]);
     close(ends[1]);

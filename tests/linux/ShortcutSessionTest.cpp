@@ -1,6 +1,7 @@
-#include "tests/linux/HotKeysTest.h"
 #include "tests/linux/PortalStandIn.h"
 #include "tests/linux/SessionBus.h"
+#include "tests/linux/ShortcutSessionFixture.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <chrono>
 #include <cstdlib>
@@ -19,41 +20,9 @@ namespace {
 constexpr std::uint32_t n = 45;
 constexpr xcb_keycode_t nKey = 57;
 
-// Sessions of every kind, and what is said of them.
-class ShortcutSession : public HotKeysTest {
-protected:
-    using Calls = std::vector<std::string>;
+using Calls = std::vector<std::string>;
 
-    void openWayland()
-    {
-        desktop = std::make_unique<Desktop>();
-        setenv("WAYLAND_DISPLAY", "wayland-7", 1);
-        openBackend();
-    }
-
-    void openBackend()
-    {
-        toolkit = std::make_unique<Toolkit>(desktop->display());
-        onlooker = std::make_unique<Onlooker>(desktop->display());
-        backends::LinuxOptions options;
-        options.bundleIdentifier = "app.test";
-        options.hotKeyDescription = "Start a new brainstorm";
-        installBackend(options);
-        listen();
-        backend->eventHotKeys()->setTruthHandler([this] { told.push_back(truth()); });
-    }
-
-    HotKeyTruth truth() { return backend->eventHotKeys()->truth(); }
-
-    void waitFor(HotKeyAvailability availability)
-    {
-        pumpUntil([&] { return truth().availability == availability; });
-    }
-
-    bool isGrabbed() { return !user->isFree(nKey, XCB_MOD_MASK_4); }
-
-    std::vector<HotKeyTruth> told;
-};
+bool isGrabbed(KeyboardOwner& user) { return !user.isFree(nKey, XCB_MOD_MASK_4); }
 
 } // namespace
 
@@ -69,6 +38,30 @@ TEST_F(ShortcutSession, XAloneIsGlobalAndAsksNobody)
     EXPECT_EQ(truth(), (HotKeyTruth { HotKeyAvailability::X11Global, HotKeyResult::Active, "", "" }));
     settle();
     EXPECT_EQ(portal.calls(), Calls {});
+}
+
+TEST_F(ShortcutSession, WhoHoldsACombinationIsSaidWhereTheDesktopSays)
+{
+    platform::TemporaryFolder const home;
+    home.write("kglobalshortcutsrc", "[kwin]\nShow Desktop=Meta+N,Meta+D,Peek at Desktop\n");
+    setenv("XDG_CONFIG_HOME", home.path().c_str(), 1);
+    setenv("XDG_CURRENT_DESKTOP", "KDE", 1);
+    desktop = std::make_unique<Desktop>();
+    KeyboardOwner manager(desktop->display());
+    ASSERT_TRUE(manager.grab(nKey, XCB_MOD_MASK_4));
+    ASSERT_TRUE(manager.grab(nKey, XCB_MOD_MASK_4 | XCB_MOD_MASK_SHIFT));
+    openBackend();
+    auto key = registered(n, cmdKey);
+    EXPECT_EQ(truth().lastRegistration, HotKeyResult::HeldByAnotherClient);
+    pumpUntil([&] { return !truth().holder.empty(); });
+    EXPECT_NE(truth().holder.find("Peek at Desktop"), std::string::npos) << truth().holder;
+    pumpUntil([&] { return !told.empty() && told.back().holder == truth().holder; });
+    // Of another client nobody knows more.
+    key.reset();
+    key = registered(n, cmdKey | shiftKey);
+    EXPECT_EQ(truth().lastRegistration, HotKeyResult::HeldByAnotherClient);
+    settle();
+    EXPECT_EQ(truth().holder, "");
 }
 
 TEST_F(ShortcutSession, WaylandWithoutABusReachesOnlyWindowsOfX)
@@ -89,7 +82,7 @@ TEST_F(ShortcutSession, WaylandWithoutAPortalReachesOnlyWindowsOfX)
     auto const key = registered(n, cmdKey);
     pumpUntil([&] { return truth().lastRegistration == HotKeyResult::Active; });
     EXPECT_EQ(truth().availability, HotKeyAvailability::XWaylandFocusedOnly);
-    EXPECT_TRUE(isGrabbed());
+    EXPECT_TRUE(isGrabbed(*user));
 }
 
 TEST_F(ShortcutSession, APortalThatBindsIsUsedAlone)
@@ -191,7 +184,7 @@ TEST_F(ShortcutSession, AUserWhoDeclinesIsNotAskedAgain)
     waitFor(HotKeyAvailability::PortalDeclined);
     EXPECT_EQ(truth().lastRegistration, HotKeyResult::Declined);
     settle();
-    EXPECT_FALSE(isGrabbed());
+    EXPECT_FALSE(isGrabbed(*user));
     auto const calls = portal.calls();
     key.reset();
     key = registered(n, cmdKey | shiftKey, 2);
@@ -211,13 +204,13 @@ TEST_F(ShortcutSession, AYesWithAnEmptyListIsNoBinding)
     pumpUntil([&] { return truth().lastRegistration == HotKeyResult::Active; });
     EXPECT_EQ(truth().availability, HotKeyAvailability::XWaylandFocusedOnly);
     EXPECT_EQ(portal.count("BindShortcuts"), 1);
-    EXPECT_TRUE(isGrabbed());
+    EXPECT_TRUE(isGrabbed(*user));
     // The user goes to the desktop's settings and gives it keys.
     portal.changeTrigger("Meta+N");
     waitFor(HotKeyAvailability::PortalBound);
     EXPECT_EQ(truth().trigger, "Meta+N");
     settle();
-    EXPECT_FALSE(isGrabbed());
+    EXPECT_FALSE(isGrabbed(*user));
     // And takes them away.
     portal.changeTrigger("");
     waitFor(HotKeyAvailability::XWaylandFocusedOnly);
@@ -234,7 +227,7 @@ TEST_F(ShortcutSession, OldOrBrokenPortalsLeaveTheGrab)
         auto const key = registered(n, cmdKey);
         pumpUntil([&] { return truth().lastRegistration == HotKeyResult::Active; });
         EXPECT_EQ(old.calls(), (Calls { "Register app.test", "version" }));
-        EXPECT_TRUE(isGrabbed());
+        EXPECT_TRUE(isGrabbed(*user));
     }
     manners.hasShortcuts = true;
     manners.isMalformed = true;
@@ -258,13 +251,13 @@ TEST_F(ShortcutSession, APortalThatGoesAndComesBackBindsAgain)
     pumpUntil([&] { return truth().lastRegistration == HotKeyResult::Active; });
     // What was down when it went is up.
     EXPECT_EQ(heard, once(1));
-    EXPECT_TRUE(isGrabbed());
+    EXPECT_TRUE(isGrabbed(*user));
     portal = std::make_unique<PortalStandIn>(bus.address());
     waitFor(HotKeyAvailability::PortalBound);
     EXPECT_EQ(portal->count("ListShortcuts"), 1);
     EXPECT_EQ(portal->count("BindShortcuts"), 1);
     settle();
-    EXPECT_FALSE(isGrabbed());
+    EXPECT_FALSE(isGrabbed(*user));
     portal->press(true);
     portal->press(false);
     pumpUntil([&] { return heard.size() == 4; });

@@ -3,7 +3,7 @@
 #include "backends/linux/dbus/XfceShortcuts.h"
 #include "backends/linux/host/ProgramOutput.h"
 #include "platform/carbon/EventHotKeys.h"
-#include "tests/linux/ChildProcess.h"
+#include "tests/linux/SessionBus.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <algorithm>
@@ -92,26 +92,13 @@ protected:
         auto const output = outputOfProgram(std::move(arguments), Clock::now() + patience);
         EXPECT_TRUE(output) << output.error().localizedDescription;
     }
-    // A bus of the test's own, and what it starts.
-    void startBus()
-    {
-        std::array<int, 2> ends {};
-        ASSERT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
-        bus = ChildProcess(
-            { "dbus-daemon", "--session", "--nofork", "--print-address=" + std::to_string(ends[1]) }, ends[1]);
-        close(ends[1]);
-        std::string address;
-        for (char byte = 0; read(ends[0], &byte, 1) == 1 && byte != '\n';)
-            address += byte;
-        close(ends[0]);
-        ASSERT_FALSE(address.empty());
-        setenv("DBUS_SESSION_BUS_ADDRESS", address.c_str(), 1);
-    }
+    // With the services that it starts.
+    void startBus() { bus = std::make_unique<SessionBus>(SessionBus::Services::Installed); }
     static bool hasNoChild() { return waitpid(-1, nullptr, WNOHANG) < 0 && errno == ECHILD; }
 
     platform::TemporaryFolder folder;
     Lines log;
-    ChildProcess bus;
+    std::unique_ptr<SessionBus> bus;
 };
 
 TEST_F(SystemShortcutsTest, AreUnknownOnOtherDesktops)
