@@ -14,12 +14,14 @@
 #include "backends/linux/loop/MainQueue.h"
 #include "backends/linux/loop/MonotonicClock.h"
 #include "backends/linux/loop/SerialQueue.h"
+#include "backends/linux/x11/KeyLabel.h"
 #include "backends/linux/x11/X11World.h"
 #include "backends/shared/Animator.h"
 #include "platform/appkit/NSEventMonitors.h"
 #include "platform/foundation/Bundles.h"
 
 #include <cstdlib>
+#include <limits>
 #include <set>
 #include <string_view>
 #include <utility>
@@ -123,6 +125,24 @@ public:
     bool beginMove(std::uint32_t xid, int rootX, int rootY, int button) override
     {
         return m_x11 && m_x11->beginMove(xid, rootX, rootY, button);
+    }
+    std::optional<std::uint32_t> virtualKeyCode(std::uint32_t x11Keycode) const override
+    {
+        if (!m_x11 || x11Keycode > std::numeric_limits<xcb_keycode_t>::max())
+            return std::nullopt;
+        return m_x11->keyboard().map()->virtualKeyCode(static_cast<xcb_keycode_t>(x11Keycode));
+    }
+    std::optional<std::string> keyLabel(std::uint32_t virtualKeyCode) const override
+    {
+        auto const symbol = m_x11 ? m_x11->keyboard().map()->symbol(virtualKeyCode) : std::nullopt;
+        return symbol ? backends::keyLabel(*symbol) : std::nullopt;
+    }
+    platform::NSEventModifierFlags hotKeyModifiers(std::uint32_t x11State) const override
+    {
+        using Flags = platform::NSEventModifierFlags;
+        // The rest of the state are buttons, the layout, and what toolkits add.
+        auto const flags = m_x11 ? m_x11->keyboard().modifierFlags(static_cast<std::uint8_t>(x11State)) : Flags {};
+        return flags & (Flags::command | Flags::option | Flags::control | Flags::shift);
     }
     void setComposingText(bool isComposing) override
     {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Platform.h"
+#include "platform/appkit/NSEventModifierFlags.h"
 #include "platform/carbon/HotKeyTruth.h"
 #include "platform/foundation/Result.h"
 
@@ -54,6 +55,13 @@ public:
     // Lets the window manager move the window along with the pointer, from a press that the host just got: its
     // button and the pointer's place on the root, in pixels. Only for windows that are movable by their background.
     virtual bool beginMove(std::uint32_t xid, int rootX, int rootY, int button) = 0;
+
+    // The keyboard of the X server, for a host that reads its own key events: the virtual key code of a keycode, what
+    // the user's layout writes on a key, and which of the modifiers of hot keys the state of an event holds. Absent for
+    // what this keyboard has not, and without a server.
+    virtual std::optional<std::uint32_t> virtualKeyCode(std::uint32_t x11Keycode) const = 0;
+    virtual std::optional<std::string> keyLabel(std::uint32_t virtualKeyCode) const = 0;
+    virtual platform::NSEventModifierFlags hotKeyModifiers(std::uint32_t x11State) const = 0;
 
     // While the host composes text with an input method, keys of interest go to it and not to monitors.
     virtual void setComposingText(bool isComposing) = 0;

@@ -160,6 +160,21 @@ void Host::setShortcutTruthHandler(std::function<void()> handler)
     m_private->platform->eventHotKeys()->setTruthHandler(std::move(handler));
 }
 
+std::optional<std::uint32_t> Host::virtualKeyCode(std::uint32_t x11Keycode) const
+{
+    return m_private->platform->virtualKeyCode(x11Keycode);
+}
+
+std::optional<std::string> Host::keyLabel(std::uint32_t virtualKeyCode) const
+{
+    return m_private->platform->keyLabel(virtualKeyCode);
+}
+
+platform::NSEventModifierFlags Host::shortcutModifiers(std::uint32_t x11State) const
+{
+    return m_private->platform->hotKeyModifiers(x11State);
+}
+
 void Host::setMainMenu(std::shared_ptr<platform::NSMenu> menu)
 {
     m_private->platform->application().setMainMenu(std::move(menu));

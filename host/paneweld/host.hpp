@@ -4,6 +4,7 @@
 #include "iOS/NSUserActivity+Paneweld.h"
 #include "iOS/NotificationCenter+Paneweld.h"
 #include "iOS/WindowIdentifier.h"
+#include "platform/appkit/NSEventModifierFlags.h"
 #include "platform/carbon/HotKeyTruth.h"
 #include "platform/foundation/NotificationCenter.h"
 #include "platform/foundation/Result.h"
@@ -94,6 +95,17 @@ public:
     platform::HotKeyTruth shortcutTruth() const;
     // Called from dispatch when the truth has changed. An empty one takes it away.
     void setShortcutTruthHandler(std::function<void()> handler);
+
+    // For a host that lets its user type a shortcut, from the keyboard as it is now. A shortcut is a key's position and
+    // not what the layout writes there: the virtual key code (kVK_..., hotkey/Key.h) of the hardware keycode of a key
+    // event, absent for a key that has none.
+    std::optional<std::uint32_t> virtualKeyCode(std::uint32_t x11Keycode) const;
+    // What the user's layout writes on the key, in UTF-8 and as it is printed there: "A", "É", "&". Absent for a key
+    // that types nothing visible, and for one that the keyboard has not.
+    std::optional<std::string> keyLabel(std::uint32_t virtualKeyCode) const;
+    // Which of command, option, control and shift were held, by HostOptions::shortcutModifiers, from the modifier state
+    // of a key event. Other bits of the state do not matter.
+    platform::NSEventModifierFlags shortcutModifiers(std::uint32_t x11State) const;
 
     // The app's main menu, so that a shortcut can be checked against it (hotkey/KeyCombo.h).
     void setMainMenu(std::shared_ptr<platform::NSMenu> menu);
