@@ -1,4 +1,5 @@
 #include "examples/brainstorm/App.h"
+#include "examples/brainstorm/MainMenu.h"
 #include "examples/brainstorm/OnboardingWindow.h"
 #include "examples/brainstorm/SettingsWindow.h"
 #include "examples/brainstorm/Style.h"
@@ -40,7 +41,6 @@ App::App(Options const& options)
     if (options.transcriptPath && !m_activity.writeTo(*options.transcriptPath))
         std::cerr << "ideas: cannot write " << *options.transcriptPath << '\n';
     applyStyle(m_settings.values().usesDarkAppearance);
-    m_settings.onChange([this] { applyStyle(m_settings.values().usesDarkAppearance); });
     m_library.onChange([this] {
         if (auto* const window = appWindow())
             window->refresh();
@@ -48,19 +48,28 @@ App::App(Options const& options)
 
     m_desktop = std::make_unique<Desktop>(m_activity, options.announcesWindows);
     m_desktop->setRequests({
-        .openBrainstorm = [this] { open(ActivityType::brainstormWindow); },
+        .openBrainstorm = [this] { openBrainstormFromElsewhere(); },
         .openMainWindow = [this] { open(ActivityType::iOSAppWindow); },
         .openSettings = [this] { open(ActivityType::settingsWindow); },
         .quit = [] { gtk_main_quit(); },
     });
     if (!m_desktop->hasPlugin())
         std::cerr << "ideas: " << m_desktop->problem() << '\n';
+    m_desktop->setMainMenu(makeMainMenu());
+    m_settings.onChange([this] { settingsDidChange(); });
+    m_desktop->setShortcut(m_settings.values().shortcut, m_settings.values().isShortcutEnabled);
 }
 
 App::~App()
 {
     m_library.onChange(nullptr);
     m_windows.clear();
+}
+
+void App::settingsDidChange()
+{
+    applyStyle(m_settings.values().usesDarkAppearance);
+    m_desktop->setShortcut(m_settings.values().shortcut, m_settings.values().isShortcutEnabled);
 }
 
 void App::run()
@@ -111,6 +120,12 @@ void App::open(Activities const& activities)
                 [this] { m_settings.change([](Settings::Values& values) { values.hasSeenOnboarding = true; }); });
         });
     }
+}
+
+void App::openBrainstormFromElsewhere()
+{
+    open(ActivityType::brainstormWindow);
+    m_windows.back()->bringForward();
 }
 
 void App::openBrainstorm(std::string const& brainstormID)

@@ -31,10 +31,13 @@ private:
     void open(char const* activityType);
     // One panel a brainstorm; an open one comes to the front.
     void openBrainstorm(std::string const& brainstormID);
+    // The same when the user asks for it while another app is in front.
+    void openBrainstormFromElsewhere();
     // At most one window of the other kinds.
     void openSingle(std::string const& kind, std::function<std::unique_ptr<HostWindow>()> const& make);
     std::unique_ptr<HostWindow> makeAppWindow();
 
+    void settingsDidChange();
     void show(std::unique_ptr<HostWindow> window);
     void release(HostWindow const* window);
     AppWindow* appWindow() const;

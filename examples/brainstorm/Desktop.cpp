@@ -18,7 +18,8 @@ Desktop::~Desktop()
 
 void Desktop::start()
 {
-    auto started = paneweld::Host::start({ .bundleIdentifier = "org.example.Ideas" });
+    auto started = paneweld::Host::start(
+        { .bundleIdentifier = "org.example.Ideas", .shortcutDescription = "Start a new brainstorm" });
     if (!started) {
         m_problem = "The desktop integration did not start: " + started.error().localizedDescription;
         return;
@@ -137,6 +138,68 @@ void Desktop::setPinned(std::string const& windowID, bool isPinned)
 {
     post(paneweld::NotificationName::brainstormWindowPinStateDidChange(),
         paneweld::BrainstormWindowPinStateDidChange { windowID, isPinned }.userInfo());
+}
+
+void Desktop::setShortcut(std::optional<hotkey::KeyCombo> const& combo, bool isEnabled)
+{
+    m_shortcut = {};
+    if (combo)
+        m_shortcut = { combo->carbonKeyCode, combo->carbonModifiers, isEnabled };
+    if (!m_isShortcutPaused)
+        postShortcut();
+}
+
+void Desktop::pauseShortcut(bool isPaused)
+{
+    m_isShortcutPaused = isPaused;
+    postShortcut();
+}
+
+void Desktop::postShortcut()
+{
+    auto update = m_shortcut;
+    update.isEnabled = update.isEnabled && !m_isShortcutPaused;
+    // Each posting takes the shortcut away and sets it again.
+    if (m_postedShortcut == update.userInfo())
+        return;
+    m_postedShortcut = update.userInfo();
+    post(paneweld::NotificationName::updateGlobalNewBrainstormShortcut(), *m_postedShortcut);
+}
+
+platform::HotKeyTruth Desktop::shortcutTruth() const
+{
+    return m_host ? m_host->shortcutTruth() : platform::HotKeyTruth {};
+}
+
+void Desktop::onShortcutTruth(std::function<void()> handler)
+{
+    if (m_host)
+        m_host->setShortcutTruthHandler(std::move(handler));
+}
+
+void Desktop::setMainMenu(std::shared_ptr<platform::NSMenu> menu)
+{
+    if (m_host)
+        m_host->setMainMenu(std::move(menu));
+}
+
+std::optional<hotkey::KeyCombo> Desktop::comboOf(GdkEventKey const& event) const
+{
+    auto const keyCode = m_host ? m_host->virtualKeyCode(event.hardware_keycode) : std::nullopt;
+    auto const key = keyCode ? hotkey::Key::fromCarbonKeyCode(*keyCode) : std::nullopt;
+    if (!key)
+        return std::nullopt;
+    return hotkey::KeyCombo(*key, modifiersOf(event.state));
+}
+
+platform::NSEventModifierFlags Desktop::modifiersOf(unsigned state) const
+{
+    return m_host ? m_host->shortcutModifiers(state) : platform::NSEventModifierFlags {};
+}
+
+std::optional<std::string> Desktop::keyLabel(std::uint32_t keyCode) const
+{
+    return m_host ? m_host->keyLabel(keyCode) : std::nullopt;
 }
 
 void Desktop::setRequests(Requests requests)

@@ -2,7 +2,9 @@
 
 #include "examples/brainstorm/Activity.h"
 #include "examples/brainstorm/Gtk.h"
+#include "hotkey/KeyCombo.h"
 #include "paneweld/glib.hpp"
+#include "platform/appkit/NSMenu.h"
 
 #include <functional>
 #include <map>
@@ -43,6 +45,23 @@ public:
     void requestHeight(std::string const& windowID, Height const& height, bool isAnimated);
     void setPinned(std::string const& windowID, bool isPinned);
 
+    // The system-wide shortcut for a new brainstorm. Absent: none.
+    void setShortcut(std::optional<hotkey::KeyCombo> const& combo, bool isEnabled);
+    // While the user types another one, the present one is no more than keys.
+    void pauseShortcut(bool isPaused);
+    platform::HotKeyTruth shortcutTruth() const;
+    // Called when the truth has changed.
+    void onShortcutTruth(std::function<void()> handler);
+    // What is checked when a shortcut is chosen.
+    void setMainMenu(std::shared_ptr<platform::NSMenu> menu);
+
+    // A key event as a shortcut has it: the position of the key, and what was held with it. Absent for a key that no
+    // shortcut can have.
+    std::optional<hotkey::KeyCombo> comboOf(GdkEventKey const& event) const;
+    platform::NSEventModifierFlags modifiersOf(unsigned state) const;
+    // What is written on the key. Absent where that is no text.
+    std::optional<std::string> keyLabel(std::uint32_t keyCode) const;
+
     // What the plug-in says about one window. Each is optional.
     struct WindowNews {
         std::function<void(std::string const& title)> didLoad {};
@@ -65,6 +84,7 @@ public:
 private:
     void start();
     void observe();
+    void postShortcut();
     void post(paneweld::NotificationName::Name const& name, platform::Dictionary userInfo);
     WindowNews newsFor(std::string const& windowID) const;
 
@@ -77,6 +97,9 @@ private:
     std::vector<platform::Observation> m_observations;
     std::map<std::string, WindowNews> m_news;
     Requests m_requests;
+    paneweld::UpdateGlobalNewBrainstormShortcut m_shortcut;
+    std::optional<platform::Dictionary> m_postedShortcut;
+    bool m_isShortcutPaused = false;
 };
 
 } // namespace ideas

@@ -4,19 +4,30 @@
 
 namespace ideas {
 
-void later(std::function<void()> action)
+void later(std::function<void()> action, unsigned milliseconds)
 {
     auto const run = [](gpointer data) noexcept -> gboolean {
         (*static_cast<std::function<void()>*>(data))();
         return G_SOURCE_REMOVE;
     };
     auto const destroy = [](gpointer data) noexcept { delete static_cast<std::function<void()>*>(data); };
-    g_idle_add_full(G_PRIORITY_DEFAULT, run, new std::function<void()>(std::move(action)), destroy);
+    auto* const data = new std::function<void()>(std::move(action));
+    if (milliseconds > 0)
+        g_timeout_add_full(G_PRIORITY_DEFAULT, milliseconds, run, data, destroy);
+    else
+        g_idle_add_full(G_PRIORITY_DEFAULT, run, data, destroy);
 }
 
 std::uint32_t xidOf(GtkWidget* window)
 {
     return static_cast<std::uint32_t>(gdk_x11_window_get_xid(gtk_widget_get_window(window)));
+}
+
+void bringForward(GtkWidget* window)
+{
+    // The toolkit's own time is that of the last event in this app, which may be long ago.
+    auto const time = gdk_x11_get_server_time(gtk_widget_get_window(window));
+    gtk_window_present_with_time(GTK_WINDOW(window), time);
 }
 
 void keepContentAtBottom(GtkWidget* window)

@@ -41,15 +41,43 @@ struct SignalTrampoline<Return(Arguments...)> {
 // connect<void()>(button, "clicked", [] { ... }): the handler lives as long as the connection. The signature is the
 // signal's own without the sender in front and the user data behind.
 template<typename Signature>
-void connect(gpointer instance, char const* signal, std::function<Signature> handler)
+gulong connect(gpointer instance, char const* signal, std::function<Signature> handler)
 {
     using Trampoline = SignalTrampoline<Signature>;
-    g_signal_connect_data(instance, signal, reinterpret_cast<GCallback>(&Trampoline::call),
+    return g_signal_connect_data(instance, signal, reinterpret_cast<GCallback>(&Trampoline::call),
         new std::function<Signature>(std::move(handler)), &Trampoline::destroy, GConnectFlags {});
 }
 
-// Runs the action once, on the next turn of the loop.
-void later(std::function<void()> action);
+// A connection that ends before its instance does: a handler that does not live as long as the widget.
+class Connection {
+public:
+    Connection(gpointer instance, gulong handler)
+        : m_instance(G_OBJECT(g_object_ref(instance)))
+        , m_handler(handler)
+    {
+    }
+    ~Connection()
+    {
+        // A widget that was destroyed has lost its handlers already.
+        if (m_instance && g_signal_handler_is_connected(m_instance.get(), m_handler))
+            g_signal_handler_disconnect(m_instance.get(), m_handler);
+    }
+    Connection(Connection&&) = default;
+    Connection& operator=(Connection&&) = delete;
+
+private:
+    Ref<GObject> m_instance;
+    gulong m_handler;
+};
+
+template<typename Signature>
+[[nodiscard]] Connection scopedConnect(gpointer instance, char const* signal, std::function<Signature> handler)
+{
+    return Connection(instance, connect<Signature>(instance, signal, std::move(handler)));
+}
+
+// Runs the action once, on the next turn of the loop or so many milliseconds later. Any thread.
+void later(std::function<void()> action, unsigned milliseconds = 0);
 
 inline void addClass(GtkWidget* widget, char const* name)
 {
@@ -67,6 +95,10 @@ inline void setClass(GtkWidget* widget, char const* name, bool isSet)
 
 // The X id of a realised window.
 std::uint32_t xidOf(GtkWidget* window);
+
+// Brings a shown window to the front, wherever the user is: what the user asked for elsewhere just now is no window
+// that pushes itself forward, and the window manager is told so.
+void bringForward(GtkWidget* window);
 
 // What is painted in a realised window stays at its bottom while the window grows or shrinks at the top. By default the
 // X server keeps it at the top, and it would jump until the next painting.

@@ -61,6 +61,13 @@ void HostWindow::present()
     gtk_widget_show(m_window);
 }
 
+void HostWindow::bringForward()
+{
+    present();
+    if (m_window)
+        ideas::bringForward(m_window);
+}
+
 void HostWindow::close()
 {
     if (m_window)

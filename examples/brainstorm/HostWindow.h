@@ -21,6 +21,8 @@ public:
 
     // Shows the window, or brings it to the front when it is shown already.
     void present();
+    // The same when the user asked for it elsewhere, while another app was in front.
+    void bringForward();
     void close();
 
     // Called once, when the window has gone, whoever closed it. The window object may be deleted from the next turn

@@ -1,6 +1,7 @@
 #include "examples/brainstorm/KeyFile.h"
 
 #include <iostream>
+#include <limits>
 
 namespace ideas {
 
@@ -61,6 +62,16 @@ std::string KeyFile::text(char const* group, char const* key) const
 long KeyFile::number(char const* group, char const* key) const
 {
     return static_cast<long>(g_key_file_get_int64(m_file, group, key, nullptr));
+}
+
+std::optional<std::uint32_t> KeyFile::unsignedNumber(char const* group, char const* key) const
+{
+    GError* error = nullptr;
+    auto const number = g_key_file_get_uint64(m_file, group, key, &error);
+    if (!error && number <= std::numeric_limits<std::uint32_t>::max())
+        return static_cast<std::uint32_t>(number);
+    g_clear_error(&error);
+    return std::nullopt;
 }
 
 std::vector<std::string> KeyFile::texts(char const* group, char const* key) const

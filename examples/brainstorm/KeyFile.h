@@ -2,6 +2,8 @@
 
 #include "examples/brainstorm/Gtk.h"
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -24,6 +26,8 @@ public:
     bool flag(char const* group, char const* key, bool fallback) const;
     std::string text(char const* group, char const* key) const;
     long number(char const* group, char const* key) const;
+    // Absent when there is none, or none that fits.
+    std::optional<std::uint32_t> unsignedNumber(char const* group, char const* key) const;
     std::vector<std::string> texts(char const* group, char const* key) const;
 
     void setFlag(char const* group, char const* key, bool flag);

@@ -1,14 +1,22 @@
 #pragma once
 
+#include "hotkey/KeyCombo.h"
+
 #include <functional>
+#include <optional>
 #include <string>
 
 namespace ideas {
+
+class KeyFile;
 
 // What the user chose, kept in a key file in the user's configuration folder. Every change is written at once.
 class Settings {
 public:
     Settings();
+
+    // One that hardly any desktop or program uses.
+    static hotkey::KeyCombo defaultShortcut();
 
     struct Values {
         bool animatesHeight = true;
@@ -16,6 +24,10 @@ public:
         bool opensPanelAtStart = true;
         bool usesDarkAppearance = false;
         bool hasSeenOnboarding = false;
+
+        // Opens a new brainstorm, whatever app is in front. Absent when the user wants none.
+        std::optional<hotkey::KeyCombo> shortcut = defaultShortcut();
+        bool isShortcutEnabled = true;
     };
 
     Values const& values() const { return m_values; }
@@ -26,6 +38,7 @@ public:
 
 private:
     void load();
+    void loadShortcut(KeyFile const& file);
     void save() const;
 
     std::string m_path;

@@ -5,19 +5,22 @@ namespace ideas {
 namespace {
 
 constexpr int openingWidth = 400;
-constexpr int openingHeight = 640;
+constexpr int openingHeight = 700;
 
 } // namespace
 
 SettingsWindow::SettingsWindow(Desktop& desktop, Settings& settings, std::function<void()> openOnboarding)
     : HostWindow(desktop, paneweld::WindowIdentifier::settings("settings", "Settings"))
     , m_settings(settings)
+    , m_shortcut(desktop, settings)
 {
     using Values = Settings::Values;
     gtk_window_set_default_size(GTK_WINDOW(widget()), openingWidth, openingHeight);
     gtk_window_set_position(GTK_WINDOW(widget()), GTK_WIN_POS_CENTER);
 
     auto* const page = makeBox(GTK_ORIENTATION_VERTICAL, 0, "settings");
+    // The words wrap here and no earlier: the window's least height is reckoned for its least width.
+    gtk_widget_set_size_request(page, openingWidth, -1);
     auto const add = [page](GtkWidget* child) { gtk_box_pack_start(GTK_BOX(page), child, FALSE, FALSE, 0); };
 
     add(makeLabel("Panel", "group-title"));
@@ -28,6 +31,9 @@ SettingsWindow::SettingsWindow(Desktop& desktop, Settings& settings, std::functi
             makeSwitch("Open at start", "A panel waits for you when Ideas opens.", &Values::opensPanelAtStart) })
         gtk_box_pack_start(GTK_BOX(panel), row, FALSE, FALSE, 0);
     add(panel);
+
+    add(makeLabel("Shortcut", "group-title"));
+    add(m_shortcut.widget());
 
     add(makeLabel("Look", "group-title"));
     auto* const look = makeBox(GTK_ORIENTATION_VERTICAL, 0, "group");

@@ -2,10 +2,11 @@
 
 #include "examples/brainstorm/HostWindow.h"
 #include "examples/brainstorm/Settings.h"
+#include "examples/brainstorm/ShortcutGroup.h"
 
 namespace ideas {
 
-// The few things that a user may choose, each a switch that takes effect at once.
+// The few things that a user may choose, each taking effect at once.
 class SettingsWindow : public HostWindow {
 public:
     SettingsWindow(Desktop& desktop, Settings& settings, std::function<void()> openOnboarding);
@@ -14,6 +15,7 @@ private:
     GtkWidget* makeSwitch(char const* title, char const* explanation, bool Settings::Values::*value);
 
     Settings& m_settings;
+    ShortcutGroup m_shortcut;
 };
 
 } // namespace ideas

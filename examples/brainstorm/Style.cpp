@@ -87,6 +87,18 @@ textview.activity, textview.activity text { background: transparent; font-family
 .row:last-child { border-bottom: none; }
 .row-title { font-size: 15px; }
 .row-explanation { font-size: 12px; color: @soft; }
+.row.joined { border-bottom: none; padding-bottom: 4px; }
+button.recorder { border: 1px solid @line; box-shadow: none; border-radius: 10px; background: alpha(@text, 0.03); padding: 5px 7px; min-height: 32px; outline: none; }
+button.recorder:hover { background: alpha(@text, 0.06); }
+button.recorder:focus { border-color: alpha(@accent, 0.6); }
+button.recorder.recording { border-color: @accent; background: @glow; }
+.cap { background: @card; color: @text; border: 1px solid @edge; border-bottom-width: 2px; border-radius: 7px; padding: 2px 6px; min-width: 16px; min-height: 22px; font-size: 15px; }
+.recorder-words { color: @soft; font-size: 13px; }
+.status-line { margin-top: 9px; }
+.status-dot { min-width: 8px; min-height: 8px; border-radius: 4px; margin: 4px 0 0 2px; background: @faint; }
+.status-dot.good { background: #3fb27f; } .status-dot.partial { background: #eeb64c; } .status-dot.bad { background: #e0605b; }
+.status { font-size: 12px; color: @soft; }
+.warning { background: alpha(#eeb64c, 0.18); border-radius: 8px; padding: 7px 10px; margin-top: 9px; font-size: 12px; color: @text; }
 switch { border: none; background: alpha(@text, 0.16); border-radius: 14px; outline: none; font-size: 1px; color: transparent; }
 switch:checked { background: @accent; }
 switch slider { border: none; box-shadow: none; background: #ffffff; border-radius: 12px; min-width: 24px; min-height: 24px; margin: 2px; }
