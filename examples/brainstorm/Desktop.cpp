@@ -1,4 +1,5 @@
 #include "examples/brainstorm/Desktop.h"
+#include "platform/appkit/NSWindow.h"
 
 namespace ideas {
 
@@ -195,6 +196,16 @@ std::optional<hotkey::KeyCombo> Desktop::comboOf(GdkEventKey const& event) const
 platform::NSEventModifierFlags Desktop::modifiersOf(unsigned state) const
 {
     return m_host ? m_host->shortcutModifiers(state) : platform::NSEventModifierFlags {};
+}
+
+platform::Observation Desktop::onKeyboardLost(GtkWidget* window, std::function<void()> handler) const
+{
+    auto known = m_host ? m_host->window(xidOf(window)) : nullptr;
+    if (!known)
+        return {};
+    return { platform::NotificationCenter::defaultCenter(),
+        { .name = platform::windowDidResignKeyNotification(), .object = std::move(known) },
+        [handler = std::move(handler)](platform::Notification const&) { handler(); } };
 }
 
 std::optional<std::string> Desktop::keyLabel(std::uint32_t keyCode) const

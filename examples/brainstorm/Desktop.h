@@ -59,6 +59,8 @@ public:
     // shortcut can have.
     std::optional<hotkey::KeyCombo> comboOf(GdkEventKey const& event) const;
     platform::NSEventModifierFlags modifiersOf(unsigned state) const;
+    // Calls when another window gets the keyboard. The toolkit does not tell of that while it has grabbed the keyboard.
+    platform::Observation onKeyboardLost(GtkWidget* window, std::function<void()> handler) const;
     // What is written on the key. Absent where that is no text.
     std::optional<std::string> keyLabel(std::uint32_t keyCode) const;
 

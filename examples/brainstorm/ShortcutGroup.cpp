@@ -86,6 +86,7 @@ void ShortcutGroup::connectAll()
             return;
         bool const isOn = gtk_switch_get_active(GTK_SWITCH(m_switch));
         m_settings.change([&](Settings::Values& values) { values.isShortcutEnabled = isOn; });
+        m_recorder.end();
         refresh();
     }));
     m_connections.push_back(scopedConnect<void()>(m_group.get(), "destroy", [this] { m_isGone = true; }));

@@ -83,6 +83,7 @@ void ShortcutRecorder::begin()
             end();
             return FALSE;
         }));
+    m_loss = m_desktop.onKeyboardLost(gtk_widget_get_toplevel(button), [this] { end(); });
     auto* const keymap = gdk_keymap_get_for_display(gtk_widget_get_display(button));
     m_recordingConnections.push_back(scopedConnect<void()>(keymap, "state-changed", [this] { showHeldModifiers(); }));
     if (m_actions.recordingDidChange)
@@ -98,6 +99,7 @@ void ShortcutRecorder::end()
     auto const struck = m_state == State::Struck ? m_struck : std::nullopt;
     m_state = State::Idle;
     m_recordingConnections.clear();
+    m_loss = {};
     ungrabKeyboard();
     setClass(m_button.get(), "recording", false);
     if (struck) {

@@ -34,13 +34,14 @@ public:
     void show(std::optional<hotkey::KeyCombo> const& combo);
     // Shows the combination again, after the keyboard has changed.
     void refresh();
+    // Ends a recording, as going elsewhere does.
+    void end();
 
 private:
     // Struck: there is a combination, and its key is still down.
     enum class State { Idle, Recording, Struck };
 
     void begin();
-    void end();
     void clear();
     bool take(GdkEvent const& event);
     void press(GdkEventKey const& event);
@@ -64,6 +65,7 @@ private:
     std::vector<Connection> m_connections;
     // Only while recording.
     std::vector<Connection> m_recordingConnections;
+    platform::Observation m_loss;
 };
 
 } // namespace ideas

@@ -25,12 +25,12 @@ constexpr std::int16_t top = 50;
 constexpr std::uint16_t width = 700;
 constexpr std::uint16_t height = 500;
 
-constexpr std::array<char const*, 11> lines { "Dear Mina,", "",
-    "thank you for the lanterns. They hang in the old oak now, and every child",
-    "of the village has counted them twice.", "",
-    "About the fair: the committee wants to know by Friday who brings what. I",
-    "have promised apple rings, and I believe I", "have promised them twice as well.", "",
-    "Could you ask at the mill whether they", "still have the long tables?" };
+constexpr std::array<char const*, 9> lines { "Dear Mina,", "",
+    "thank you for the lanterns. They hang in the old oak now, and every",
+    "child of the village has counted them twice.", "",
+    "About the fair: the committee wants to know by Friday who brings",
+    "what. I have promised apple rings, and fear to have promised them",
+    "twice as well. Could you ask at the mill whether they still have the", "long tables?" };
 
 class Letter {
 public:

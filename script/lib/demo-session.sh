@@ -2,20 +2,26 @@
 # The scripted session of the demo: what the user does, and what must come of it. Sourced by script/demo.
 
 session_app=
+session_letter=
 session_shot=0
 
 session_fail() {
     echo "demo: $*" >&2
     echo "demo: the transcript ends with" >&2
     tail -n 12 "$session_out/transcript.txt" >&2 || true
+    echo "demo: and the log with" >&2
+    tail -n 12 "$session_out/log.txt" >&2 || true
     exit 1
 }
 
 session_stop() {
-    [[ -n $session_app ]] || return 0
-    kill "$session_app" 2>/dev/null || true
-    wait "$session_app" 2>/dev/null || true
+    local pid
+    for pid in $session_app $session_letter; do
+        kill "$pid" 2>/dev/null || true
+        wait "$pid" 2>/dev/null || true
+    done
     session_app=
+    session_letter=
 }
 
 # expect WHAT SECONDS COMMAND...: waits for a condition, and fails in these words when it does not come.
@@ -163,7 +169,8 @@ session_play() {
     session_prepare_home
 
     echo "demo: playing the session"
-    "$session_build/ideas" --window app --transcript "$session_out/transcript.txt" &
+    "$session_build/ideas" --window app --transcript "$session_out/transcript.txt" \
+        2>"$session_out/log.txt" &
     session_app=$!
     expect "the main window opens, and is called Ideas" 20 window_named Ideas
     local main panel settings onboarding
@@ -171,7 +178,9 @@ session_play() {
     expect "the main window is active" 10 is_active "$main"
     play_main_window
     play_panel
-    play_other_windows
+    play_shortcut
+    play_settings
+    play_onboarding
 
     kill -TERM "$session_app"
     wait "$session_app" || session_fail "the app did not end well"
@@ -237,17 +246,108 @@ is_topmost() {
     (($1 == last))
 }
 
-play_other_windows() {
+play_shortcut() {
+    local letter
+    "$session_build/examples/demo_letter" >"$session_out/letter.txt" &
+    session_letter=$!
+    expect "another program opens its window" 10 window_named Letter
+    letter=$(window_named Letter)
+    expect "the other program is active" 10 is_active "$letter"
+    picture letter
+
+    xdotool key ctrl+alt+n
+    expect "the shortcut is heard" 10 count_is GlobalNewBrainstormShortcutTriggered 1
+    expect "a panel opens for the shortcut" 10 window_named Brainstorm
+    panel=$(window_named Brainstorm)
+    expect "the new panel is active" 10 is_active "$panel"
+    type_idea 'Ask the mill for their long tables'
+    picture from-elsewhere
+    xdotool key Escape
+    expect "the panel closes" 10 no_window_named Brainstorm
+    expect "the other program is active again" 10 is_active "$letter"
+    count_is GlobalNewBrainstormShortcutTriggered 1 || session_fail "one press opened more than one panel"
+}
+
+# How often the shortcut was switched off, which is how each recording begins.
+pauses() {
+    grep -c 'UpdateGlobalNewBrainstormShortcut {isEnabled = false' "$session_out/transcript.txt" || true
+}
+
+is_paused_since() {
+    (($(pauses) > $1))
+}
+
+is_kept() {
+    local kept
+    kept=$(sed -n '/^\[Shortcut\]/,$p' "$XDG_CONFIG_HOME/ideas/settings.ini" | tr '\n' ' ')
+    [[ $kept == "[Shortcut] keyCode=$1 modifiers=$2 isEnabled=true "* ]]
+}
+
+listen_for_shortcut() {
+    local before
+    before=$(pauses)
+    click "$settings" 120 375
+    expect "the settings listen for a shortcut" 10 is_paused_since "$before"
+}
+
+# record KEYS KEYCODE MODIFIERS: types a shortcut into the settings, which must keep it under these numbers.
+record() {
+    listen_for_shortcut
+    xdotool key "$1"
+    expect "the shortcut $1 is recorded" 10 is_kept "$2" "$3"
+    expect "the shortcut $1 is set" 10 has_line \
+        "UpdateGlobalNewBrainstormShortcut \{isEnabled = true, keyCode = $2, modifiers = $3\}"
+}
+
+has_refusal() {
+    grep -q 'hot key not registered' "$session_out/log.txt"
+}
+
+play_settings() {
+    local triggered
     click "$main" 90 -30
     expect "the settings open" 10 window_named Settings
     settings=$(window_named Settings)
     expect "the settings are active" 10 is_active "$settings"
+    # The present combination opens nothing while the settings listen: it would be recorded.
+    triggered=$(count GlobalNewBrainstormShortcutTriggered)
+    record ctrl+alt+n 45 6144
+    listen_for_shortcut
+    xdotool keydown ctrl keydown alt
+    picture listening
+    xdotool keyup alt keyup ctrl key Escape
+    count_is GlobalNewBrainstormShortcutTriggered "$triggered" || session_fail "recording opened a panel"
+
+    record ctrl+alt+k 40 6144
+    expect "it is told that another program has the shortcut" 10 has_refusal
+    picture taken
+    record ctrl+c 8 4096
+    picture usual
+    setxkbmap fr
+    record ctrl+alt+a 12 6144
+    picture french
+    setxkbmap us
+    record ctrl+alt+j 38 6144
     picture settings
-    click "$settings" -68 307
+
+    # The old shortcut is nobody's any more, and the new one works.
+    xdotool key ctrl+alt+n key ctrl+alt+j
+    expect "the recorded shortcut opens a panel" 10 window_named Brainstorm
+    expect "the panel for the recorded shortcut is active" 10 is_active "$(window_named Brainstorm)"
+    count_is GlobalNewBrainstormShortcutTriggered "$((triggered + 1))" ||
+        session_fail "the old shortcut opened a panel"
+    xdotool key Escape
+    expect "the panel closes" 10 no_window_named Brainstorm
+    expect "the settings are active again" 10 is_active "$settings"
+
+    click "$settings" -68 495
     expect "the dark appearance is chosen and kept" 10 grep -q '^DarkAppearance=true' "$XDG_CONFIG_HOME/ideas/settings.ini"
+    picture dark
     xdotool key ctrl+w
     expect "the settings close" 10 no_window_named Settings
+}
 
+play_onboarding() {
     click "$main" 90 -68
     expect "the introduction opens" 10 window_named 'Welcome to Ideas'
     onboarding=$(window_named 'Welcome to Ideas')

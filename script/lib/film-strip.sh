@@ -53,14 +53,30 @@ film_strip() {
         "pinned|Pinned: in front, while the main window is active"
         "one-less|One idea deleted: it shrinks again"
         "closed|Escape sends it away"
-        "settings|Settings, with its title"
-        "onboarding|The introduction, dark as just chosen in the settings"
+        "letter|Another program is in front"
+        "from-elsewhere|Ctrl+Alt+N there: a new panel, ready for typing"
+        "settings|The settings, with another shortcut recorded"
+        "dark|And dark, as just chosen"
+        "onboarding|The introduction"
+    )
+    local details=(
+        "listening|A click, and it listens"
+        "taken|Another program has it: it says so"
+        "usual|A usual command: it warns"
+        "french|A place, whatever is written there"
     )
     local entry picture cards=() rows=()
     for entry in "${stills[@]}"; do
         picture=$(find "$out" -maxdepth 1 -name "[0-9][0-9]-${entry%%|*}.png")
         strip_card "$picture" "${entry#*|}" 440 >"$strip_dir/${entry%%|*}.miff"
         cards+=("$strip_dir/${entry%%|*}.miff")
+    done
+
+    local closer=()
+    for entry in "${details[@]}"; do
+        picture=$(find "$out" -maxdepth 1 -name "[0-9][0-9]-${entry%%|*}.png")
+        strip_card "$picture" "${entry#*|}" 325 372x190+534+407 >"$strip_dir/${entry%%|*}.miff"
+        closer+=("$strip_dir/${entry%%|*}.miff")
     done
 
     local frames=() captions=("Return" "" "" "" "at rest") number=0
@@ -76,7 +92,9 @@ film_strip() {
     strip_row "$strip_dir/row-2.miff" "${moving[@]}"
     strip_row "$strip_dir/row-3.miff" "${cards[@]:3:3}"
     strip_row "$strip_dir/row-4.miff" "${cards[@]:6:3}"
-    for index in 1 2 3 4; do
+    strip_row "$strip_dir/row-5.miff" "${closer[@]}"
+    strip_row "$strip_dir/row-6.miff" "${cards[@]:9:3}"
+    for index in 1 2 3 4 5 6; do
         rows+=("$strip_dir/row-$index.miff")
     done
     "$strip_im" "${rows[@]}" -background '#1f1f28' -gravity center -append -bordercolor '#1f1f28' -border 10x12 \
