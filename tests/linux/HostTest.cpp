@@ -7,11 +7,10 @@
 #include "backends/linux/host/Workspace.h"
 #include "backends/linux/loop/EventLoop.h"
 #include "backends/linux/loop/MonotonicClock.h"
-#include "tests/linux/ChildProcess.h"
+#include "tests/linux/SessionBus.h"
 
 #include <algorithm>
 #include <array>
-#include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
@@ -74,14 +73,6 @@ protected:
             loop.dispatch();
         }
         return true;
-    }
-
-    // Another program makes it.
-    static bool runUntilExists(std::string const& path)
-    {
-        for (int look = 0; look < 2000 && !fs::exists(path); ++look)
-            poll(nullptr, 0, 5);
-        return fs::exists(path);
     }
 
     std::string root;
@@ -191,18 +182,9 @@ private:
 
 TEST_F(HostFiles, TheServiceIsAskedWithoutWaitingAndFollowed)
 {
-    auto const path = root + "/bus";
-    write("/bus.conf",
-        "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-BUS Bus Configuration 1.0//EN\" "
-        "\"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n<busconfig><type>session</type>"
-        "<listen>unix:path="
-            + path
-            + "</listen><policy context=\"default\"><allow send_destination=\"*\"/><allow receive_sender=\"*\"/>"
-              "<allow own=\"*\"/></policy></busconfig>\n");
-    ChildProcess bus({ "dbus-daemon", "--nofork", "--config-file=" + root + "/bus.conf" });
+    SessionBus bus;
     auto loop = EventLoop::create().take();
-    ASSERT_TRUE(runUntilExists(path));
-    auto const address = "unix:path=" + path;
+    auto const address = bus.address();
     auto const runBoth = [&](HostnameService* service, std::function<bool()> condition) {
         backends::MonotonicClock clock;
         auto const end = clock.now() + platform::Seconds { 4 };
@@ -236,7 +218,7 @@ TEST_F(HostFiles, TheServiceIsAskedWithoutWaitingAndFollowed)
     service.rename("");
     EXPECT_TRUE(runBoth(&service, [&] { return !hostname.prettyName(); }));
     // A bus that dies leaves us as we are.
-    bus.end(SIGKILL);
+    bus.end();
     int turns = 0;
     for (pollfd wait { loop->pollableDescriptor(), POLLIN, 0 }; poll(&wait, 1, 100) > 0 && turns < 100; ++turns)
         loop->dispatch();

@@ -52,6 +52,19 @@ protected:
     backends::MonotonicClock clock;
 };
 
+TEST_F(Loop, WhatIsSoonRunsOnceInOrderUnlessItIsDropped)
+{
+    std::vector<int> order;
+    auto const first = loop->soon([&] { order.push_back(1); });
+    auto dropped = loop->soon([&] { order.push_back(2); });
+    auto const last = loop->soon([&] { order.push_back(3); });
+    dropped.end();
+    ASSERT_TRUE(runUntil([&] { return order.size() == 2; }));
+    loop->dispatch();
+    EXPECT_EQ(order, (std::vector<int> { 1, 3 }));
+    EXPECT_FALSE(isReadable(loop->pollableDescriptor(), 20));
+}
+
 TEST_F(Loop, WorkRunsInOrderAndWorkOfWorkInTheNextTurn)
 {
     backends::MainQueue queue(*loop);

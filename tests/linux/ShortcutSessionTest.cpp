@@ -112,6 +112,26 @@ TEST_F(ShortcutSession, APortalThatBindsIsUsedAlone)
     EXPECT_EQ(told.back(), truth());
 }
 
+TEST_F(ShortcutSession, AHostMayRunANestedLoopFromInsideAPress)
+{
+    SessionBus const bus;
+    PortalStandIn portal(bus.address());
+    openWayland();
+    auto const key = registered(n, cmdKey);
+    waitFor(HotKeyAvailability::PortalBound);
+    // As a dialog does that the press opens: the release comes while it is still open.
+    auto const dialog = backend->eventHotKeys()->eventDispatcherTarget().installEventHandler(
+        { { platform::kEventClassKeyboard, platform::kEventHotKeyPressed } }, [this](auto const*) {
+            heard.push_back({ 1, true });
+            pumpUntil([this] { return heard.size() == 2; });
+            return platform::noErr;
+        });
+    portal.press(true);
+    portal.press(false);
+    pumpUntil([&] { return heard.size() == 2; });
+    EXPECT_EQ(heard, once(1));
+}
+
 TEST_F(ShortcutSession, WhatTheDesktopRemembersIsNotAskedAgain)
 {
     SessionBus const bus;
@@ -214,6 +234,23 @@ TEST_F(ShortcutSession, AYesWithAnEmptyListIsNoBinding)
     // And takes them away.
     portal.changeTrigger("");
     waitFor(HotKeyAvailability::XWaylandFocusedOnly);
+}
+
+TEST_F(ShortcutSession, WhatWasNotBoundIsAskedAgainWhenTheHostTellsItAgain)
+{
+    SessionBus const bus;
+    PortalStandIn::Manners manners;
+    manners.bindCode = 2;
+    PortalStandIn const portal(bus.address(), manners);
+    openWayland();
+    auto key = registered(n, cmdKey);
+    pumpUntil([&] { return truth().lastRegistration == HotKeyResult::Active; });
+    EXPECT_EQ(portal.count("BindShortcuts"), 1);
+    key.reset();
+    key = registered(n, cmdKey);
+    pumpUntil([&] { return portal.count("BindShortcuts") == 2; });
+    EXPECT_EQ(portal.count("CreateSession"), 2);
+    EXPECT_EQ(truth().availability, HotKeyAvailability::XWaylandFocusedOnly);
 }
 
 TEST_F(ShortcutSession, OldOrBrokenPortalsLeaveTheGrab)

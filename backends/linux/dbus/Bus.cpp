@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <deque>
 #include <systemd/sd-bus.h>
 #include <systemd/sd-event.h>
 
@@ -33,17 +34,36 @@ bool makeCall(sd_bus* bus, OwnedMessage& owned, Bus::Member const& method, std::
 } // namespace
 
 struct BusSlot::State {
-    sd_bus_slot* slot = nullptr;
-    Bus::Handler handle {};
+    State(EventLoop& carrier, Bus::Handler handler)
+        : loop(carrier)
+        , handle(std::move(handler))
+    {
+    }
     ~State() { sd_bus_slot_unref(slot); }
+
+    // The library hands out in the middle of its own work and does none of it again before it has returned. From the
+    // loop the handler may run a nested one, which still hears the bus.
+    void deliverSoon(BusMessage message)
+    {
+        deliveries.push_back(loop.soon([this, message = std::move(message)] {
+            // Out of reach first: the handler may drop the slot that holds all this.
+            auto const delivery = std::move(deliveries.front());
+            deliveries.pop_front();
+            auto const call = handle;
+            call(message);
+        }));
+    }
 
     static int trampoline(sd_bus_message* message, void* context, sd_bus_error*) noexcept
     {
-        // A copy: the handler may drop the slot that holds it.
-        auto const handle = static_cast<State*>(context)->handle;
-        handle(readMessage(message));
+        static_cast<State*>(context)->deliverSoon(readMessage(message));
         return 0;
     }
+
+    EventLoop& loop;
+    Bus::Handler handle;
+    sd_bus_slot* slot = nullptr;
+    std::deque<LoopSource> deliveries {};
 };
 
 BusSlot::BusSlot(std::unique_ptr<State> state)
@@ -56,8 +76,9 @@ BusSlot::~BusSlot() = default;
 BusSlot::BusSlot(BusSlot&&) noexcept = default;
 BusSlot& BusSlot::operator=(BusSlot&&) noexcept = default;
 
-Bus::Bus(sd_bus* bus)
+Bus::Bus(sd_bus* bus, EventLoop& loop)
     : m_bus(bus)
+    , m_loop(loop)
 {
 }
 
@@ -88,7 +109,7 @@ platform::Result<std::unique_ptr<Bus>> Bus::connect(EventLoop& loop, std::string
     int result = sd_bus_new(&bus);
     if (result < 0)
         return NSError { "NSPOSIXErrorDomain", -result, std::strerror(-result) };
-    std::unique_ptr<Bus> connection(new Bus(bus));
+    std::unique_ptr<Bus> connection(new Bus(bus, loop));
     result = sd_bus_set_address(bus, address.c_str());
     if (result >= 0)
         result = sd_bus_set_bus_client(bus, 1);
@@ -105,15 +126,14 @@ platform::Result<std::unique_ptr<Bus>> Bus::connect(EventLoop& loop, std::string
 BusSlot Bus::call(Member const& method, std::string const& signature, platform::List const& arguments, Handler answered)
 {
     OwnedMessage question;
-    auto state = std::make_unique<BusSlot::State>();
-    state->handle = std::move(answered);
+    auto state = std::make_unique<BusSlot::State>(m_loop, std::move(answered));
     if (!makeCall(m_bus, question, method, signature, arguments)
         || sd_bus_call_async(
                m_bus, &state->slot, question.message, BusSlot::State::trampoline, state.get(), answerTimeMicroseconds)
             < 0) {
         BusMessage refused;
         refused.error = "cannot call " + method.interface + "." + method.name;
-        state->handle(refused);
+        state->deliverSoon(refused);
     }
     return BusSlot(std::move(state));
 }
@@ -129,8 +149,7 @@ void Bus::send(Member const& method, std::string const& signature, platform::Lis
 
 BusSlot Bus::whenSignal(Member const& signal, Handler heard)
 {
-    auto state = std::make_unique<BusSlot::State>();
-    state->handle = std::move(heard);
+    auto state = std::make_unique<BusSlot::State>(m_loop, std::move(heard));
     sd_bus_match_signal_async(m_bus, &state->slot, signal.service.c_str(),
         signal.path.empty() ? nullptr : signal.path.c_str(), signal.interface.c_str(), signal.name.c_str(),
         BusSlot::State::trampoline, nullptr, state.get());
@@ -139,12 +158,11 @@ BusSlot Bus::whenSignal(Member const& signal, Handler heard)
 
 BusSlot Bus::whenOwnerChanges(std::string const& service, std::function<void(bool had, bool has)> changed)
 {
-    auto state = std::make_unique<BusSlot::State>();
-    state->handle = [changed = std::move(changed)](BusMessage const& message) {
+    auto state = std::make_unique<BusSlot::State>(m_loop, [changed = std::move(changed)](BusMessage const& message) {
         auto const before = message.argument(1), after = message.argument(2);
         if (before.asText() && after.asText())
             changed(!before.asText()->empty(), !after.asText()->empty());
-    };
+    });
     auto const rule = "type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
                       "member='NameOwnerChanged',arg0='"
         + service + "'";

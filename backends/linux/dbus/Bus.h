@@ -31,8 +31,8 @@ private:
     std::unique_ptr<State> m_state;
 };
 
-// A connection to a message bus, carried by the loop. Nothing here waits: a bus that is dead or silent costs nothing
-// but the answer. Main thread only.
+// A connection to a message bus, carried by the loop, whose handlers run like all others of the loop. Nothing here
+// waits: a bus that is dead or silent costs nothing but the answer. Main thread only.
 class Bus {
 public:
     // The address as in the D-Bus specification, "unix:path=/run/dbus/system_bus_socket". Fails when nobody listens.
@@ -70,9 +70,10 @@ public:
     BusSlot whenPropertiesChange(Member const& property, std::function<void()> changed);
 
 private:
-    explicit Bus(sd_bus* bus);
+    Bus(sd_bus* bus, EventLoop& loop);
 
     sd_bus* m_bus;
+    EventLoop& m_loop;
 };
 
 } // namespace backends

@@ -34,8 +34,10 @@ GlobalShortcuts::GlobalShortcuts(
 
 void GlobalShortcuts::bind(Shortcut const& shortcut)
 {
-    m_isWanted = true;
-    if (m_state == State::Declined || (m_shortcut == shortcut && !m_needsAsking))
+    bool const isNewWish = !std::exchange(m_isWanted, true);
+    // Told off and on again, a user may expect another try of what the desktop did not do.
+    bool const isRetry = isNewWish && m_state == State::NotBound;
+    if (m_state == State::Declined || (m_shortcut == shortcut && !m_needsAsking && !isRetry))
         return;
     endSession();
     m_shortcut = shortcut;

@@ -42,6 +42,7 @@ struct LoopSource::State : std::enable_shared_from_this<LoopSource::State> {
     std::function<void()> handler {};
     std::deque<std::weak_ptr<State>>* ready = nullptr;
     bool isQueued = false;
+    bool isEnded = false;
 
     void queue()
     {
@@ -53,7 +54,7 @@ struct LoopSource::State : std::enable_shared_from_this<LoopSource::State> {
     void run()
     {
         isQueued = false;
-        if (!source)
+        if (isEnded)
             return;
         // A copy: the handler may drop the source that holds it.
         auto const call = handler;
@@ -82,8 +83,10 @@ LoopSource::~LoopSource() { end(); }
 void LoopSource::end()
 {
     auto const state = std::exchange(m_state, nullptr);
-    if (state)
-        state->source = sd_event_source_disable_unref(state->source);
+    if (!state)
+        return;
+    state->isEnded = true;
+    state->source = sd_event_source_disable_unref(state->source);
 }
 
 platform::Result<std::unique_ptr<EventLoop>> EventLoop::create()
@@ -168,6 +171,15 @@ LoopSource EventLoop::whenReadable(int descriptor, std::function<void()> handler
     // 1 is EPOLLIN. Errors and hang-ups are reported unasked and look readable to the handler, which finds out.
     if (sd_event_add_io(m_event, &state->source, descriptor, 1, trampoline, state.get()) < 0)
         return {};
+    return adopt(state);
+}
+
+LoopSource EventLoop::soon(std::function<void()> handler)
+{
+    auto const state = std::make_shared<LoopSource::State>();
+    state->handler = std::move(handler);
+    state->ready = &m_ready;
+    state->queue();
     return adopt(state);
 }
 

@@ -58,6 +58,8 @@ public:
 
     // The descriptor stays the caller's and must outlive the source.
     LoopSource whenReadable(int descriptor, std::function<void()> handler);
+    // Once, in the order of the calls: in this turn when it comes from inside the waiting, else in the next one.
+    LoopSource soon(std::function<void()> handler);
     // Once. Precise to a microsecond, on the clock that stands still while the machine sleeps.
     LoopSource after(platform::Seconds delay, std::function<void()> handler);
     LoopSource at(platform::Seconds monotonicTime, std::function<void()> handler);
