@@ -173,6 +173,23 @@ TEST_F(HotKeys, WhatTheWindowManagerHoldsIsToldAndTakenWhenItHasGone)
     pumpUntil([&] { return result() == HotKeyResult::Active; });
 }
 
+TEST_F(HotKeys, WhatAProgramHeldIsTakenWhenTheProgramHasEnded)
+{
+    open();
+    auto other = std::make_unique<KeyboardOwner>(desktop->display());
+    Toolkit program(desktop->display());
+    ASSERT_TRUE(other->grab(nKey, XCB_MOD_MASK_4));
+    auto const window = program.make();
+    program.map(window);
+    auto const key = registered(n, cmdKey);
+    // Longer than the tries of the first moment.
+    pumpFor(std::chrono::milliseconds(1800));
+    EXPECT_EQ(result(), HotKeyResult::HeldByAnotherClient);
+    other.reset();
+    program.destroy(window);
+    pumpUntil([&] { return result() == HotKeyResult::Active; });
+}
+
 TEST_F(HotKeys, WhatAnotherClientHoldsForAMomentIsTakenWhenItIsFree)
 {
     open();

@@ -195,6 +195,17 @@ void X11HotKeys::tryAgain()
     placeMissing();
 }
 
+void X11HotKeys::somebodyMayHaveGone()
+{
+    bool const isAnyRefused = std::any_of(m_entries.begin(), m_entries.end(),
+        [](auto const& entry) { return entry.second.result == HotKeyResult::HeldByAnotherClient; });
+    if (!isAnyRefused || m_isRetrying)
+        return;
+    // One try is enough: the server tells of the end of a client's windows when it lets its grabs go.
+    m_retries = std::size(retryDelays) - 1;
+    retryLater();
+}
+
 void X11HotKeys::placeMissing()
 {
     for (auto& [handle, entry] : m_entries) {
@@ -208,7 +219,11 @@ void X11HotKeys::retryLater()
 {
     if (m_retries == std::size(retryDelays))
         return;
-    m_retry = m_loop.after(retryDelays[m_retries++], [this] { placeMissing(); });
+    m_isRetrying = true;
+    m_retry = m_loop.after(retryDelays[m_retries++], [this] {
+        m_isRetrying = false;
+        placeMissing();
+    });
 }
 
 void X11HotKeys::connectionWasLost()

@@ -40,6 +40,8 @@ public:
     // Looks again at what is not as it should be: the keyboard is another one, or somebody may have let a key go.
     void keyboardDidChange();
     void tryAgain();
+    // The same, when a program may have ended: soon, and once for many.
+    void somebodyMayHaveGone();
     void connectionWasLost();
 
     // True when the event was one of a hot key.
@@ -98,6 +100,7 @@ private:
     std::uint32_t m_attempts = 0;
     LoopSource m_retry;
     std::size_t m_retries = 0;
+    bool m_isRetrying = false;
 };
 
 } // namespace backends

@@ -111,6 +111,8 @@ void X11World::handleDestroy(xcb_window_t xid)
     // Holds the window to the end of its last report.
     if (auto const found = window(xid))
         remove(found);
+    else
+        m_hotKeys.somebodyMayHaveGone();
 }
 
 } // namespace backends
