@@ -80,6 +80,7 @@ int PortalStandIn::handleCall(sd_bus_message* message)
         note(member);
         {
             std::lock_guard const lock(mutex());
+            m_client = sd_bus_message_get_sender(message);
             m_session = std::string(object) + "/session/" + std::to_string(++m_sessionCount);
         }
         respond(message, m_manners.sessionCode, [&](sd_bus_message* results) {
@@ -177,6 +178,12 @@ void PortalStandIn::closeSession()
         [this] { EXPECT_GE(sd_bus_emit_signal(bus(), session().c_str(), sessionInterface, "Closed", "a{sv}", 0), 0); });
 }
 
+std::string PortalStandIn::client() const
+{
+    std::lock_guard const lock(mutex());
+    return m_client;
+}
+
 std::string PortalStandIn::session() const
 {
     std::lock_guard const lock(mutex());
@@ -187,6 +194,23 @@ std::string PortalStandIn::shortcut() const
 {
     std::lock_guard const lock(mutex());
     return m_shortcut;
+}
+
+void forgePress(
+    std::string const& busAddress, std::string const& victim, std::string const& session, std::string const& shortcut)
+{
+    sd_bus* forger = nullptr;
+    sd_bus_new(&forger);
+    sd_bus_set_address(forger, busAddress.c_str());
+    sd_bus_set_bus_client(forger, 1);
+    EXPECT_GE(sd_bus_start(forger), 0);
+    sd_bus_message* signal = nullptr;
+    sd_bus_message_new_signal(forger, &signal, object, shortcuts, "Activated");
+    sd_bus_message_set_destination(signal, victim.c_str());
+    sd_bus_message_append(signal, "osta{sv}", session.c_str(), shortcut.c_str(), std::uint64_t { 1 }, 0);
+    EXPECT_GE(sd_bus_send(forger, signal, nullptr), 0);
+    sd_bus_message_unref(signal);
+    sd_bus_flush_close_unref(forger);
 }
 
 } // namespace paneweld_tests

@@ -8,6 +8,10 @@
 
 namespace paneweld_tests {
 
+// What sendPress does for the portal, from somebody who is not the portal.
+void forgePress(
+    std::string const& busAddress, std::string const& victim, std::string const& session, std::string const& shortcut);
+
 // A desktop's portal of our own on a test's bus, as far as shortcuts go, with a user who answers as the test says. It
 // lives on a thread of its own. What it was asked reads: "Register app.test", "version",
 // "CreateSession", "ListShortcuts", "BindShortcuts id trigger", "Close session", "Close request".
@@ -37,6 +41,8 @@ public:
     }
     ~PortalStandIn() override { stop(); }
 
+    // Who asked last, by the name of the connection.
+    std::string client() const;
     // The session that was made last, and the shortcut that was bound last.
     std::string session() const;
     std::string shortcut() const;
@@ -54,6 +60,7 @@ private:
     void appendShortcuts(sd_bus_message* message, bool hasShortcut);
 
     Manners m_manners;
+    std::string m_client;
     std::string m_session;
     std::string m_shortcut;
     int m_sessionCount = 0;

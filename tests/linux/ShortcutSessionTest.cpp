@@ -112,6 +112,19 @@ TEST_F(ShortcutSession, APortalThatBindsIsUsedAlone)
     EXPECT_EQ(told.back(), truth());
 }
 
+TEST_F(ShortcutSession, APressThatIsNotThePortalsIsNone)
+{
+    SessionBus const bus;
+    PortalStandIn portal(bus.address());
+    openWayland();
+    auto const key = registered(n, cmdKey);
+    waitFor(HotKeyAvailability::PortalBound);
+    forgePress(bus.address(), portal.client(), portal.session(), portal.shortcut());
+    portal.changeTrigger("Super+N");
+    pumpUntil([&] { return truth().trigger == "Super+N"; });
+    EXPECT_EQ(heard, std::vector<Heard> {});
+}
+
 TEST_F(ShortcutSession, AHostMayRunANestedLoopFromInsideAPress)
 {
     SessionBus const bus;
@@ -294,6 +307,8 @@ TEST_F(ShortcutSession, APortalThatGoesAndComesBackBindsAgain)
     EXPECT_TRUE(isGrabbed(*user));
     portal = std::make_unique<PortalStandIn>(bus.address());
     waitFor(HotKeyAvailability::PortalBound);
+    // Another program: it is told who we are.
+    EXPECT_EQ(portal->count("Register"), 1);
     EXPECT_EQ(portal->count("ListShortcuts"), 1);
     EXPECT_EQ(portal->count("BindShortcuts"), 1);
     settle();
@@ -346,6 +361,9 @@ TEST_F(ShortcutSession, ABusThatDiesIsTold)
     waitFor(HotKeyAvailability::PortalBound);
     bus.end();
     waitFor(HotKeyAvailability::XWaylandFocusedOnly);
+    pumpUntil([&] { return truth().lastRegistration == HotKeyResult::Active; });
+    // Asked again there is nobody, and nothing goes wrong.
+    auto const other = registered(n, cmdKey | shiftKey, 2);
     pumpUntil([&] { return truth().lastRegistration == HotKeyResult::Active; });
 }
 

@@ -156,12 +156,13 @@ BusSlot Bus::whenSignal(Member const& signal, Handler heard)
     return BusSlot(std::move(state));
 }
 
-BusSlot Bus::whenOwnerChanges(std::string const& service, std::function<void(bool had, bool has)> changed)
+BusSlot Bus::whenOwnerChanges(
+    std::string const& service, std::function<void(std::string const& before, std::string const& after)> changed)
 {
     auto state = std::make_unique<BusSlot::State>(m_loop, [changed = std::move(changed)](BusMessage const& message) {
         auto const before = message.argument(1), after = message.argument(2);
         if (before.asText() && after.asText())
-            changed(!before.asText()->empty(), !after.asText()->empty());
+            changed(*before.asText(), *after.asText());
     });
     auto const rule = "type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
                       "member='NameOwnerChanged',arg0='"

@@ -57,10 +57,12 @@ public:
     BusSlot call(Member const& method, std::string const& signature, platform::List const& arguments, Handler answered);
     // Without caring for an answer.
     void send(Member const& method, std::string const& signature, platform::List const& arguments);
-    // Only what the owner of the service sends.
+    // What the owner of the service sends. Somebody else who addresses it to us alone gets through as well: who has to
+    // be sure compares the sender.
     BusSlot whenSignal(Member const& signal, Handler heard);
-    // Each time that the name changes hands.
-    BusSlot whenOwnerChanges(std::string const& service, std::function<void(bool had, bool has)> changed);
+    // Each time that the name changes hands; the names of connections, empty for nobody.
+    BusSlot whenOwnerChanges(
+        std::string const& service, std::function<void(std::string const& before, std::string const& after)> changed);
     // Once, when the bus has gone.
     BusSlot whenLost(std::function<void()> lost);
 

@@ -256,6 +256,8 @@ BusMessage readMessage(sd_bus_message* message)
     BusMessage read;
     if (auto const* const path = sd_bus_message_get_path(message))
         read.path = path;
+    if (auto const* const sender = sd_bus_message_get_sender(message))
+        read.sender = sender;
     if (auto const* const error = sd_bus_message_get_error(message)) {
         read.error = std::string(error->name) + ": " + (error->message ? error->message : "");
         return read;

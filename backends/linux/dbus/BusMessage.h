@@ -10,8 +10,9 @@ namespace backends {
 
 // What came from the bus: a signal, or the answer to a call. A value.
 struct BusMessage {
-    // The object that a signal is about.
+    // The object that a signal is about, and the connection that sent it (":1.7").
     std::string path {};
+    std::string sender {};
     // Of an answer that is an error, as in "org.freedesktop.DBus.Error.ServiceUnknown: no such name". Else empty.
     std::string error {};
     // Structures and arrays are lists, dictionaries with text keys are dictionaries, variants are what they hold.

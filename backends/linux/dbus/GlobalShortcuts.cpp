@@ -48,7 +48,7 @@ void GlobalShortcuts::ask()
 {
     m_needsAsking = false;
     setState(State::Asking);
-    if (!m_portal)
+    if (!m_portal || m_portal->isLost())
         connect();
     if (!m_portal)
         return;
@@ -64,6 +64,7 @@ void GlobalShortcuts::ask()
 
 void GlobalShortcuts::connect()
 {
+    m_portal.reset();
     auto portal = Portal::connect(m_loop, m_busAddress, m_appID);
     if (!portal) {
         m_log.error(

@@ -30,20 +30,33 @@ platform::Result<std::unique_ptr<Portal>> Portal::connect(
     auto bus = Bus::connect(loop, busAddress);
     if (!bus)
         return bus.error();
-    std::unique_ptr<Portal> portal(new Portal(bus.take()));
-    if (!appID.empty() && !isSandboxed())
-        portal->registerApp(appID);
-    return portal;
+    return std::unique_ptr<Portal>(new Portal(bus.take(), isSandboxed() ? std::string() : appID));
 }
 
-Portal::Portal(std::unique_ptr<Bus> bus)
+Portal::Portal(std::unique_ptr<Bus> bus, std::string appID)
     : m_bus(std::move(bus))
+    , m_appID(std::move(appID))
 {
     // One rule for all requests, before the first is made: an answer may come before the request has been named.
-    m_responses = m_bus->whenSignal(
-        { service, {}, requestInterface, "Response" }, [this](auto const& response) { handleResponse(response); });
-    m_owner = m_bus->whenOwnerChanges(service, [this](bool had, bool has) { ownerDidChange(had, has); });
-    m_lost = m_bus->whenLost([this] { ownerDidChange(true, false); });
+    m_responses = m_bus->whenSignal({ service, {}, requestInterface, "Response" },
+        fromOwner([this](auto const& response) { handleResponse(response); }));
+    m_ownerChanges = m_bus->whenOwnerChanges(
+        service, [this](auto const& before, auto const& after) { ownerDidChange(before, after); });
+    m_lost = m_bus->whenLost([this] {
+        m_isLost = true;
+        ownerDidChange(m_owner, {});
+    });
+    // Answered before anything that is asked later.
+    m_ownerQuestion
+        = m_bus->call({ "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetNameOwner" }, "s",
+            { service }, [this](BusMessage const& answer) {
+                auto const owner = answer.argument(0);
+                if (!owner.asText() || !m_owner.empty())
+                    return;
+                m_owner = *owner.asText();
+                m_hasSeenOwner = true;
+            });
+    registerApp();
 }
 
 Portal::~Portal() = default;
@@ -54,11 +67,21 @@ void Portal::setObserver(std::function<void()> didGo, std::function<void()> didC
     m_didCome = std::move(didCome);
 }
 
-void Portal::registerApp(std::string const& appID)
+void Portal::registerApp()
 {
+    if (m_appID.empty())
+        return;
     // Older portals do not know it, and one that has been told already refuses: neither matters.
     m_registration = m_bus->call({ service, object, "org.freedesktop.host.portal.Registry", "Register" }, "sa{sv}",
-        { appID, platform::Dictionary {} }, [](auto const&) {});
+        { m_appID, platform::Dictionary {} }, [](auto const&) {});
+}
+
+Bus::Handler Portal::fromOwner(Bus::Handler heard)
+{
+    return [this, heard = std::move(heard)](BusMessage const& signal) {
+        if (!m_owner.empty() && signal.sender == m_owner)
+            heard(signal);
+    };
 }
 
 std::string Portal::makeToken()
@@ -127,15 +150,21 @@ void Portal::takeBack(std::string const& token)
         closeObject(requestInterface, pending.mapped().path);
 }
 
-void Portal::ownerDidChange(bool had, bool has)
+void Portal::ownerDidChange(std::string const& before, std::string const& after)
 {
-    if (had) {
+    m_owner = after;
+    if (!before.empty() || m_isLost) {
         // Their answers never come.
         m_pending.clear();
         if (m_didGo)
             m_didGo();
     }
-    if (has && m_didCome)
+    if (after.empty())
+        return;
+    // A portal that was started by our own question is told already; the next one is another program.
+    if (std::exchange(m_hasSeenOwner, true))
+        registerApp();
+    if (m_didCome)
         m_didCome();
 }
 
@@ -154,12 +183,12 @@ BusSlot Portal::askVersion(
 
 BusSlot Portal::whenSignal(std::string const& interface, std::string const& signal, Bus::Handler heard)
 {
-    return m_bus->whenSignal({ service, object, interfaceNamed(interface), signal }, std::move(heard));
+    return m_bus->whenSignal({ service, object, interfaceNamed(interface), signal }, fromOwner(std::move(heard)));
 }
 
 BusSlot Portal::whenObjectSignals(std::string const& interface, std::string const& signal, Bus::Handler heard)
 {
-    return m_bus->whenSignal({ service, {}, interface, signal }, std::move(heard));
+    return m_bus->whenSignal({ service, {}, interface, signal }, fromOwner(std::move(heard)));
 }
 
 void Portal::closeObject(std::string const& interface, std::string const& path)

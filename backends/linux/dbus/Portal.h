@@ -26,6 +26,8 @@ public:
     Portal(Portal const&) = delete;
     Portal& operator=(Portal const&) = delete;
 
+    // The bus has gone, and this with it.
+    bool isLost() const { return m_isLost; }
     // The portal went, with all that was asked of it, or came.
     void setObserver(std::function<void()> didGo, std::function<void()> didCome);
 
@@ -70,7 +72,7 @@ public:
     static std::string makeToken();
 
 private:
-    explicit Portal(std::unique_ptr<Bus> bus);
+    Portal(std::unique_ptr<Bus> bus, std::string appID);
 
     struct Pending {
         std::function<void(Response const&)> answered {};
@@ -79,18 +81,26 @@ private:
         std::string path {};
     };
 
-    void registerApp(std::string const& appID);
-    void ownerDidChange(bool had, bool has);
+    void registerApp();
+    void ownerDidChange(std::string const& before, std::string const& after);
+    // Signals that claim to be the portal's and are.
+    Bus::Handler fromOwner(Bus::Handler heard);
     void handleResponse(BusMessage const& response);
     void finish(std::string const& token, Response const& response);
     void takeBack(std::string const& token);
 
     std::unique_ptr<Bus> m_bus;
+    std::string m_appID;
+    // The portal's connection. Empty while there is none.
+    std::string m_owner;
+    bool m_hasSeenOwner = false;
+    bool m_isLost = false;
     std::map<std::string, Pending> m_pending;
     std::function<void()> m_didGo;
     std::function<void()> m_didCome;
     BusSlot m_responses;
-    BusSlot m_owner;
+    BusSlot m_ownerQuestion;
+    BusSlot m_ownerChanges;
     BusSlot m_lost;
     BusSlot m_registration;
 };
