@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <optional>
 #include <poll.h>
 #include <xcb/xcb.h>
 #include <xcb/xtest.h>
@@ -55,7 +56,7 @@ private:
     xcb_connection_t* m_connection;
 };
 
-// Measures the time until the press has arrived; the release goes by unmeasured.
+// Measures the time until the press has arrived, which waiting for it tells; the release goes by unmeasured.
 template<typename WaitForPress, typename WaitForRelease>
 void measure(benchmark::State& state, xcb_keycode_t key, WaitForPress waitForPress, WaitForRelease waitForRelease)
 {
@@ -63,8 +64,8 @@ void measure(benchmark::State& state, xcb_keycode_t key, WaitForPress waitForPre
     for (auto _ : state) {
         auto const start = Clock::now();
         user.press(key, true);
-        waitForPress();
-        state.SetIterationTime(std::chrono::duration<double>(Clock::now() - start).count());
+        Clock::time_point const arrival = waitForPress();
+        state.SetIterationTime(std::chrono::duration<double>(arrival - start).count());
         user.press(key, false);
         waitForRelease();
     }
@@ -76,10 +77,10 @@ void pressToObserver(benchmark::State& state)
     static auto const world = backends::makeLinuxPlatform({}).take();
     static auto const controller = paneweld::GlobalShortcutController::create(*world);
     auto& center = platform::NotificationCenter::defaultCenter();
-    int triggered = 0;
+    std::optional<Clock::time_point> triggered;
     platform::Observation const observation(center,
         { paneweld::NotificationName::globalNewBrainstormShortcutTriggered(), nullptr, {} },
-        [&](auto const&) { ++triggered; });
+        [&](auto const&) { triggered = Clock::now(); });
     int released = 0;
     auto const handler = world->eventHotKeys()->eventDispatcherTarget().installEventHandler(
         { { platform::kEventClassKeyboard, platform::kEventHotKeyReleased } }, [&](auto const*) {
@@ -100,9 +101,13 @@ void pressToObserver(benchmark::State& state)
     };
     tell(true);
     pumpUntil([&] { return world->eventHotKeys()->truth().lastRegistration != platform::HotKeyResult::Pending; });
-    measure(
-        state, ourKey, [&] { pumpUntil([&, before = triggered] { return triggered > before; }); },
-        [&] { pumpUntil([&, before = released] { return released > before; }); });
+    auto const waitForPress = [&] {
+        triggered.reset();
+        pumpUntil([&] { return triggered.has_value(); });
+        return *triggered;
+    };
+    auto const waitForRelease = [&] { pumpUntil([&, before = released] { return released > before; }); };
+    measure(state, ourKey, waitForPress, waitForRelease);
     tell(false);
     world->dispatch();
 }
@@ -115,17 +120,17 @@ void pressToObserverFloor(benchmark::State& state)
     auto const root = xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
     xcb_grab_key(connection, 0, root, XCB_MOD_MASK_4, bareKey, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
     free(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
-    auto const waitFor = [&](int type) {
+    auto const waitFor = [&](int type) -> Clock::time_point {
         while (true) {
             auto* const event = xcb_wait_for_event(connection);
             bool const isIt = (event->response_type & 0x7F) == type;
             free(event);
             if (isIt)
-                return;
+                return Clock::now();
         }
     };
     measure(
-        state, bareKey, [&] { waitFor(XCB_KEY_PRESS); }, [&] { waitFor(XCB_KEY_RELEASE); });
+        state, bareKey, [&] { return waitFor(XCB_KEY_PRESS); }, [&] { return waitFor(XCB_KEY_RELEASE); });
     xcb_disconnect(connection);
 }
 BENCHMARK(pressToObserverFloor)->Name("pressToObserver/floor")->UseManualTime();
