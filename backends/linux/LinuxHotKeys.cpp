@@ -76,7 +76,7 @@ LinuxHotKeys::LinuxHotKeys(Session session, EventLoop& loop, platform::Queue& ma
                     truthMayHaveChanged();
                 },
             .didPress =
-                [this](bool isDown, std::string const&) {
+                [this](bool isDown) {
                     if (!m_entries.empty() && m_entries.rbegin()->second.road == Road::Desktop)
                         didPress(m_entries.rbegin()->first, isDown);
                 },
@@ -251,8 +251,12 @@ HotKeyTruth LinuxHotKeys::truth() const
 void LinuxHotKeys::truthMayHaveChanged()
 {
     m_teller->truthMayHaveChanged();
+    if (m_entries.empty())
+        return;
     if (truth().lastRegistration == HotKeyResult::HeldByAnotherClient)
         findHolder();
+    else
+        m_entries.rbegin()->second.holder.reset();
 }
 
 void LinuxHotKeys::findHolder()

@@ -426,6 +426,24 @@ TEST_F(HotKeys, TheHostChoosesWhichKeysAreTheModifiers)
     EXPECT_FALSE(backends::makeLinuxPlatform(options).hasValue());
 }
 
+TEST_F(HotKeys, KeysThatCannotBeToldApartAreNoModifiers)
+{
+    desktop = std::make_unique<Desktop>();
+    toolkit = std::make_unique<Toolkit>(desktop->display());
+    onlooker = std::make_unique<Onlooker>(desktop->display());
+    backends::LinuxOptions options;
+    // On this keyboard Meta gives the same bit as Alt.
+    options.hotKeyModifiers.command = platform::ModifierKey::Meta;
+    installBackend(options);
+    listen();
+    {
+        auto const key = registered(n, cmdKey);
+        EXPECT_EQ(result(), HotKeyResult::ModifierNotOnKeyboard);
+    }
+    auto const key = registered(n, controlKey);
+    EXPECT_EQ(result(), HotKeyResult::Active);
+}
+
 TEST_F(HotKeys, AServerThatIsLostIsTold)
 {
     open();

@@ -154,11 +154,11 @@ void PortalStandIn::appendShortcuts(sd_bus_message* message, bool hasShortcut)
     sd_bus_message_close_container(message);
 }
 
-void PortalStandIn::sendPress(bool isDown, std::string const& session, std::string const& shortcut)
+void PortalStandIn::sendPress(bool isDown, std::string const& session, std::string const& shortcut, std::uint64_t time)
 {
-    onThread([this, isDown, session, shortcut] {
+    onThread([this, isDown, session, shortcut, time] {
         EXPECT_GE(sd_bus_emit_signal(bus(), object, shortcuts, isDown ? "Activated" : "Deactivated", "osta{sv}",
-                      session.c_str(), shortcut.c_str(), std::uint64_t { 1 }, 1, "activation_token", "s", "token"),
+                      session.c_str(), shortcut.c_str(), time, 1, "activation_token", "s", "token"),
             0);
     });
 }

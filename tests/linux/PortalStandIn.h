@@ -48,8 +48,8 @@ public:
     std::string shortcut() const;
 
     // The user presses the shortcut of the session and lets it go; or that of another one.
-    void press(bool isDown) { sendPress(isDown, session(), shortcut()); }
-    void sendPress(bool isDown, std::string const& session, std::string const& shortcut);
+    void press(bool isDown, std::uint64_t time = 1) { sendPress(isDown, session(), shortcut(), time); }
+    void sendPress(bool isDown, std::string const& session, std::string const& shortcut, std::uint64_t time = 1);
     // The user gives it other keys, or none.
     void changeTrigger(std::string const& trigger);
     void closeSession();

@@ -43,13 +43,15 @@ TEST_F(ShortcutSession, XAloneIsGlobalAndAsksNobody)
 TEST_F(ShortcutSession, WhoHoldsACombinationIsSaidWhereTheDesktopSays)
 {
     platform::TemporaryFolder const home;
-    home.write("kglobalshortcutsrc", "[kwin]\nShow Desktop=Meta+N,Meta+D,Peek at Desktop\n");
+    home.write("kglobalshortcutsrc",
+        "[kwin]\nShow Desktop=Meta+N,Meta+D,Peek at Desktop\nOverview=Meta+Alt+N,none,Toggle Overview\n");
     setenv("XDG_CONFIG_HOME", home.path().c_str(), 1);
     setenv("XDG_CURRENT_DESKTOP", "KDE", 1);
     desktop = std::make_unique<Desktop>();
     KeyboardOwner manager(desktop->display());
     ASSERT_TRUE(manager.grab(nKey, XCB_MOD_MASK_4));
     ASSERT_TRUE(manager.grab(nKey, XCB_MOD_MASK_4 | XCB_MOD_MASK_SHIFT));
+    ASSERT_TRUE(manager.grab(nKey, XCB_MOD_MASK_4 | XCB_MOD_MASK_1));
     openBackend();
     auto key = registered(n, cmdKey);
     EXPECT_EQ(truth().lastRegistration, HotKeyResult::HeldByAnotherClient);
@@ -60,7 +62,12 @@ TEST_F(ShortcutSession, WhoHoldsACombinationIsSaidWhereTheDesktopSays)
     key.reset();
     key = registered(n, cmdKey | shiftKey);
     EXPECT_EQ(truth().lastRegistration, HotKeyResult::HeldByAnotherClient);
-    settle();
+    // Settings are read in the order of the questions: when the next is answered, this one is.
+    {
+        auto const next = registered(n, cmdKey | platform::optionKey, 2);
+        pumpUntil([&] { return truth().holder.find("Toggle Overview") != std::string::npos; });
+    }
+    EXPECT_EQ(truth().lastRegistration, HotKeyResult::HeldByAnotherClient);
     EXPECT_EQ(truth().holder, "");
 }
 
@@ -316,6 +323,51 @@ TEST_F(ShortcutSession, APortalThatGoesAndComesBackBindsAgain)
     portal->press(true);
     portal->press(false);
     pumpUntil([&] { return heard.size() == 4; });
+}
+
+TEST_F(ShortcutSession, APortalThatComesLateIsToldWhoWeAreAndBinds)
+{
+    SessionBus const bus;
+    openWayland();
+    auto const key = registered(n, cmdKey);
+    pumpUntil([&] { return truth().lastRegistration == HotKeyResult::Active; });
+    PortalStandIn const portal(bus.address());
+    waitFor(HotKeyAvailability::PortalBound);
+    auto const calls = portal.calls();
+    ASSERT_FALSE(calls.empty());
+    EXPECT_EQ(calls[0], "Register app.test");
+}
+
+TEST_F(ShortcutSession, AnotherLayoutKeepsTheBinding)
+{
+    SessionBus const bus;
+    PortalStandIn portal(bus.address());
+    openWayland();
+    constexpr std::uint32_t a = 0;
+    auto key = registered(a, cmdKey);
+    waitFor(HotKeyAvailability::PortalBound);
+    user->setLayout({ "fr" });
+    settle();
+    key.reset();
+    key = registered(a, cmdKey);
+    portal.changeTrigger("Super+A");
+    pumpUntil([&] { return truth().trigger == "Super+A"; });
+    EXPECT_EQ(portal.count("CreateSession"), 1);
+    EXPECT_EQ(portal.count("BindShortcuts"), 1);
+}
+
+TEST_F(ShortcutSession, ALostReleaseDoesNotSilenceTheNextPress)
+{
+    SessionBus const bus;
+    PortalStandIn portal(bus.address());
+    openWayland();
+    auto const key = registered(n, cmdKey);
+    waitFor(HotKeyAvailability::PortalBound);
+    portal.press(true, 100);
+    portal.press(true, 200);
+    portal.press(false, 200);
+    pumpUntil([&] { return heard.size() == 4; });
+    EXPECT_EQ(heard, (std::vector<Heard> { { 1, true }, { 1, false }, { 1, true }, { 1, false } }));
 }
 
 TEST_F(ShortcutSession, AUserWhoTakesTheirTimeIsWaitedForAndTheGrabServesMeanwhile)

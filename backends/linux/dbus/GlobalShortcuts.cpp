@@ -36,8 +36,9 @@ void GlobalShortcuts::bind(Shortcut const& shortcut)
 {
     bool const isNewWish = !std::exchange(m_isWanted, true);
     // Told off and on again, a user may expect another try of what the desktop did not do.
-    bool const isRetry = isNewWish && m_state == State::NotBound;
-    if (m_state == State::Declined || (m_shortcut == shortcut && !m_needsAsking && !isRetry))
+    bool const isRetry = isNewWish && (m_state == State::NotBound || m_state == State::Absent);
+    bool const isSame = m_shortcut && m_shortcut->id == shortcut.id;
+    if (m_state == State::Declined || (isSame && !isRetry))
         return;
     endSession();
     m_shortcut = shortcut;
@@ -46,7 +47,7 @@ void GlobalShortcuts::bind(Shortcut const& shortcut)
 
 void GlobalShortcuts::ask()
 {
-    m_needsAsking = false;
+    m_waitsForPortal = false;
     setState(State::Asking);
     if (!m_portal || m_portal->isLost())
         connect();
@@ -58,12 +59,18 @@ void GlobalShortcuts::ask()
             return;
         }
         m_log.error("no shortcuts from the desktop: %{public}s", { version.error().localizedDescription });
+        bool const cameMeanwhile = std::exchange(m_waitsForPortal, true);
         setState(State::Absent);
+        if (cameMeanwhile && m_isWanted)
+            ask();
     });
 }
 
 void GlobalShortcuts::connect()
 {
+    // Its rules go with it.
+    for (auto* const rule : { &m_activated, &m_deactivated, &m_changed, &m_closed })
+        *rule = {};
     m_portal.reset();
     auto portal = Portal::connect(m_loop, m_busAddress, m_appID);
     if (!portal) {
@@ -183,17 +190,18 @@ void GlobalShortcuts::portalDidGo()
     m_session.clear();
     if (m_state == State::Declined)
         return;
-    m_needsAsking = true;
+    m_waitsForPortal = true;
     setState(State::Absent);
 }
 
 void GlobalShortcuts::portalDidCome()
 {
-    // One that is started by our own question is being asked already.
-    if (m_state != State::Absent)
+    if (m_state == State::Asking) {
+        // One that our own question has started answers it. After a long silence it is asked again.
+        m_waitsForPortal = true;
         return;
-    m_needsAsking = true;
-    if (m_isWanted)
+    }
+    if (m_state == State::Absent && m_waitsForPortal && m_isWanted)
         ask();
 }
 
@@ -202,9 +210,13 @@ void GlobalShortcuts::handlePress(BusMessage const& signal, bool isDown)
     if (!m_isWanted || m_state != State::Bound || signal.argument(0) != Value(m_session)
         || signal.argument(1) != Value(m_shortcut->id))
         return;
-    auto const options = signal.argument(3);
-    m_observer.didPress(
-        isDown, options.asDictionary() ? textIn(*options.asDictionary(), "activation_token") : std::string());
+    // A desktop that was locked meanwhile may have lost the release: the next press, at another time, is a new one.
+    auto const time = signal.argument(2).asUInt64();
+    bool const isAnotherPress = isDown && m_pressedAt && m_pressedAt != time;
+    m_pressedAt = isDown ? time : std::nullopt;
+    if (isAnotherPress)
+        m_observer.didPress(false);
+    m_observer.didPress(isDown);
 }
 
 void GlobalShortcuts::handleChange(BusMessage const& signal)

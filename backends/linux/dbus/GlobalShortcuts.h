@@ -3,6 +3,7 @@
 #include "backends/linux/dbus/Portal.h"
 #include "platform/log/OSLog.h"
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -26,19 +27,17 @@ public:
         Declined, // by the user
     };
     struct Shortcut {
-        // What the desktop knows it by from one start of the app to the next.
+        // What the desktop knows it by from one start of the app to the next. Shortcuts with one name are the same.
         std::string id;
         // What the desktop tells its user of it.
         std::string description;
         // In the notation of the shortcuts specification of freedesktop.org, "CTRL+ALT+n". May be empty.
         std::string preferredTrigger;
-        bool operator==(Shortcut const&) const = default;
     };
     struct Observer {
         // The state or the trigger.
         std::function<void()> stateDidChange;
-        // With the desktop's permission to bring a window forward (xdg-activation), which may be empty.
-        std::function<void(bool isDown, std::string const& activationToken)> didPress;
+        std::function<void(bool isDown)> didPress;
     };
 
     GlobalShortcuts(EventLoop& loop, std::string busAddress, std::string appID, platform::OSLog log, Observer observer);
@@ -78,8 +77,10 @@ private:
     // Of the session, or of the attempt to have one.
     std::optional<Shortcut> m_shortcut;
     bool m_isWanted = false;
-    // Whether the shortcut above has to be asked for anew.
-    bool m_needsAsking = false;
+    // Nobody is there to ask: it is asked again when a portal comes.
+    bool m_waitsForPortal = false;
+    // Of the press that is not released yet.
+    std::optional<std::uint64_t> m_pressedAt;
     // The object path. Empty without one.
     std::string m_session;
     std::unique_ptr<Portal> m_portal;

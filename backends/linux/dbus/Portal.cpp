@@ -54,7 +54,6 @@ Portal::Portal(std::unique_ptr<Bus> bus, std::string appID)
                 if (!owner.asText() || !m_owner.empty())
                     return;
                 m_owner = *owner.asText();
-                m_hasSeenOwner = true;
             });
     registerApp();
 }
@@ -71,9 +70,10 @@ void Portal::registerApp()
 {
     if (m_appID.empty())
         return;
+    m_isRegistering = true;
     // Older portals do not know it, and one that has been told already refuses: neither matters.
     m_registration = m_bus->call({ service, object, "org.freedesktop.host.portal.Registry", "Register" }, "sa{sv}",
-        { m_appID, platform::Dictionary {} }, [](auto const&) {});
+        { m_appID, platform::Dictionary {} }, [this](auto const&) { m_isRegistering = false; });
 }
 
 Bus::Handler Portal::fromOwner(Bus::Handler heard)
@@ -161,8 +161,8 @@ void Portal::ownerDidChange(std::string const& before, std::string const& after)
     }
     if (after.empty())
         return;
-    // A portal that was started by our own question is told already; the next one is another program.
-    if (std::exchange(m_hasSeenOwner, true))
+    // A portal that our own call has started is being told; any other is a program that does not know us.
+    if (!m_isRegistering || !before.empty())
         registerApp();
     if (m_didCome)
         m_didCome();

@@ -93,7 +93,7 @@ private:
     std::string m_appID;
     // The portal's connection. Empty while there is none.
     std::string m_owner;
-    bool m_hasSeenOwner = false;
+    bool m_isRegistering = false;
     bool m_isLost = false;
     std::map<std::string, Pending> m_pending;
     std::function<void()> m_didGo;

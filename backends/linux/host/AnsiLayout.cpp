@@ -30,7 +30,7 @@ constexpr NamedKey keys[] = {
     { "bracketright", 30 }, { "braceright", 30 }, { "bracketleft", 33 }, { "braceleft", 33 }, { "apostrophe", 39 },
     { "quotedbl", 39 }, { "semicolon", 41 }, { "colon", 41 }, { "backslash", 42 }, { "bar", 42 }, { "comma", 43 },
     { "less", 43 }, { "slash", 44 }, { "question", 44 }, { "period", 47 }, { "greater", 47 }, { "grave", 50 },
-    { "asciitilde", 50 },
+    { "asciitilde", 50 }, { "Above_Tab", 50 },
 
     { "Return", 36 }, { "Tab", 48 }, { "space", 49 }, { "BackSpace", 51 }, { "Escape", 53 }, { "Help", 114 },
     { "Home", 115 }, { "Page_Up", 116 }, { "Delete", 117 }, { "End", 119 }, { "Page_Down", 121 }, { "Left", 123 },

@@ -46,7 +46,7 @@ constexpr KeySymbol symbols[] = {
     { "ucircumflex", 0xfb }, { "udiaeresis", 0xfc }, { "yacute", 0xfd }, { "thorn", 0xfe }, { "ydiaeresis", 0xff },
     { "BackSpace", 0xff08 }, { "Tab", 0xff09 }, { "ISO_Left_Tab", 0xfe20 }, { "Linefeed", 0xff0a },
     { "Clear", 0xff0b }, { "Return", 0xff0d }, { "Pause", 0xff13 }, { "Scroll_Lock", 0xff14 }, { "Sys_Req", 0xff15 },
-    { "Escape", 0xff1b }, { "Home", 0xff50 }, { "Left", 0xff51 }, { "Up", 0xff52 }, { "Right", 0xff53 },
+    { "Above_Tab", aboveTabKeysym }, { "Escape", 0xff1b }, { "Home", 0xff50 }, { "Left", 0xff51 }, { "Up", 0xff52 }, { "Right", 0xff53 },
     { "Down", 0xff54 }, { "Page_Up", 0xff55 }, { "Prior", 0xff55 }, { "Page_Down", 0xff56 }, { "Next", 0xff56 },
     { "End", 0xff57 }, { "Begin", 0xff58 }, { "Select", 0xff60 }, { "Print", 0xff61 }, { "Execute", 0xff62 },
     { "Insert", 0xff63 }, { "Undo", 0xff65 }, { "Redo", 0xff66 }, { "Menu", 0xff67 }, { "Find", 0xff68 },

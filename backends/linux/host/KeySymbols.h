@@ -10,6 +10,10 @@ namespace backends {
 // The names of key symbols, as far as shortcuts use them: what a key writes or does, apart from where it lies (X
 // Window System Protocol, Appendix A). Any thread.
 
+// What desktops call the key above Tab, whatever is written there: a place among symbols, with a number that no symbol
+// has.
+constexpr std::uint32_t aboveTabKeysym = 0x1FFFFF00;
+
 // "n", "Return", "KP_Add", "eacute", or a character by its number, "U20AC" and "U+20AC". A name in the wrong case is
 // found too, as desktops do. Absent for any other name.
 std::optional<std::uint32_t> keysymNamed(std::string_view name);

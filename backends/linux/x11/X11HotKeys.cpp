@@ -61,6 +61,11 @@ void X11HotKeys::remove(Handle handle)
     m_entries.erase(found);
     if (m_held && m_held->handle == handle)
         m_held->handle.reset();
+    // One of ours may have stood back for it.
+    for (auto& [other, entry] : m_entries) {
+        if (entry.result == HotKeyResult::HeldByThisProcess)
+            place(other, entry);
+    }
 }
 
 HotKeyResult X11HotKeys::result(Handle handle) const
@@ -73,14 +78,21 @@ std::optional<X11HotKeys::Grab> X11HotKeys::wantedGrab(Entry const& entry, HotKe
 {
     auto const map = m_keyboard.map();
     auto const& keys = m_keyboard.modifierKeys();
+    std::pair<std::uint32_t, std::optional<std::uint8_t>> const modifiers[] {
+        { platform::cmdKey, map->modifierBit(keys.command) },
+        { platform::optionKey, map->modifierBit(keys.option) },
+        { platform::controlKey, map->modifierBit(keys.control) },
+        { platform::shiftKey, map->modifierBit(keys.shift) },
+    };
     Grab grab;
-    for (auto const& [modifier, key] :
-        { std::pair { platform::cmdKey, keys.command }, { platform::optionKey, keys.option },
-            { platform::controlKey, keys.control }, { platform::shiftKey, keys.shift } }) {
+    for (auto const& [modifier, bit] : modifiers) {
         if (!(entry.modifiers & modifier))
             continue;
-        auto const bit = map->modifierBit(key);
-        if (!bit) {
+        // Keys that give one bit cannot be told apart: on many keyboards Meta is where Alt is, and Hyper where Super
+        // is.
+        auto const sharers = std::count_if(
+            std::begin(modifiers), std::end(modifiers), [&](auto const& other) { return other.second == bit; });
+        if (!bit || sharers > 1) {
             reason = HotKeyResult::ModifierNotOnKeyboard;
             return std::nullopt;
         }
@@ -185,7 +197,6 @@ void X11HotKeys::keyboardDidChange()
         if (entry.grab && wantedGrab(entry, reason) != entry.grab)
             letGo(entry);
     }
-    checkHeldKey();
     tryAgain();
 }
 
@@ -217,7 +228,7 @@ void X11HotKeys::placeMissing()
 
 void X11HotKeys::retryLater()
 {
-    if (m_retries == std::size(retryDelays))
+    if (m_isRetrying || m_retries == std::size(retryDelays))
         return;
     m_isRetrying = true;
     m_retry = m_loop.after(retryDelays[m_retries++], [this] {
@@ -252,11 +263,12 @@ bool X11HotKeys::handle(xcb_generic_event_t const& event)
 bool X11HotKeys::handlePress(xcb_key_press_event_t const& event)
 {
     if (m_held) {
+        bool const isSameKey = m_held->key == event.detail;
         // While a combination is down the keyboard is grabbed, and the other keys come here too.
-        if (m_held->key != event.detail)
+        if (!isSameKey && !m_held->releasedAt)
             return true;
         // A repetition, alone or as the second half of a pair: both halves have one time.
-        if (!m_held->releasedAt || *m_held->releasedAt == event.time) {
+        if (isSameKey && (!m_held->releasedAt || *m_held->releasedAt == event.time)) {
             m_held->releasedAt.reset();
             return true;
         }
@@ -300,20 +312,6 @@ void X11HotKeys::finishRelease(xcb_timestamp_t time)
     m_held.reset();
     if (handle)
         reportPress(*handle, false);
-}
-
-// The release of a key on a keyboard that is unplugged meanwhile never comes.
-void X11HotKeys::checkHeldKey()
-{
-    if (!m_held)
-        return;
-    auto const cookie = xcb_query_keymap(m_connection.wire());
-    m_connection.ask<xcb_query_keymap_reply_t>(cookie.sequence, [this, key = m_held->key](auto const* reply) {
-        if (!reply || !m_held || m_held->key != key || (reply->keys[key / 8] & 1u << key % 8))
-            return;
-        m_held->releasedAt = XCB_CURRENT_TIME;
-        finishRelease(XCB_CURRENT_TIME);
-    });
 }
 
 } // namespace backends

@@ -84,7 +84,6 @@ private:
     bool handlePress(xcb_key_press_event_t const& event);
     bool handleRelease(xcb_key_release_event_t const& event);
     void finishRelease(xcb_timestamp_t time);
-    void checkHeldKey();
     void placeMissing();
     void retryLater();
     template<typename Visit>
