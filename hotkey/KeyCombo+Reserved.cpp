@@ -139,11 +139,11 @@ std::vector<KeyCombo> KeyCombo::keyCombos(platform::NSMenu const& menu)
     std::vector<KeyCombo> combos;
     for (auto const& item : menu.itemArray()) {
         // A capital letter is the key alone: shift counts only when the mask has it.
-        if (auto const key = Key::fromString(item.keyEquivalent))
-            combos.emplace_back(*key, item.keyEquivalentModifierMask);
-        if (!item.submenu)
+        if (auto const key = Key::fromString(item->keyEquivalent()))
+            combos.emplace_back(*key, item->keyEquivalentModifierMask());
+        if (!item->submenu())
             continue;
-        auto const inner = keyCombos(*item.submenu);
+        auto const inner = keyCombos(*item->submenu());
         combos.insert(combos.end(), inner.begin(), inner.end());
     }
     return combos;

@@ -49,6 +49,7 @@ public:
     virtual NSWorkspace* workspace() { return nullptr; }
     virtual Bookmarks* bookmarks() { return nullptr; }
     virtual EventHotKeys* eventHotKeys() { return nullptr; }
+    virtual NSStatusBar* statusBar() { return nullptr; }
     virtual SymbolicHotKeys* symbolicHotKeys() { return nullptr; }
 };
 

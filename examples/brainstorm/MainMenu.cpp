@@ -9,11 +9,11 @@ using platform::NSMenu;
 using platform::NSMenuItem;
 
 // On this desktop the commands of apps hang on Control, and so do ours.
-NSMenuItem command(std::string title, std::string key)
+std::shared_ptr<NSMenuItem> command(std::string title, std::string key)
 {
-    return { .title = std::move(title),
-        .keyEquivalent = std::move(key),
-        .keyEquivalentModifierMask = NSEventModifierFlags::control };
+    auto item = NSMenuItem::create(std::move(title), {}, std::move(key));
+    item->setKeyEquivalentModifierMask(NSEventModifierFlags::control);
+    return item;
 }
 
 } // namespace
@@ -26,7 +26,9 @@ std::shared_ptr<NSMenu> makeMainMenu()
     ideas->addItem(command("Settings", ","));
 
     auto const menu = std::make_shared<NSMenu>();
-    menu->addItem({ .title = "Ideas", .submenu = ideas });
+    auto const title = NSMenuItem::create("Ideas", {}, {});
+    title->setSubmenu(ideas);
+    menu->addItem(title);
     return menu;
 }
 

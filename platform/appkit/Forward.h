@@ -6,8 +6,16 @@ namespace platform {
 class NSAnimationContext;
 class NSApplication;
 class NSButton;
+class NSDraggingInfo;
 class NSEventMonitors;
+class NSImage;
+class NSMenu;
+class NSMenuItem;
 class NSOpenPanel;
+class NSPasteboard;
+class NSStatusBar;
+class NSStatusBarButton;
+class NSStatusItem;
 class NSView;
 class NSVisualEffectView;
 class NSWindow;

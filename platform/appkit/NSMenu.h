@@ -1,35 +1,32 @@
 #pragma once
 
-#include "platform/appkit/NSEventModifierFlags.h"
+#include "platform/appkit/NSMenuItem.h"
+#include "platform/foundation/Geometry.h"
 
+#include <functional>
 #include <memory>
-#include <string>
-#include <utility>
 #include <vector>
 
 namespace platform {
 
-class NSMenu;
+class NSView;
 
-// One line of a menu.
-struct NSMenuItem {
-    std::string title {};
-    // What chooses the item from the keyboard: one character ("n", "["), or empty. UTF-8.
-    std::string keyEquivalent {};
-    // Held together with it.
-    NSEventModifierFlags keyEquivalentModifierMask = NSEventModifierFlags::command;
-    // Null for an item that opens no other menu.
-    std::shared_ptr<NSMenu> submenu {};
-};
-
-// A menu as data. Main thread only.
-class NSMenu {
+// A menu: its lines in order, wherever it is shown. Main thread only.
+class NSMenu : public std::enable_shared_from_this<NSMenu> {
 public:
-    std::vector<NSMenuItem> const& itemArray() const { return m_items; }
-    void addItem(NSMenuItem item) { m_items.push_back(std::move(item)); }
+    std::vector<std::shared_ptr<NSMenuItem>> const& itemArray() const { return m_items; }
+    void addItem(std::shared_ptr<NSMenuItem> item);
+
+    // Opens it over a view, at a point of the view's own coordinates, with the item under the pointer; null for none.
+    // Where views show no menus nothing happens.
+    void popUpMenuPositioningItem(std::shared_ptr<NSMenuItem> const& item, Point location, NSView& view);
+
+    // For the backend that shows it: called after an item has changed. One at a time; an empty one takes it away.
+    void setItemObserver(std::function<void(NSMenuItem const&)> didChange) { m_itemDidChange = std::move(didChange); }
 
 private:
-    std::vector<NSMenuItem> m_items;
+    std::vector<std::shared_ptr<NSMenuItem>> m_items;
+    std::function<void(NSMenuItem const&)> m_itemDidChange;
 };
 
 } // namespace platform

@@ -1,5 +1,7 @@
 #include "platform/appkit/NSView.h"
 
+#include "platform/appkit/NSDraggingInfo.h"
+
 #include <algorithm>
 
 namespace platform {
@@ -28,6 +30,16 @@ void NSView::addSubview(std::shared_ptr<NSView> view, ViewPosition position, std
     if (m_hierarchyDidChange)
         m_hierarchyDidChange();
 }
+
+NSView& NSView::topMost()
+{
+    // The only views laid over others here cover them whole.
+    return m_subviews.empty() ? *this : m_subviews.back()->topMost();
+}
+
+NSDragOperation NSView::draggingEntered(NSDraggingInfo&) { return NSDragOperation::None; }
+
+NSDragOperation NSView::reportDraggingEntered(NSDraggingInfo& info) { return topMost().draggingEntered(info); }
 
 NSLayoutAnchor NSView::anchor(LayoutAttribute attribute)
 {

@@ -1,14 +1,22 @@
 #pragma once
 
+#include "platform/foundation/Geometry.h"
 #include "platform/runtime/NSObject.h"
 
+#include <cstdint>
 #include <functional>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace platform {
 
+class NSDraggingInfo;
+class NSMenu;
+class NSMenuItem;
 class NSView;
+enum class NSDragOperation : std::uint64_t;
+struct NSEvent;
 
 enum class ViewPosition { Above = 1, Below = -1 };
 enum class LayoutAttribute { Leading, Trailing, Top, Bottom };
@@ -46,6 +54,18 @@ private:
 // tree what it can do for it. Main thread only.
 class NSView : public NSObject {
 public:
+    NSView() = default;
+    // In points, in the coordinates of the view that it is added to.
+    explicit NSView(Rect frame)
+        : m_frame(frame)
+    {
+    }
+
+    Rect const& frame() const { return m_frame; }
+    void setFrame(Rect frame) { m_frame = frame; }
+    // The same size, from its own corner.
+    Rect bounds() const { return { 0, 0, m_frame.width, m_frame.height }; }
+
     bool wantsLayer() const { return m_layer != nullptr; }
     void setWantsLayer(bool wantsLayer);
     // Null as long as no layer is wanted.
@@ -58,6 +78,24 @@ public:
     std::vector<std::shared_ptr<NSView>> const& subviews() const { return m_subviews; }
     // Relative to nothing: above or below all other subviews.
     void addSubview(std::shared_ptr<NSView> view, ViewPosition position, std::shared_ptr<NSView> const& relativeTo);
+
+    // What may be dragged onto the view, by the names of NSPasteboard.h.
+    std::vector<std::string> const& registeredDraggedTypes() const { return m_draggedTypes; }
+    void registerForDraggedTypes(std::vector<std::string> types) { m_draggedTypes = std::move(types); }
+
+    // What the user does with the view. A view that does not override one of them takes no notice.
+    virtual void mouseDown(NSEvent const&) { }
+    virtual void rightMouseDown(NSEvent const&) { }
+    virtual NSDragOperation draggingEntered(NSDraggingInfo& info);
+    virtual bool performDragOperation(NSDraggingInfo&) { return false; }
+    // For backends whose views can show menus: at a point of the bounds, with the item under the pointer or null.
+    virtual void showMenu(std::shared_ptr<NSMenu> const&, std::shared_ptr<NSMenuItem> const&, Point) { }
+
+    // For backends: what happens to the view happens to the top-most view that covers it.
+    void reportMouseDown(NSEvent const& event) { topMost().mouseDown(event); }
+    void reportRightMouseDown(NSEvent const& event) { topMost().rightMouseDown(event); }
+    NSDragOperation reportDraggingEntered(NSDraggingInfo& info);
+    bool reportPerformDragOperation(NSDraggingInfo& info) { return topMost().performDragOperation(info); }
 
     NSLayoutAnchor leadingAnchor() { return anchor(LayoutAttribute::Leading); }
     NSLayoutAnchor trailingAnchor() { return anchor(LayoutAttribute::Trailing); }
@@ -73,7 +111,10 @@ private:
     friend struct NSLayoutConstraint;
 
     NSLayoutAnchor anchor(LayoutAttribute attribute);
+    NSView& topMost();
 
+    Rect m_frame {};
+    std::vector<std::string> m_draggedTypes;
     std::unique_ptr<CALayer> m_layer;
     std::vector<std::shared_ptr<NSView>> m_subviews;
     std::vector<NSLayoutConstraint> m_constraints;

@@ -12,7 +12,6 @@ using hotkey::KeyCombo;
 using platform::Dictionary;
 using platform::NSEventModifierFlags;
 using platform::NSMenu;
-using platform::NSMenuItem;
 using platform::Value;
 
 namespace {
@@ -39,21 +38,27 @@ protected:
     backends::MemoryPlatform& world;
 };
 
-std::vector<KeyCombo> combosOf(std::vector<NSMenuItem> items)
-{
-    NSMenu menu;
-    for (auto& item : items)
-        menu.addItem(std::move(item));
-    return KeyCombo::keyCombos(menu);
-}
+// A line of a menu, written down.
+struct Line {
+    std::string title;
+    std::string keyEquivalent;
+    NSEventModifierFlags mask = NSEventModifierFlags::command;
+    std::shared_ptr<NSMenu> submenu {};
+};
 
-std::shared_ptr<NSMenu> menuOf(std::vector<NSMenuItem> items)
+std::shared_ptr<NSMenu> menuOf(std::vector<Line> const& lines)
 {
     auto menu = std::make_shared<NSMenu>();
-    for (auto& item : items)
-        menu->addItem(std::move(item));
+    for (auto const& line : lines) {
+        auto const item = platform::NSMenuItem::create(line.title, {}, line.keyEquivalent);
+        item->setKeyEquivalentModifierMask(line.mask);
+        item->setSubmenu(line.submenu);
+        menu->addItem(item);
+    }
     return menu;
 }
+
+std::vector<KeyCombo> combosOf(std::vector<Line> const& lines) { return KeyCombo::keyCombos(*menuOf(lines)); }
 
 } // namespace
 
@@ -147,10 +152,10 @@ TEST_F(ReservedKeyCombos, OfAMenuLeaveOutItemsWithoutAKnownKey)
 
 TEST_F(ReservedKeyCombos, OfAMenuTakeInSubmenusRightAfterTheirItem)
 {
-    NSMenuItem file { "File", "", NSEventModifierFlags::command, menuOf({ { "Save", "s" } }) };
+    Line const file { "File", "", NSEventModifierFlags::command, menuOf({ { "Save", "s" } }) };
     EXPECT_EQ(combosOf({ file }), (std::vector<KeyCombo> { { Key::s, NSEventModifierFlags::command } }));
 
-    NSMenuItem deep { "Open Recent", "r", NSEventModifierFlags::command, menuOf({ { "Clear", "k" }, file }) };
+    Line const deep { "Open Recent", "r", NSEventModifierFlags::command, menuOf({ { "Clear", "k" }, file }) };
     std::string shown;
     for (auto const& combo : combosOf({ { "New", "n" }, deep, { "Quit", "q" } }))
         shown += combo.description() + " ";

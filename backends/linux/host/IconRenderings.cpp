@@ -1,0 +1,83 @@
+#include "backends/linux/host/IconRenderings.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <optional>
+#include <string_view>
+
+namespace backends {
+
+using platform::NSError;
+
+namespace {
+
+constexpr std::uint32_t largestSize = 1024;
+constexpr std::uint32_t mostPictures = 64;
+
+std::optional<std::uint32_t> take32(std::string_view& bytes)
+{
+    if (bytes.size() < 4)
+        return std::nullopt;
+    std::uint32_t number = 0;
+    for (int i = 0; i < 4; ++i)
+        number = number << 8 | static_cast<std::uint8_t>(bytes[static_cast<std::size_t>(i)]);
+    bytes.remove_prefix(4);
+    return number;
+}
+
+std::optional<IconRendering> takeRendering(std::string_view& bytes)
+{
+    auto const width = take32(bytes);
+    auto const height = take32(bytes);
+    if (!width || !height || *width != *height || *width == 0 || *width > largestSize)
+        return std::nullopt;
+    std::size_t const length = std::size_t { 4 } * *width * *height;
+    if (bytes.size() < length)
+        return std::nullopt;
+    IconRendering rendering { static_cast<int>(*width), { bytes.begin(), bytes.begin() + static_cast<long>(length) } };
+    bytes.remove_prefix(length);
+    return rendering;
+}
+
+std::optional<std::vector<IconRendering>> takeAll(std::string_view bytes)
+{
+    constexpr std::string_view magic = "PWRN";
+    if (!bytes.starts_with(magic))
+        return std::nullopt;
+    bytes.remove_prefix(magic.size());
+    auto const count = take32(bytes);
+    if (!count || *count > mostPictures)
+        return std::nullopt;
+    std::vector<IconRendering> renderings;
+    for (std::uint32_t i = 0; i < *count; ++i) {
+        auto rendering = takeRendering(bytes);
+        if (!rendering)
+            return std::nullopt;
+        renderings.push_back(std::move(*rendering));
+    }
+    if (!bytes.empty())
+        return std::nullopt;
+    return renderings;
+}
+
+} // namespace
+
+platform::Result<std::vector<IconRendering>> readIconRenderings(std::string const& iconPath)
+{
+    auto const path = std::filesystem::path(iconPath).replace_extension("argb").string();
+    std::ifstream file(path, std::ios::binary);
+    if (!file)
+        return NSError { "NSPOSIXErrorDomain", errno, path + ": " + std::strerror(errno) };
+    std::string const bytes { std::istreambuf_iterator<char>(file), {} };
+    auto renderings = takeAll(bytes);
+    if (!renderings)
+        return NSError { "IconRenderings", 1, path + " is no set of pictures" };
+    std::sort(renderings->begin(), renderings->end(), [](auto const& a, auto const& b) { return a.size < b.size; });
+    return std::move(*renderings);
+}
+
+} // namespace backends

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "platform/foundation/Result.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace backends {
+
+// A square picture: row by row, four bytes a pixel, alpha, red, green, blue, not multiplied. This is what panels take.
+struct IconRendering {
+    int size = 0;
+    std::vector<std::uint8_t> pixels {};
+};
+
+// The pictures that were made of an icon while its bundle was built, smallest first. They lie beside the icon itself,
+// "icon.argb" beside "icon.pdf".
+platform::Result<std::vector<IconRendering>> readIconRenderings(std::string const& iconPath);
+
+} // namespace backends
