@@ -25,6 +25,7 @@ AppKitController::AppKitController(platform::Platform& platform)
     : m_platform(platform)
     , m_mailScriptRunner(MailScriptRunner::create(platform))
     , m_globalShortcutController(GlobalShortcutController::create(platform))
+    , m_statusItemController(StatusItemController::create(platform))
     , m_windowManager(WindowManager::create(platform))
 {
 }

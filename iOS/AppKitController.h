@@ -2,6 +2,7 @@
 
 #include "iOS/GlobalShortcutController.h"
 #include "iOS/MailScriptRunner.h"
+#include "iOS/StatusItemController.h"
 #include "iOS/WindowManager.h"
 #include "platform/foundation/NotificationCenter.h"
 #include "platform/runtime/Class.h"
@@ -36,8 +37,9 @@ private:
 
     platform::Platform& m_platform;
     std::shared_ptr<MailScriptRunner> m_mailScriptRunner;
-    std::shared_ptr<GlobalShortcutController> m_globalShortcutController;
     std::vector<std::shared_ptr<platform::ObservationToken>> m_notificationObservers;
+    std::shared_ptr<GlobalShortcutController> m_globalShortcutController;
+    std::shared_ptr<StatusItemController> m_statusItemController;
     std::shared_ptr<WindowManager> m_windowManager;
 };
 

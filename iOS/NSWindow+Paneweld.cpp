@@ -87,13 +87,19 @@ void loadWindowIdentifierFromTitle(NSWindow& window)
             WindowIdentifierDidLoad { identifier->id(), identifier->localizedTitle() }.userInfo() });
 }
 
-std::shared_ptr<NSWindow> firstWindow(platform::NSApplication const& application, std::string const& id)
+std::shared_ptr<NSWindow> firstWindow(
+    platform::NSApplication const& application, std::function<bool(NSWindow const&)> const& isWanted)
 {
     for (auto& window : application.windows()) {
-        if (uniqueIdentifier(*window) == id)
+        if (isWanted(*window))
             return window;
     }
     return nullptr;
+}
+
+std::shared_ptr<NSWindow> firstWindow(platform::NSApplication const& application, std::string const& id)
+{
+    return firstWindow(application, [&](NSWindow const& window) { return uniqueIdentifier(window) == id; });
 }
 
 } // namespace paneweld

@@ -2,6 +2,7 @@
 
 #include "platform/foundation/Geometry.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -61,7 +62,10 @@ void updateWindowLevel(platform::NSWindow& window);
 // "Paneweld.WindowIdentifierDidLoad". A title that is no identifier is left alone.
 void loadWindowIdentifierFromTitle(platform::NSWindow& window);
 
-// The first of the application's windows that is tagged with the id; null when none is.
+// The first of the application's windows, in its order, that is what is asked for; null when none is.
+std::shared_ptr<platform::NSWindow> firstWindow(
+    platform::NSApplication const& application, std::function<bool(platform::NSWindow const&)> const& isWanted);
+// The one that is tagged with the id.
 std::shared_ptr<platform::NSWindow> firstWindow(platform::NSApplication const& application, std::string const& id);
 
 // The looks. Each gives a window its look and first frame and marks it, once; true means that the kind's line is to

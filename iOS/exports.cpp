@@ -1,6 +1,7 @@
 #include "iOS/AppKitController.h"
 #include "iOS/GlobalShortcutController.h"
 #include "iOS/HostNameProvider.h"
+#include "iOS/StatusItemController.h"
 #include "iOS/WindowIdentifier.h"
 #include "iOS/WindowManager.h"
 #include "platform/Platform.h"
@@ -50,6 +51,7 @@ char const PaneweldVersionString[] = PANEWELD_VERSION;
         return "the plug-in was built for version " PANEWELD_VERSION " of the library and another one is loaded";
     exportClass(bundlePath, withMaker<paneweld::AppKitController>());
     exportClass(bundlePath, withMaker<paneweld::GlobalShortcutController>());
+    exportClass(bundlePath, withMaker<paneweld::StatusItemController>());
     exportClass(bundlePath, withMaker<paneweld::WindowManager>());
     exportClass(bundlePath, paneweld::HostNameProvider::runtimeClass(&Platform::current));
     exportClass(bundlePath, paneweld::WindowIdentifier::runtimeClass());

@@ -3,6 +3,8 @@
 #include "backends/memory/Ledger.h"
 #include "backends/memory/MemoryBundleFiles.h"
 #include "backends/memory/MemoryHotKeys.h"
+#include "backends/memory/MemoryPasteboard.h"
+#include "backends/memory/MemoryStatusBar.h"
 #include "backends/memory/MemorySymbolicHotKeys.h"
 #include "backends/memory/MemoryTime.h"
 #include "backends/memory/MemoryWindow.h"
@@ -66,6 +68,8 @@ public:
     MemoryHotKeys& hotKeys() { return m_hotKeys; }
     // A world without them has no shortcuts of the system either: both are lent as null.
     void setHasHotKeys(bool hasHotKeys) { m_hasHotKeys = hasHotKeys; }
+    // A world without a status bar lends null.
+    void setHasStatusBar(bool hasStatusBar) { m_hasStatusBar = hasStatusBar; }
 
     struct PanelAnswer {
         platform::ModalResponse response = platform::ModalResponse::Cancel;
@@ -87,6 +91,7 @@ public:
     }
     void setReadable(std::string path) { m_fileManager.readable.insert(std::move(path)); }
     void setLocalizedHostName(std::optional<std::string> name) { m_hostInfo.name = std::move(name); }
+    void setMachineModel(std::optional<std::string> model) { m_hostInfo.model = std::move(model); }
 
     platform::LogSink& logSink() override { return m_log; }
     platform::Clock& clock() override { return m_clock; }
@@ -103,6 +108,7 @@ public:
     platform::NSWorkspace* workspace() override { return &m_workspace; }
     platform::Bookmarks* bookmarks() override { return &m_bookmarks; }
     MemoryHotKeys* eventHotKeys() override { return m_hasHotKeys ? &m_hotKeys : nullptr; }
+    MemoryStatusBar* statusBar() override { return m_hasStatusBar ? &m_statusBar : nullptr; }
     MemorySymbolicHotKeys* symbolicHotKeys() override { return m_hasHotKeys ? &m_symbolicHotKeys : nullptr; }
 
 private:
@@ -147,9 +153,10 @@ private:
 
     struct Machine : platform::HostInfo {
         std::optional<std::string> name = "Memory Machine";
+        std::optional<std::string> model = "Memory1,1";
 
         std::optional<std::string> localizedName() const override { return name; }
-        std::optional<std::string> machineModel() const override { return "Memory1,1"; }
+        std::optional<std::string> machineModel() const override { return model; }
         std::string operatingSystemVersionString() const override { return "Memory 1.0"; }
     };
 
@@ -195,6 +202,8 @@ private:
     MemoryHotKeys m_hotKeys { m_ledger, m_mainQueue };
     MemorySymbolicHotKeys m_symbolicHotKeys;
     bool m_hasHotKeys = true;
+    MemoryStatusBar m_statusBar { m_ledger };
+    bool m_hasStatusBar = true;
     std::vector<std::weak_ptr<MemoryQueue>> m_serialQueues;
     std::optional<platform::NSScreen> m_screen;
     std::deque<PanelAnswer> m_panelAnswers;

@@ -28,6 +28,8 @@ public:
     void endLiveResize(platform::Rect const& frame);
     // Sees to it that close() is refused, as a host may.
     void setRefusesClose(bool refuses) { m_refusesClose = refuses; }
+    // As a window that takes no input.
+    void setCanBecomeKey(bool canBecomeKey) { m_canBecomeKey = canBecomeKey; }
     void setContentView(std::shared_ptr<platform::NSView> view) { m_contentView = std::move(view); }
     void removeStandardButtons() { m_buttons.clear(); }
 
@@ -44,7 +46,7 @@ public:
     platform::Size contentMinSize() const override { return m_contentMinSize; }
     platform::Size contentMaxSize() const override { return m_contentMaxSize; }
     bool isVisible() const override { return m_isVisible; }
-    bool canBecomeKeyWindow() const override { return !m_isWithdrawn; }
+    bool canBecomeKeyWindow() const override { return m_canBecomeKey && !m_isWithdrawn; }
     std::shared_ptr<platform::NSView> contentView() const override { return m_contentView; }
     platform::NSButton* standardWindowButton(platform::WindowButton button) override;
 
@@ -93,6 +95,7 @@ private:
     bool m_isVisible = false;
     bool m_isWithdrawn = true;
     bool m_refusesClose = false;
+    bool m_canBecomeKey = true;
     std::shared_ptr<platform::NSView> m_contentView = std::make_shared<platform::NSView>();
     std::map<platform::WindowButton, platform::NSButton> m_buttons;
     std::unique_ptr<RecordingAnimator> m_windowAnimator;

@@ -156,6 +156,22 @@ TEST_F(Loading, TheShortcutIsToldToThePlugInAndItsTruthToTheHost)
     EXPECT_TRUE(exported->allocInit());
 }
 
+TEST_F(Loading, TheStatusItemsRequestsReachTheHost)
+{
+    auto const host = start();
+    auto const controller = NSBundle::appKitController(*host->plugin());
+    auto const* const exported = platform::ClassRegistry::shared().classFromString("PaneweldStatusItemController");
+    ASSERT_TRUE(exported);
+    // One more than the plug-in's own, as a host may make: its actions can be performed by name.
+    auto const item = exported->allocInit();
+    ASSERT_TRUE(item);
+    int requests = 0;
+    platform::Observation const observation(platform::NotificationCenter::defaultCenter(),
+        { NotificationName::openNewWindow(), nullptr, {} }, [&](auto const&) { ++requests; });
+    EXPECT_TRUE(platform::perform(*item, "openBrainstormWindow"));
+    EXPECT_EQ(requests, 1);
+}
+
 TEST_F(Loading, TextsComeInTheUsersLanguage)
 {
     setenv("LC_ALL", "de_DE.UTF-8", 1);
@@ -171,7 +187,9 @@ TEST_F(Loading, EveryLanguageHasEveryText)
         if (folder.path().extension() != ".lproj")
             continue;
         auto const table = outputOf("cat '" + (folder.path() / "Localizable.strings").string() + "'");
-        for (auto const* const key : { "folder_picker_message", "folder_picker_prompt" })
+        for (auto const* const key : { "folder_picker_message", "folder_picker_prompt", "status_item_menu_open",
+                 "status_item_menu_new_brainstorm", "settings", "status_item_menu_sign_in",
+                 "status_item_menu_check_updates", "status_item_menu_quit" })
             EXPECT_NE(table.find(std::string("\"") + key + "\" = \""), std::string::npos) << folder.path() << key;
     }
 }

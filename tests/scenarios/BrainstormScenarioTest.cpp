@@ -35,8 +35,8 @@ protected:
 
     void expect(std::string const& name) { transcript.expectToBe(name); }
 
+    Transcript transcript; // hears the plug-in out, so it is there until after that
     std::shared_ptr<AppKitController> controller;
-    Transcript transcript;
 };
 
 } // namespace

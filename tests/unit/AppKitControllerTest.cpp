@@ -12,7 +12,12 @@ class RootController : public World {
 protected:
     using Answer = std::optional<std::vector<URL>>;
 
-    void SetUp() override { controller = AppKitController::create(world); }
+    void SetUp() override
+    {
+        controller = AppKitController::create(world);
+        madeWith = ledger();
+        world.ledger().clear();
+    }
 
     void requestAccess()
     {
@@ -22,6 +27,7 @@ protected:
 
     std::vector<URL> const chosen { *URL::fromString("file:///home/ada/Docs/") };
     std::vector<Answer> answers;
+    std::vector<std::string> madeWith;
     std::shared_ptr<AppKitController> controller;
 };
 
@@ -32,6 +38,20 @@ TEST_F(RootController, MakesAWindowManagerThatWatchesWindows)
     auto const window = world.makeWindow("w", tag("brainstorm", "b1", "Ideas"));
     window->show();
     EXPECT_EQ(window->title(), "Ideas");
+}
+
+TEST_F(RootController, MakesAStatusItemThatGoesWithIt)
+{
+    EXPECT_EQ(madeWith, std::vector<std::string> { "statusitem make length=-1" });
+    EXPECT_EQ(log(),
+        std::vector<std::string> {
+            "info: status item controller init: model=Memory1,1, hostName=Memory Machine, os=Memory 1.0" });
+    ASSERT_TRUE(world.statusBar()->button());
+    world.statusBar()->button()->leftClick();
+    EXPECT_EQ(log().back(), "debug: open brainstorm window");
+    controller = nullptr;
+    EXPECT_EQ(world.statusBar()->item(), nullptr);
+    EXPECT_EQ(ledger(), std::vector<std::string> { "statusitem remove" });
 }
 
 TEST_F(RootController, AsksForFoldersAndHandsThemOn)
@@ -75,6 +95,7 @@ TEST_F(RootController, AMalformedRequestOpensNoDialog)
 TEST_F(RootController, ARequestAfterTheControllerHasGoneIsIgnored)
 {
     controller = nullptr;
+    world.ledger().clear();
     requestAccess();
     EXPECT_TRUE(answers.empty());
     EXPECT_TRUE(ledger().empty());
