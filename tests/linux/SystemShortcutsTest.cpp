@@ -51,6 +51,8 @@ protected:
             unsetenv(name);
         setenv("HOME", folder.path().c_str(), 1);
         setenv("XDG_CONFIG_HOME", (folder.path() + "/config").c_str(), 1);
+        // What this machine has installed is not asked.
+        setenv("XDG_CONFIG_DIRS", (folder.path() + "/none").c_str(), 1);
         setenv("XDG_RUNTIME_DIR", folder.path().c_str(), 1);
         setenv("GSETTINGS_BACKEND", "keyfile", 1);
     }
