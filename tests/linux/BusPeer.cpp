@@ -10,9 +10,10 @@
 
 namespace paneweld_tests {
 
-BusPeer::BusPeer(std::string busAddress, std::string name)
+BusPeer::BusPeer(std::string busAddress, std::string name, std::uint64_t nameFlags)
     : m_address(std::move(busAddress))
     , m_name(std::move(name))
+    , m_nameFlags(nameFlags)
     , m_wakeDescriptor(eventfd(0, EFD_CLOEXEC))
 {
 }
@@ -44,7 +45,7 @@ void BusPeer::run()
             : 0;
     };
     sd_bus_add_filter(m_bus, nullptr, filter, this);
-    EXPECT_GE(sd_bus_request_name(m_bus, m_name.c_str(), 0), 0);
+    EXPECT_GE(sd_bus_request_name(m_bus, m_name.c_str(), m_nameFlags), 0);
     m_isReady = true;
     m_isReady.notify_all();
     while (true) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <functional>
 #include <mutex>
 #include <string>
@@ -25,7 +26,8 @@ public:
     int count(std::string const& call) const;
 
 protected:
-    BusPeer(std::string busAddress, std::string name);
+    // How the name is taken, as in sd_bus_request_name.
+    BusPeer(std::string busAddress, std::string name, std::uint64_t nameFlags = 0);
     // Ends of construction and beginning of destruction of what derives from it.
     void start();
     void stop();
@@ -44,6 +46,7 @@ private:
 
     std::string m_address;
     std::string m_name;
+    std::uint64_t m_nameFlags;
     mutable std::mutex m_mutex;
     std::vector<std::string> m_calls;
     std::vector<std::function<void()>> m_work;

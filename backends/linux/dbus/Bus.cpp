@@ -43,15 +43,19 @@ struct BusSlot::State {
 
     // The library hands out in the middle of its own work and does none of it again before it has returned. From the
     // loop the handler may run a nested one, which still hears the bus.
-    void deliverSoon(BusMessage message)
+    void soon(std::function<void()> work)
     {
-        deliveries.push_back(loop.soon([this, message = std::move(message)] {
-            // Out of reach first: the handler may drop the slot that holds all this.
+        deliveries.push_back(loop.soon([this, work = std::move(work)] {
+            // Out of reach first: the work may drop the slot that holds all this.
             auto const delivery = std::move(deliveries.front());
             deliveries.pop_front();
-            auto const call = handle;
-            call(message);
+            work();
         }));
+    }
+
+    void deliverSoon(BusMessage message)
+    {
+        soon([call = handle, message = std::move(message)] { call(message); });
     }
 
     static int trampoline(sd_bus_message* message, void* context, sd_bus_error*) noexcept
@@ -60,8 +64,21 @@ struct BusSlot::State {
         return 0;
     }
 
+    // Of an object. A call is kept until it has been answered.
+    static int callTrampoline(sd_bus_message* message, void* context, sd_bus_error*) noexcept
+    {
+        auto* const state = static_cast<State*>(context);
+        std::shared_ptr<sd_bus_message> const call(sd_bus_message_ref(message), sd_bus_message_unref);
+        state->soon([call, interface = state->interface, arguments = readMessage(message).arguments] {
+            answerCall(call.get(), arguments, *interface);
+        });
+        return 1;
+    }
+
     EventLoop& loop;
     Bus::Handler handle;
+    std::shared_ptr<BusInterface const> interface {
+    };
     sd_bus_slot* slot = nullptr;
     std::deque<LoopSource> deliveries {};
 };
@@ -175,6 +192,27 @@ BusSlot Bus::whenLost(std::function<void()> lost)
 {
     constexpr auto library = "org.freedesktop.DBus.Local";
     return whenSignal({ library, {}, library, "Disconnected" }, [lost = std::move(lost)](auto const&) { lost(); });
+}
+
+BusSlot Bus::exportObject(std::string const& path, BusInterface interface)
+{
+    auto state = std::make_unique<BusSlot::State>(m_loop, Handler {});
+    state->interface = std::make_shared<BusInterface const>(std::move(interface));
+    sd_bus_add_object(m_bus, &state->slot, path.c_str(), BusSlot::State::callTrampoline, state.get());
+    return BusSlot(std::move(state));
+}
+
+void Bus::emit(Member const& signal, std::string const& signature, platform::List const& arguments)
+{
+    OwnedMessage message;
+    if (sd_bus_message_new_signal(
+            m_bus, &message.message, signal.path.c_str(), signal.interface.c_str(), signal.name.c_str())
+            < 0
+        || !appendArguments(message.message, signature, arguments))
+        return;
+    sd_bus_send(m_bus, message.message, nullptr);
+    // What did not fit into the socket waits for a turn of the loop.
+    m_loop.wakeUp();
 }
 
 BusSlot Bus::getText(Member const& property, std::function<void(std::optional<std::string>)> answered)

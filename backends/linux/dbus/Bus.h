@@ -1,5 +1,6 @@
 #pragma once
 
+#include "backends/linux/dbus/BusInterface.h"
 #include "backends/linux/dbus/BusMessage.h"
 #include "platform/foundation/Result.h"
 
@@ -63,6 +64,11 @@ public:
     // Each time that the name changes hands; the names of connections, empty for nobody.
     BusSlot whenOwnerChanges(
         std::string const& service, std::function<void(std::string const& before, std::string const& after)> changed);
+    // An object of our own, with one interface: calls are answered from the loop, in their order.
+    BusSlot exportObject(std::string const& path, BusInterface interface);
+    // A signal of such an object, to everybody; the service is left empty.
+    void emit(Member const& signal, std::string const& signature, platform::List const& arguments);
+
     // Once, when the bus has gone.
     BusSlot whenLost(std::function<void()> lost);
 

@@ -1,5 +1,7 @@
 #include "backends/linux/dbus/BusMessage.h"
 
+#include "backends/linux/dbus/BusVariant.h"
+
 #include <cstdint>
 #include <optional>
 #include <string_view>
@@ -197,7 +199,7 @@ char const* typeOf(Value const& value)
     case ValueKind::Unsigned:
         return "u";
     case ValueKind::List:
-        return "as";
+        return value.asList()->empty() || !value.asList()->front().asList() ? "as" : "aas";
     default:
         return nullptr;
     }
@@ -205,6 +207,9 @@ char const* typeOf(Value const& value)
 
 bool appendVariant(sd_bus_message* message, Value const& value)
 {
+    if (auto const typed = std::dynamic_pointer_cast<BusVariant>(value.asObject()))
+        return appendInside(message, SD_BUS_TYPE_VARIANT, typed->type(),
+            [&] { return appendAll(message, typed->type(), { typed->value() }); });
     auto const* const type = typeOf(value);
     return type && appendInside(message, SD_BUS_TYPE_VARIANT, type, [&] { return appendValue(message, type, value); });
 }
@@ -234,6 +239,8 @@ bool appendValue(sd_bus_message* message, std::string_view type, Value const& va
     case 'v':
         return appendVariant(message, value);
     case 'a':
+        if (auto const* const data = value.asData(); data && type == "ay")
+            return sd_bus_message_append_array(message, 'y', data->bytes.data(), data->bytes.size()) >= 0;
         return appendInside(
             message, SD_BUS_TYPE_ARRAY, type.substr(1), [&] { return appendArray(message, type.substr(1), value); });
     case '(': {

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "backends/linux/dbus/DBusStatusItem.h"
+#include "backends/linux/loop/EventLoop.h"
+#include "platform/appkit/NSStatusBar.h"
+#include "platform/log/OSLog.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace backends {
+
+// The status items of this app on a Linux desktop, each shown by the panel over the session bus. Main thread only.
+class LinuxStatusBar final : public platform::NSStatusBar {
+public:
+    struct Options {
+        std::string busAddress {};
+        // Of the app: its identifier and its name.
+        std::string id {};
+        std::string title {};
+        std::function<std::vector<IconPixmap>(platform::NSImage const&)> drawIcon {};
+        std::string standInIconName {};
+        std::function<void(std::string const& activationToken)> willActivate {};
+    };
+    LinuxStatusBar(EventLoop& loop, Options options, platform::OSLog log);
+    ~LinuxStatusBar() override;
+
+    std::shared_ptr<platform::NSStatusItem> statusItemWithLength(double length) override;
+    platform::StatusItemPlace place() const override { return m_place; }
+
+    // Icons that could not be drawn before can be now.
+    void redraw();
+
+private:
+    void update();
+
+    EventLoop& m_loop;
+    Options m_options;
+    platform::OSLog m_log;
+    std::vector<std::weak_ptr<DBusStatusItem>> m_items;
+    int m_count = 0;
+    platform::StatusItemPlace m_place = platform::StatusItemPlace::Nowhere;
+    LoopSource m_update;
+    // Items may outlive the bar.
+    std::shared_ptr<bool> m_life = std::make_shared<bool>(true);
+};
+
+} // namespace backends

@@ -1,0 +1,149 @@
+#include "backends/linux/dbus/StatusNotifierItem.h"
+
+#include "platform/foundation/Text.h"
+
+#include <unistd.h>
+#include <utility>
+
+namespace backends {
+
+using platform::List;
+using platform::Value;
+
+namespace {
+
+constexpr auto interfaceName = "org.kde.StatusNotifierItem";
+constexpr auto object = "/StatusNotifierItem";
+
+List pixmapsOf(StatusIcon const& icon)
+{
+    List pixmaps;
+    for (auto const& pixmap : icon.pixmaps)
+        pixmaps.emplace_back(List { pixmap.width, pixmap.height, platform::Data { pixmap.bytes } });
+    return pixmaps;
+}
+
+bool isWhole(IconPixmap const& pixmap)
+{
+    constexpr int sizeLimit = 1024;
+    return pixmap.width > 0 && pixmap.height > 0 && pixmap.width <= sizeLimit && pixmap.height <= sizeLimit
+        && pixmap.bytes.size() == static_cast<std::size_t>(pixmap.width) * pixmap.height * 4;
+}
+
+BusInterface::Property constant(std::string name, std::string type, Value value)
+{
+    return { std::move(name), std::move(type), [value = std::move(value)] { return value; } };
+}
+
+} // namespace
+
+StatusNotifierItem::StatusNotifierItem(
+    Bus& bus, EventLoop& loop, Identity identity, platform::OSLog log, Observer observer)
+    : m_bus(bus)
+    , m_identity(std::move(identity))
+    , m_log(std::move(log))
+    , m_observer(std::move(observer))
+    , m_name(std::string(interfaceName) + "-" + std::to_string(getpid()) + "-" + std::to_string(m_identity.number))
+    , m_object(bus.exportObject(object, interface()))
+    , m_nameQuestion(
+          bus.call({ "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "RequestName" }, "su",
+              // 4: now or not at all. 1 in the answer: it is ours.
+              { m_name, 4u }, [this](BusMessage const& answer) { m_hasName = answer.argument(0).asUInt32() == 1u; }))
+    , m_watcher(
+          bus, loop, m_log, [this] { return nameForWatcher(); },
+          [this] {
+              // A copy: it may drop this.
+              auto const stateDidChange = m_observer.stateDidChange;
+              if (stateDidChange)
+                  stateDidChange();
+          })
+{
+}
+
+// In a sandbox such a name may be another app's, or forbidden: then the watcher goes by who is calling.
+std::string StatusNotifierItem::nameForWatcher() const { return m_hasName ? m_name : object; }
+
+BusInterface StatusNotifierItem::interface()
+{
+    BusInterface table { interfaceName };
+    auto const nothing = List {};
+    table.methods = {
+        { "Activate", "ii", "", {}, [this](auto const&) { activate(); } },
+        // The middle button and the wheel mean nothing here.
+        { "SecondaryActivate", "ii", "" },
+        { "Scroll", "is", "" },
+        { "ContextMenu", "ii", "", {},
+            [this](auto const&) {
+                if (auto const didAskForMenu = m_observer.didAskForMenu)
+                    didAskForMenu();
+            } },
+        { "ProvideXdgActivationToken", "s", "",
+            [this](auto const& arguments) {
+                m_activationToken = *arguments.at(0).asText();
+                return List {};
+            } },
+    };
+    table.properties = {
+        constant("Category", "s", "ApplicationStatus"),
+        constant("Id", "s", platform::repairedUTF8(m_identity.id)),
+        { "Title", "s", [this] { return Value(platform::repairedUTF8(m_identity.title)); } },
+        constant("Status", "s", "Active"),
+        constant("WindowId", "i", 0),
+        { "IconName", "s", [this] { return Value(m_icon.name); } },
+        { "IconThemePath", "s", [this] { return Value(m_icon.themePath); } },
+        { "IconPixmap", "a(iiay)", [this] { return Value(pixmapsOf(m_icon)); } },
+        constant("OverlayIconName", "s", ""),
+        constant("OverlayIconPixmap", "a(iiay)", nothing),
+        constant("AttentionIconName", "s", ""),
+        constant("AttentionIconPixmap", "a(iiay)", nothing),
+        constant("AttentionMovieName", "s", ""),
+        { "ToolTip", "(sa(iiay)ss)",
+            [this] {
+                return Value(List { "", List {}, platform::repairedUTF8(m_identity.title), "" });
+            } },
+        // Else some take a left press for one on the menu.
+        constant("ItemIsMenu", "b", false),
+        constant("Menu", "o", m_identity.menuPath),
+    };
+    table.signals = { { "NewTitle", "" }, { "NewIcon", "" }, { "NewIconThemePath", "s" }, { "NewToolTip", "" },
+        { "NewStatus", "s" } };
+    table.didRefuse = [this](std::string const& method, platform::NSError const& error) {
+        m_log.error("item: %{public}s refused: %{public}s", { method, error.localizedDescription });
+    };
+    return table;
+}
+
+void StatusNotifierItem::setIcon(StatusIcon icon)
+{
+    std::erase_if(icon.pixmaps, [](auto const& pixmap) { return !isWhole(pixmap); });
+    icon.name = platform::repairedUTF8(icon.name);
+    icon.themePath = platform::repairedUTF8(icon.themePath);
+    if (icon == m_icon)
+        return;
+    bool const isElsewhere = icon.themePath != m_icon.themePath;
+    m_icon = std::move(icon);
+    // First where to look, then for what.
+    if (isElsewhere)
+        m_bus.emit({ {}, object, interfaceName, "NewIconThemePath" }, "s", { m_icon.themePath });
+    emit("NewIcon");
+}
+
+void StatusNotifierItem::setTitle(std::string title)
+{
+    if (title == m_identity.title)
+        return;
+    m_identity.title = std::move(title);
+    emit("NewTitle");
+    emit("NewToolTip");
+}
+
+void StatusNotifierItem::activate()
+{
+    auto const token = std::exchange(m_activationToken, {});
+    if (auto const didActivate = m_observer.didActivate)
+        didActivate(token);
+}
+
+void StatusNotifierItem::emit(std::string const& signal) { m_bus.emit({ {}, object, interfaceName, signal }, "", {}); }
+
+} // namespace backends

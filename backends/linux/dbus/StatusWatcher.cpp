@@ -1,0 +1,124 @@
+#include "backends/linux/dbus/StatusWatcher.h"
+
+#include <utility>
+
+namespace backends {
+
+using platform::Seconds;
+
+namespace {
+
+constexpr auto service = "org.kde.StatusNotifierWatcher";
+constexpr auto object = "/StatusNotifierWatcher";
+constexpr auto hostProperty = "IsStatusNotifierHostRegistered";
+
+// Some take their name before they have their object. The first attempts are close to each other, so that such a one
+// still has the item within a quarter of a second; then ever longer ones, and after some three seconds no more, so that
+// nothing wakes up for a watcher that does not want us.
+constexpr Seconds firstRetryDelay { 0.05 };
+constexpr int maximumFailures = 7;
+
+} // namespace
+
+StatusWatcher::StatusWatcher(Bus& bus, EventLoop& loop, platform::OSLog log, std::function<std::string()> itemName,
+    std::function<void()> stateDidChange)
+    : m_bus(bus)
+    , m_loop(loop)
+    , m_log(std::move(log))
+    , m_itemName(std::move(itemName))
+    , m_stateDidChange(std::move(stateDidChange))
+{
+    m_ownerChanges = bus.whenOwnerChanges(service, [this](auto const&, auto const& after) { setOwner(after); });
+    m_lost = bus.whenLost([this] { setOwner({}); });
+    auto const changed = [this](BusMessage const& signal) {
+        if (signal.sender == m_owner)
+            hostsDidChange();
+    };
+    m_hostComes = bus.whenSignal({ service, object, service, "StatusNotifierHostRegistered" }, changed);
+    m_hostGoes = bus.whenSignal({ service, object, service, "StatusNotifierHostUnregistered" }, changed);
+    m_hostChanges
+        = bus.whenSignal({ service, object, "org.freedesktop.DBus.Properties", "PropertiesChanged" }, changed);
+    // Answered before any change that is told later. A refusal says that there is nobody.
+    m_ownerQuestion
+        = bus.call({ "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetNameOwner" }, "s",
+            { service }, [this](BusMessage const& answer) {
+                auto const owner = answer.argument(0);
+                if (owner.asText())
+                    setOwner(*owner.asText());
+            });
+}
+
+void StatusWatcher::setOwner(std::string const& owner)
+{
+    if (owner == m_owner)
+        return;
+    m_owner = owner;
+    m_isRegistered = false;
+    m_hasHost.reset();
+    m_failures = 0;
+    m_registration = {};
+    m_hostQuestion = {};
+    m_retry.end();
+    if (!m_owner.empty()) {
+        registerItem();
+        askForHost();
+    }
+    update();
+}
+
+void StatusWatcher::registerItem()
+{
+    // To the connection and not to the name, which may be another's by now; that one is told for itself.
+    m_registration = m_bus.call({ m_owner, object, service, "RegisterStatusNotifierItem" }, "s", { m_itemName() },
+        [this](BusMessage const& answer) {
+            if (answer.isError()) {
+                registrationDidFail(answer.error);
+                return;
+            }
+            m_isRegistered = true;
+            update();
+        });
+}
+
+void StatusWatcher::registrationDidFail(std::string const& error)
+{
+    ++m_failures;
+    if (m_failures == 1 || m_failures == maximumFailures)
+        m_log.error("%{public}s by the desktop's list of status items: %{public}s",
+            { m_failures == 1 ? "refused" : "given up after refusals", error });
+    if (m_failures < maximumFailures)
+        m_retry = m_loop.after(firstRetryDelay * (1 << (m_failures - 1)), [this] { registerItem(); });
+}
+
+void StatusWatcher::askForHost()
+{
+    m_hostQuestion = m_bus.call({ m_owner, object, "org.freedesktop.DBus.Properties", "Get" }, "ss",
+        { service, hostProperty }, [this](BusMessage const& answer) {
+            m_hasHost = answer.argument(0).asBool().value_or(false);
+            update();
+        });
+}
+
+void StatusWatcher::hostsDidChange()
+{
+    // The signals say that one came or went, and not how many are left.
+    askForHost();
+    if (m_isRegistered || m_failures < maximumFailures)
+        return;
+    m_failures = 0;
+    registerItem();
+}
+
+void StatusWatcher::update()
+{
+    auto state = State::NoWatcher;
+    if (m_isRegistered && m_hasHost)
+        state = *m_hasHost ? State::Shown : State::WatcherWithoutHost;
+    if (std::exchange(m_state, state) == state || !m_stateDidChange)
+        return;
+    // A copy: it may drop this.
+    auto const stateDidChange = m_stateDidChange;
+    stateDidChange();
+}
+
+} // namespace backends

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "backends/linux/dbus/Bus.h"
+#include "backends/linux/loop/EventLoop.h"
+#include "platform/log/OSLog.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace backends {
+
+// The desktop's list of status items (org.kde.StatusNotifierWatcher) as one item sees it: whoever keeps the list is
+// told of the item, once, and whether somebody shows what is on it is known. Keepers come, go and hand over at any
+// time. Main thread only.
+class StatusWatcher {
+public:
+    enum class State {
+        NoWatcher, // nobody keeps a list that has the item
+        WatcherWithoutHost, // on the list, which nobody shows
+        Shown,
+    };
+
+    // The item is told by what itemName gives at the time: a name on the bus, or the path of an object of this
+    // connection. The observer is called from the loop.
+    StatusWatcher(Bus& bus, EventLoop& loop, platform::OSLog log, std::function<std::string()> itemName,
+        std::function<void()> stateDidChange);
+
+    State state() const { return m_state; }
+
+private:
+    void setOwner(std::string const& owner);
+    void registerItem();
+    void registrationDidFail(std::string const& error);
+    void askForHost();
+    void hostsDidChange();
+    void update();
+
+    Bus& m_bus;
+    EventLoop& m_loop;
+    platform::OSLog m_log;
+    std::function<std::string()> m_itemName;
+    std::function<void()> m_stateDidChange;
+    State m_state = State::NoWatcher;
+    // The connection that keeps the list. Empty for nobody.
+    std::string m_owner;
+    bool m_isRegistered = false;
+    // Absent until the owner has said so.
+    std::optional<bool> m_hasHost;
+    int m_failures = 0;
+    BusSlot m_ownerChanges, m_ownerQuestion, m_lost;
+    BusSlot m_hostComes, m_hostGoes, m_hostChanges;
+    BusSlot m_registration, m_hostQuestion;
+    LoopSource m_retry;
+};
+
+} // namespace backends

@@ -1,0 +1,166 @@
+#include "tests/linux/StatusItemFixture.h"
+
+#include <chrono>
+#include <cstdlib>
+#include <poll.h>
+#include <unistd.h>
+
+namespace paneweld_tests {
+
+using platform::NSMenuItem;
+
+namespace {
+
+constexpr std::chrono::seconds patience { 20 };
+// Other threads' doings make nothing of ours readable.
+constexpr int lookAgainMilliseconds = 2;
+
+} // namespace
+
+class StatusItemTest::View : public platform::NSView {
+public:
+    View(StatusItemTest& test, std::weak_ptr<platform::NSView> button, std::string name)
+        : m_test(test)
+        , m_button(std::move(button))
+        , m_name(std::move(name))
+    {
+    }
+
+    void mouseDown(platform::NSEvent const&) override { m_test.act(m_name); }
+    void rightMouseDown(platform::NSEvent const&) override
+    {
+        m_test.act("right");
+        if (auto const button = m_button.lock())
+            m_test.menu->popUpMenuPositioningItem(nullptr, { 0, button->bounds().height }, *button);
+    }
+
+private:
+    StatusItemTest& m_test;
+    std::weak_ptr<platform::NSView> m_button;
+    std::string m_name;
+};
+
+StatusItemTest::StatusItemTest()
+    : loop(backends::EventLoop::create().take())
+{
+    unsetenv("DBUS_SESSION_BUS_ADDRESS");
+    options.id = "app.test";
+    options.title = "Test";
+    options.standInIconName = "image-missing";
+}
+
+StatusItemTest::~StatusItemTest() = default;
+
+void StatusItemTest::act(std::string const& action)
+{
+    actions.push_back(action);
+    if (auto const call = onAction)
+        call(action);
+}
+
+void StatusItemTest::makeBar(std::string const& address)
+{
+    options.busAddress = address;
+    bar = std::make_unique<backends::LinuxStatusBar>(*loop, options, platform::OSLog(lines, "test", "status"));
+    bar->setPlaceHandler([this] { places.push_back(bar->place()); });
+}
+
+std::shared_ptr<platform::NSStatusItem> StatusItemTest::makeItem(std::string const& name)
+{
+    auto made = bar->statusItemWithLength(platform::NSVariableStatusItemLength);
+    made->button()->addSubview(
+        std::make_shared<View>(*this, made->button(), name), platform::ViewPosition::Above, nullptr);
+    return made;
+}
+
+void StatusItemTest::start()
+{
+    bus = std::make_unique<SessionBus>();
+    makeBar(bus->address());
+    item = makeItem();
+}
+
+void StatusItemTest::startShown()
+{
+    bus = std::make_unique<SessionBus>();
+    watcher = std::make_unique<StatusWatcherStandIn>(bus->address());
+    makeBar(bus->address());
+    item = makeItem();
+    ASSERT_TRUE(pumpUntil([&] { return place() == platform::StatusItemPlace::Panel; }));
+    startPanel();
+}
+
+void StatusItemTest::startPanel(int number)
+{
+    // One after the other: they have the same name.
+    panel.reset();
+    panel = std::make_unique<PanelStandIn>(bus->address(), itemName(number));
+    pumpUntil([&] { return answer(panel->askItem("Scroll", "is", 0, "vertical")).empty(); });
+}
+
+std::string StatusItemTest::itemName(int number)
+{
+    return "org.kde.StatusNotifierItem-" + std::to_string(getpid()) + "-" + std::to_string(number);
+}
+
+std::shared_ptr<NSMenuItem> StatusItemTest::add(
+    std::string const& title, std::string const& action, std::string const& key)
+{
+    target->description.methods[action] = [this, action](platform::NSObject&, platform::List const&) {
+        act(action);
+        return platform::Value();
+    };
+    auto made = NSMenuItem::create(title, action, key);
+    made->setTarget(target);
+    menu->addItem(made);
+    return made;
+}
+
+void StatusItemTest::addSeparator() { menu->addItem(NSMenuItem::separatorItem()); }
+
+void StatusItemTest::fillMenu()
+{
+    add("Open", "open");
+    add("New", "new");
+    add("Settings", "settings", ",");
+    addSeparator();
+    add("Check for Updates", "update");
+    addSeparator();
+    add("Quit", "quit", "q");
+}
+
+bool StatusItemTest::pumpUntil(std::function<bool()> condition)
+{
+    auto const end = std::chrono::steady_clock::now() + patience;
+    while (true) {
+        loop->dispatch();
+        if (condition())
+            return true;
+        if (std::chrono::steady_clock::now() > end)
+            break;
+        isReadable(lookAgainMilliseconds);
+    }
+    ADD_FAILURE() << "waited in vain";
+    return false;
+}
+
+std::string StatusItemTest::answer(std::future<std::string> question)
+{
+    auto const isThere = [&] { return question.wait_for(std::chrono::seconds(0)) == std::future_status::ready; };
+    return pumpUntil(isThere) ? question.get() : "no answer";
+}
+
+void StatusItemTest::settle()
+{
+    // Signals that came before the first answer are heard before the second question is put.
+    for (int i = 0; i < 2; ++i)
+        EXPECT_EQ(answer(panel->askItem("Scroll", "is", 0, "vertical")), "");
+}
+
+bool StatusItemTest::isReadable(int milliseconds)
+{
+    pollfd wait { loop->pollableDescriptor(), POLLIN, 0 };
+    return poll(&wait, 1, milliseconds) > 0;
+}
+
+} // namespace paneweld_tests

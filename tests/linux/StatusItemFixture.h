@@ -1,0 +1,85 @@
+#pragma once
+
+#include "backends/linux/LinuxStatusBar.h"
+#include "platform/appkit/NSMenu.h"
+#include "platform/log/LogSink.h"
+#include "platform/runtime/Class.h"
+#include "tests/linux/PanelStandIn.h"
+#include "tests/linux/SessionBus.h"
+#include "tests/linux/StatusWatcherStandIn.h"
+
+#include <functional>
+#include <gtest/gtest.h>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace paneweld_tests {
+
+// A status item on a bus of its own, with a view over its button that writes down what it is told, and shows a menu on
+// the right button as an app does: "left", "right", and the actions of chosen items.
+class StatusItemTest : public ::testing::Test {
+protected:
+    using Texts = std::vector<std::string>;
+
+    StatusItemTest();
+    ~StatusItemTest() override;
+
+    void makeBar(std::string const& address);
+    // An item of the bar, with its view; "name" is what it does on the left button.
+    std::shared_ptr<platform::NSStatusItem> makeItem(std::string const& name = "left");
+    // A session bus, a bar and an item on it.
+    void start();
+    // The same with a watcher and a panel, when the item is shown.
+    void startShown();
+    static std::string itemName(int number = 1);
+    // A panel that knows the item, which has its name by then, whether a watcher knows it or not.
+    void startPanel(int number = 1);
+
+    std::shared_ptr<platform::NSMenuItem> add(
+        std::string const& title, std::string const& action, std::string const& key = {});
+    void addSeparator();
+    // The seven items of a menu as it is.
+    void fillMenu();
+
+    // Runs the loop until the condition holds; false when it does not come in time.
+    bool pumpUntil(std::function<bool()> condition);
+    // The answer of a question that a panel has put.
+    std::string answer(std::future<std::string> question);
+    // Until everything that is on its way between item and panel has come.
+    void settle();
+    bool isReadable(int milliseconds);
+    platform::StatusItemPlace place() const { return bar->place(); }
+
+    struct Lines : platform::LogSink {
+        bool accepts(platform::LogLevel) const override { return true; }
+        void write(platform::LogRecord const& record) override { messages.push_back(record.message); }
+        Texts messages;
+    };
+    struct Target : platform::NSObject {
+        platform::Class const* classDescription() const override { return &description; }
+        platform::Class description;
+    };
+
+    Lines lines;
+    std::unique_ptr<backends::EventLoop> loop;
+    std::unique_ptr<SessionBus> bus;
+    std::unique_ptr<StatusWatcherStandIn> watcher;
+    std::unique_ptr<PanelStandIn> panel;
+    backends::LinuxStatusBar::Options options;
+    std::unique_ptr<backends::LinuxStatusBar> bar;
+    std::shared_ptr<platform::NSStatusItem> item;
+    std::shared_ptr<platform::NSMenu> menu = std::make_shared<platform::NSMenu>();
+    std::shared_ptr<Target> target = std::make_shared<Target>();
+    Texts actions;
+    std::vector<platform::StatusItemPlace> places;
+    // Called with each action after it has been written down.
+    std::function<void(std::string const&)> onAction;
+
+private:
+    class View;
+    void act(std::string const& action);
+};
+
+} // namespace paneweld_tests

@@ -1,0 +1,414 @@
+#include "tests/linux/StatusItemFixture.h"
+
+#include "platform/appkit/NSImage.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+namespace paneweld_tests {
+
+using platform::StatusItemPlace;
+using Places = std::vector<StatusItemPlace>;
+
+namespace {
+
+constexpr int rounds = 25;
+
+// A bus that takes connections and says nothing.
+class SilentSocket {
+public:
+    explicit SilentSocket(std::string const& path)
+        : m_socket(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0))
+    {
+        sockaddr_un name {};
+        name.sun_family = AF_UNIX;
+        path.copy(name.sun_path, sizeof name.sun_path - 1);
+        EXPECT_EQ(bind(m_socket, reinterpret_cast<sockaddr const*>(&name), sizeof name), 0);
+        EXPECT_EQ(listen(m_socket, 5), 0);
+    }
+    ~SilentSocket() { hangUp(); }
+    void hangUp()
+    {
+        if (m_socket >= 0)
+            close(m_socket);
+        m_socket = -1;
+    }
+
+private:
+    int m_socket;
+};
+
+} // namespace
+
+class StatusNotifierTest : public StatusItemTest {
+protected:
+    using Manners = StatusWatcherStandIn::Manners;
+
+    void startWatcher(Manners manners = {})
+    {
+        watcher = std::make_unique<StatusWatcherStandIn>(bus->address(), manners);
+    }
+    bool waitFor(StatusItemPlace expected)
+    {
+        return pumpUntil([&] { return place() == expected; });
+    }
+    // Whoever hears of the item has heard of it once.
+    void expectOnTheListOnce(StatusWatcherStandIn const& list)
+    {
+        EXPECT_EQ(list.items(), Texts { itemName() });
+        EXPECT_EQ(list.count("Register"), 1);
+    }
+    std::string all()
+    {
+        return answer(panel->ask("/StatusNotifierItem", "org.freedesktop.DBus.Properties", "GetAll",
+            [](auto* call) { sd_bus_message_append(call, "s", "org.kde.StatusNotifierItem"); }));
+    }
+    std::string get(char const* property)
+    {
+        return answer(panel->ask("/StatusNotifierItem", "org.freedesktop.DBus.Properties", "Get",
+            [=](auto* call) { sd_bus_message_append(call, "ss", "org.kde.StatusNotifierItem", property); }));
+    }
+};
+
+TEST_F(StatusNotifierTest, IsRegisteredOnceAndShown)
+{
+    startShown();
+    expectOnTheListOnce(*watcher);
+    EXPECT_EQ(places, Places { StatusItemPlace::Panel });
+    EXPECT_EQ(all(),
+        "{'AttentionIconName': <s ''>, 'AttentionIconPixmap': <a(iiay) []>, 'AttentionMovieName': <s ''>, "
+        "'Category': <s 'ApplicationStatus'>, 'IconName': <s 'image-missing'>, 'IconPixmap': <a(iiay) []>, "
+        "'IconThemePath': <s ''>, 'Id': <s 'app.test'>, 'ItemIsMenu': <b false>, 'Menu': <o '/MenuBar'>, "
+        "'OverlayIconName': <s ''>, 'OverlayIconPixmap': <a(iiay) []>, 'Status': <s 'Active'>, 'Title': <s 'Test'>, "
+        "'ToolTip': <(sa(iiay)ss) ('', [], 'Test', '')>, 'WindowId': <i 0>}");
+    EXPECT_EQ(lines.messages, Texts {});
+}
+
+TEST_F(StatusNotifierTest, TheWatcherGoesAndComesBack)
+{
+    startShown();
+    for (int i = 0; i < rounds; ++i) {
+        watcher.reset();
+        ASSERT_TRUE(waitFor(StatusItemPlace::Nowhere));
+        startWatcher();
+        ASSERT_TRUE(waitFor(StatusItemPlace::Panel));
+        expectOnTheListOnce(*watcher);
+    }
+}
+
+TEST_F(StatusNotifierTest, TheWatcherHandsOverWithoutAGap)
+{
+    startShown();
+    for (int i = 0; i < rounds; ++i) {
+        auto const before = std::move(watcher);
+        startWatcher();
+        ASSERT_TRUE(pumpUntil([&] { return watcher->count("Register") > 0; }));
+        settle();
+        ASSERT_TRUE(waitFor(StatusItemPlace::Panel));
+        expectOnTheListOnce(*watcher);
+        EXPECT_EQ(before->count("Register"), 1);
+    }
+}
+
+TEST_F(StatusNotifierTest, TheWatcherIsThereBeforeItsHost)
+{
+    start();
+    for (int i = 0; i < rounds; ++i) {
+        startWatcher({ .hasHost = false });
+        ASSERT_TRUE(waitFor(StatusItemPlace::Waiting));
+        watcher->setHost(true);
+        ASSERT_TRUE(waitFor(StatusItemPlace::Panel));
+        expectOnTheListOnce(*watcher);
+        watcher->setHost(false);
+        ASSERT_TRUE(waitFor(StatusItemPlace::Waiting));
+        watcher->setHost(true);
+        ASSERT_TRUE(waitFor(StatusItemPlace::Panel));
+        expectOnTheListOnce(*watcher);
+        watcher.reset();
+        ASSERT_TRUE(waitFor(StatusItemPlace::Nowhere));
+    }
+    EXPECT_EQ(places.size(), 5u * rounds);
+}
+
+TEST_F(StatusNotifierTest, TheWatcherComesLate)
+{
+    for (int i = 0; i < rounds; ++i) {
+        start();
+        // Whatever was to be asked has been answered, and nothing is waited for.
+        startPanel();
+        settle();
+        EXPECT_FALSE(isReadable(5));
+        EXPECT_EQ(place(), StatusItemPlace::Nowhere);
+        startWatcher();
+        ASSERT_TRUE(waitFor(StatusItemPlace::Panel));
+        expectOnTheListOnce(*watcher);
+        panel.reset();
+        watcher.reset();
+        item.reset();
+    }
+}
+
+TEST_F(StatusNotifierTest, ARefusalIsTriedAgainUntilItIsNoMoreUse)
+{
+    start();
+    startWatcher({ .refusals = 2 });
+    ASSERT_TRUE(waitFor(StatusItemPlace::Panel));
+    EXPECT_EQ(watcher->items(), Texts { itemName() });
+    EXPECT_EQ(watcher->count("Register"), 3);
+    ASSERT_EQ(lines.messages.size(), 1u);
+    EXPECT_TRUE(lines.messages[0].starts_with("refused by the desktop's list of status items: "
+                                              "org.freedesktop.DBus.Error.UnknownObject"))
+        << lines.messages[0];
+
+    watcher.reset();
+    waitFor(StatusItemPlace::Nowhere);
+    startWatcher({ .refusals = 7 });
+    ASSERT_TRUE(pumpUntil([&] { return lines.messages.size() == 3; }));
+    EXPECT_TRUE(lines.messages[2].starts_with("given up after refusals")) << lines.messages[2];
+    EXPECT_EQ(watcher->count("Register"), 7);
+    EXPECT_EQ(place(), StatusItemPlace::Nowhere);
+    // A panel that comes may mean that it works now.
+    watcher->setHost(true);
+    ASSERT_TRUE(waitFor(StatusItemPlace::Panel));
+    EXPECT_EQ(watcher->items(), Texts { itemName() });
+}
+
+TEST_F(StatusNotifierTest, AWatcherThatNeverAnswersShowsNothing)
+{
+    start();
+    startWatcher({ .neverAnswers = true });
+    startPanel();
+    settle();
+    EXPECT_EQ(place(), StatusItemPlace::Nowhere);
+    // Who follows it is told at once.
+    startWatcher();
+    ASSERT_TRUE(waitFor(StatusItemPlace::Panel));
+    expectOnTheListOnce(*watcher);
+}
+
+TEST_F(StatusNotifierTest, ANameThatIsTakenIsNotNeeded)
+{
+    class Squatter : public BusPeer {
+    public:
+        explicit Squatter(std::string address)
+            : BusPeer(std::move(address), itemName())
+        {
+            start();
+        }
+        ~Squatter() override { stop(); }
+
+    private:
+        int handleCall(sd_bus_message*) override { return 0; }
+    };
+    bus = std::make_unique<SessionBus>();
+    Squatter const squatter(bus->address());
+    startWatcher();
+    makeBar(bus->address());
+    item = makeItem();
+    ASSERT_TRUE(waitFor(StatusItemPlace::Panel));
+    EXPECT_EQ(watcher->items(), Texts { "/StatusNotifierItem" });
+    auto const call = watcher->calls().front();
+    panel = std::make_unique<PanelStandIn>(bus->address(), call.substr(call.rfind(' ') + 1));
+    EXPECT_EQ(get("Id"), "<s 'app.test'>");
+}
+
+TEST_F(StatusNotifierTest, NoBusASilentBusAndALostBusAreNowhere)
+{
+    makeBar("");
+    item = makeItem();
+    loop->dispatch();
+    EXPECT_EQ(place(), StatusItemPlace::Nowhere);
+    ASSERT_EQ(lines.messages.size(), 1u);
+    EXPECT_TRUE(lines.messages[0].starts_with("no status item on the session bus: ")) << lines.messages[0];
+
+    platform::TemporaryFolder const folder;
+    SilentSocket silent(folder.path() + "/bus");
+    makeBar("unix:path=" + folder.path() + "/bus");
+    item = makeItem();
+    item->button()->setImage(
+        std::make_shared<platform::NSImage>(platform::URL::fileURL("/icon.pdf", platform::URL::IsDirectory::No)));
+    menu->popUpMenuPositioningItem(nullptr, {}, *item->button());
+    add("Open", "open")->setTitle("Open Again");
+    for (int i = 0; i < 10; ++i)
+        loop->dispatch();
+    EXPECT_EQ(place(), StatusItemPlace::Nowhere);
+    silent.hangUp();
+    for (int i = 0; i < 10; ++i)
+        loop->dispatch();
+    EXPECT_EQ(place(), StatusItemPlace::Nowhere);
+
+    item.reset();
+    menu = std::make_shared<platform::NSMenu>();
+    startShown();
+    places.clear();
+    bus->end();
+    EXPECT_TRUE(waitFor(StatusItemPlace::Nowhere));
+    EXPECT_EQ(places, Places { StatusItemPlace::Nowhere });
+    item->button()->setImage(nullptr);
+    fillMenu();
+    menu->popUpMenuPositioningItem(nullptr, {}, *item->button());
+    menu->itemArray()[0]->setTitle("Alone");
+    loop->dispatch();
+    EXPECT_FALSE(isReadable(50));
+}
+
+TEST_F(StatusNotifierTest, TwoItemsHaveTwoNames)
+{
+    startShown();
+    auto const second = makeItem("left of the second");
+    ASSERT_TRUE(pumpUntil([&] { return watcher->items().size() == 2; }));
+    EXPECT_EQ(watcher->items(), (Texts { itemName(1), itemName(2) }));
+    answer(panel->askItem("Activate", "ii", 0, 25));
+    startPanel(2);
+    answer(panel->askItem("Activate", "ii", 0, 25));
+    settle();
+    EXPECT_EQ(actions, (Texts { "left", "left of the second" }));
+    item.reset();
+    loop->dispatch();
+    EXPECT_EQ(place(), StatusItemPlace::Panel);
+}
+
+TEST_F(StatusNotifierTest, AnItemThatGoesIsNowhere)
+{
+    startShown();
+    item.reset();
+    ASSERT_TRUE(waitFor(StatusItemPlace::Nowhere));
+    EXPECT_EQ(places, (Places { StatusItemPlace::Panel, StatusItemPlace::Nowhere }));
+    // Its own press can be what ends it.
+    item = makeItem();
+    auto const button = item->button();
+    startPanel(2);
+    ASSERT_TRUE(waitFor(StatusItemPlace::Panel));
+    onAction = [&](auto const&) { item.reset(); };
+    EXPECT_EQ(answer(panel->askItem("Activate", "ii", 0, 0)), "");
+    ASSERT_TRUE(waitFor(StatusItemPlace::Nowhere));
+    button->setImage(nullptr);
+    menu->popUpMenuPositioningItem(nullptr, {}, *button);
+    bar.reset();
+}
+
+TEST_F(StatusNotifierTest, EachButtonDoesOneThing)
+{
+    fillMenu();
+    startShown();
+    EXPECT_EQ(answer(panel->askItem("SecondaryActivate", "ii", 5, 6)), "");
+    EXPECT_EQ(answer(panel->askItem("Scroll", "is", -120, "horizontal")), "");
+    settle();
+    EXPECT_EQ(actions, Texts {});
+    EXPECT_EQ(answer(panel->askItem("Activate", "ii", 5, 6)), "");
+    settle();
+    EXPECT_EQ(actions, Texts { "left" });
+    EXPECT_EQ(answer(panel->askItem("ContextMenu", "ii", 5, 6)), "");
+    settle();
+    EXPECT_EQ(actions, (Texts { "left", "right" }));
+}
+
+TEST_F(StatusNotifierTest, AnActivationTokenIsForTheNextPress)
+{
+    std::vector<std::string> tokens;
+    options.willActivate
+        = [&](std::string const& token) { tokens.push_back(token + " before " + std::to_string(actions.size())); };
+    startShown();
+    EXPECT_EQ(answer(panel->askItem("ProvideXdgActivationToken", "s", "first")), "");
+    EXPECT_EQ(answer(panel->askItem("ProvideXdgActivationToken", "s", "second")), "");
+    answer(panel->askItem("Activate", "ii", 0, 0));
+    answer(panel->askItem("Activate", "ii", 0, 0));
+    settle();
+    EXPECT_EQ(actions, (Texts { "left", "left" }));
+    EXPECT_EQ(tokens, Texts { "second before 0" });
+}
+
+TEST_F(StatusNotifierTest, WhatMakesNoSenseIsRefused)
+{
+    startShown();
+    EXPECT_EQ(answer(panel->askItem("Activate", "s", "here")), "error: org.freedesktop.DBus.Error.InvalidArgs");
+    EXPECT_EQ(lines.messages, Texts { "item: Activate refused: arguments of other types than \"ii\"" });
+    EXPECT_EQ(answer(panel->askItem("XAyatanaSecondaryActivate", "u", 0u)),
+        "error: org.freedesktop.DBus.Error.UnknownMethod");
+    EXPECT_EQ(get("XAyatanaLabel"), "error: org.freedesktop.DBus.Error.UnknownProperty");
+    auto const properties = "org.freedesktop.DBus.Properties";
+    EXPECT_EQ(answer(panel->ask("/StatusNotifierItem", properties, "Set",
+                  [](auto* call) {
+                      sd_bus_message_append(call, "ssv", "org.kde.StatusNotifierItem", "Title", "s", "Other");
+                  })),
+        "error: org.freedesktop.DBus.Error.PropertyReadOnly");
+    EXPECT_EQ(answer(panel->ask("/StatusNotifierItem", properties, "GetAll",
+                  [](auto* call) { sd_bus_message_append(call, "s", "org.test.Other"); })),
+        "error: org.freedesktop.DBus.Error.UnknownInterface");
+    EXPECT_EQ(answer(panel->ask(
+                  "/Elsewhere", properties, "GetAll", [](auto* call) { sd_bus_message_append(call, "s", ""); })),
+        "error: org.freedesktop.DBus.Error.UnknownObject");
+    EXPECT_EQ(answer(panel->ask("/StatusNotifierItem", properties, "Get", [](auto*) {})),
+        "error: org.freedesktop.DBus.Error.InvalidArgs");
+    settle();
+    EXPECT_EQ(actions, Texts {});
+}
+
+TEST_F(StatusNotifierTest, TellsWhatItIs)
+{
+    startShown();
+    auto const text
+        = answer(panel->ask("/StatusNotifierItem", "org.freedesktop.DBus.Introspectable", "Introspect", [](auto*) {}));
+    for (auto const* part : { "<interface name=\"org.kde.StatusNotifierItem\">",
+             "<method name=\"Activate\">\n   <arg type=\"i\" direction=\"in\"/>\n   <arg type=\"i\" "
+             "direction=\"in\"/>\n",
+             "<property name=\"IconPixmap\" type=\"a(iiay)\" access=\"read\"/>", "<signal name=\"NewIcon\">" })
+        EXPECT_NE(text.find(part), std::string::npos) << part;
+    auto const menuText
+        = answer(panel->ask("/MenuBar", "org.freedesktop.DBus.Introspectable", "Introspect", [](auto*) {}));
+    EXPECT_NE(menuText.find("<arg type=\"(ia{sv}av)\" direction=\"out\"/>"), std::string::npos) << menuText;
+}
+
+TEST_F(StatusNotifierTest, TheIconIsDrawnInAllSizesAndItsChangesAreTold)
+{
+    platform::TemporaryFolder const folder;
+    auto const file = folder.write("icon.pdf", "drawn elsewhere");
+    bool canDraw = true;
+    options.drawIcon = [&](platform::NSImage const&) -> std::vector<backends::IconPixmap> {
+        if (!canDraw)
+            return {};
+        return { { 1, 1, { 255, 1, 2, 3 } }, { 2, 1, { 0, 0, 0, 0, 255, 9, 9, 9 } }, { 3, 3, { 1 } } };
+    };
+    startShown();
+    auto const image
+        = std::make_shared<platform::NSImage>(platform::URL::fileURL(file, platform::URL::IsDirectory::No));
+    item->button()->setImage(image);
+    settle();
+    EXPECT_EQ(panel->calls(), Texts { "NewIcon " });
+    // One that is not as large as it says is left out.
+    EXPECT_EQ(get("IconPixmap"), "<a(iiay) [(1, 1, [255, 1, 2, 3]), (2, 1, [0, 0, 0, 0, 255, 9, 9, 9])]>");
+    EXPECT_EQ(get("IconName"), "<s ''>");
+    item->button()->setImage(image);
+    settle();
+    EXPECT_EQ(panel->calls().size(), 1u);
+
+    folder.write("icon-symbolic.svg", "<svg/>");
+    bar->redraw();
+    settle();
+    EXPECT_EQ(panel->calls().size(), 1u);
+    image->setTemplate(true);
+    bar->redraw();
+    settle();
+    EXPECT_EQ(panel->calls(), (Texts { "NewIcon ", "NewIconThemePath '" + folder.path() + "'", "NewIcon " }));
+    EXPECT_EQ(get("IconName"), "<s 'icon-symbolic'>");
+    EXPECT_EQ(get("IconThemePath"), "<s '" + folder.path() + "'>");
+
+    canDraw = false;
+    item->button()->setImage(nullptr);
+    EXPECT_EQ(get("IconName"), "<s 'image-missing'>");
+    EXPECT_EQ(get("IconPixmap"), "<a(iiay) []>");
+}
+
+TEST_F(StatusNotifierTest, NothingWakesUpWhileNothingHappens)
+{
+    fillMenu();
+    startShown();
+    answer(panel->askMenu("GetLayout", "iias", 0, -1, 0));
+    settle();
+    loop->dispatch();
+    EXPECT_FALSE(isReadable(1000));
+}
+
+} // namespace paneweld_tests

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "tests/linux/BusPeer.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace paneweld_tests {
+
+// A desktop's list of status items of our own, on a test's bus. A later one takes the list over from an earlier one
+// without a gap. What it was asked reads: "Register item sender", "hosts?".
+class StatusWatcherStandIn : public BusPeer {
+public:
+    struct Manners {
+        bool hasHost = true;
+        // So many registrations fail at first, as when the object is not there yet.
+        int refusals = 0;
+        bool neverAnswers = false;
+    };
+
+    // Returns when it has its name on the bus.
+    StatusWatcherStandIn(std::string busAddress, Manners manners);
+    explicit StatusWatcherStandIn(std::string busAddress)
+        : StatusWatcherStandIn(std::move(busAddress), Manners {})
+    {
+    }
+    ~StatusWatcherStandIn() override { stop(); }
+
+    std::vector<std::string> items() const;
+    // A panel comes, or goes.
+    void setHost(bool hasHost);
+
+private:
+    int handleCall(sd_bus_message* message) override;
+
+    Manners m_manners;
+    std::vector<std::string> m_items;
+};
+
+} // namespace paneweld_tests
