@@ -2,10 +2,12 @@
 
 #include "backends/linux/LinuxApplication.h"
 #include "backends/linux/LinuxHotKeys.h"
+#include "backends/linux/LinuxStatusBar.h"
 #include "backends/linux/SystemShortcuts.h"
 #include "backends/linux/dbus/Hostname.h"
 #include "backends/linux/host/BundleDirectory.h"
 #include "backends/linux/host/FileSystem.h"
+#include "backends/linux/host/IconRenderings.h"
 #include "backends/linux/host/MachineInfo.h"
 #include "backends/linux/host/StandardErrorLog.h"
 #include "backends/linux/host/Workspace.h"
@@ -18,6 +20,7 @@
 #include "backends/linux/x11/X11World.h"
 #include "backends/shared/Animator.h"
 #include "platform/appkit/NSEventMonitors.h"
+#include "platform/appkit/NSImage.h"
 #include "platform/foundation/Bundles.h"
 
 #include <cstdlib>
@@ -76,6 +79,7 @@ public:
         m_bundles.setMainBundle(folder.value_or("/"), options.bundleIdentifier);
         connect(options);
         makeHotKeys(options);
+        makeStatusBar(options);
     }
 
     platform::LogSink& logSink() override { return m_log; }
@@ -92,6 +96,7 @@ public:
     platform::NSAnimationContext& animationContext() override { return m_animator; }
     platform::NSWorkspace* workspace() override { return &m_workspace; }
     platform::EventHotKeys* eventHotKeys() override { return m_hotKeys.get(); }
+    platform::NSStatusBar* statusBar() override { return m_statusBar.get(); }
     platform::SymbolicHotKeys* symbolicHotKeys() override { return &m_systemShortcuts; }
     platform::NSEventMonitors& eventMonitors() override
     {
@@ -190,6 +195,32 @@ private:
         m_hotKeys = std::make_unique<LinuxHotKeys>(std::move(session), *m_loop, m_mainQueue, log("hotkeys"));
     }
 
+    void makeStatusBar(LinuxOptions const& options)
+    {
+        LinuxStatusBar::Options bar;
+        bar.busAddress = Bus::sessionAddress();
+        bar.id = m_subsystem;
+        bar.title = options.appName.value_or(m_subsystem.substr(m_subsystem.rfind('.') + 1));
+        bar.drawIcon = [this](platform::NSImage const& image) { return drawIcon(image); };
+        m_statusBar = std::make_unique<LinuxStatusBar>(*m_loop, std::move(bar), log("statusitem"));
+    }
+
+    std::vector<IconPixmap> drawIcon(platform::NSImage const& image)
+    {
+        auto const renderings = readIconRenderings(image.url().filePath().value_or(""));
+        if (!renderings) {
+            log("statusitem").error("no icon: %{public}s", { renderings.error().localizedDescription });
+            return {};
+        }
+        std::vector<IconPixmap> pixmaps;
+        for (auto const& rendering : renderings.value()) {
+            // Nobody tells what colour the panel has.
+            auto const seen = image.isTemplate() ? withLightEdge(rendering) : rendering;
+            pixmaps.push_back({ seen.size, seen.size, seen.pixels });
+        }
+        return pixmaps;
+    }
+
     std::vector<std::uint16_t> positionsOf(std::uint32_t keysym) const
     {
         return m_x11 ? m_x11->keyboard().map()->virtualKeyCodes(keysym) : std::vector<std::uint16_t> {};
@@ -213,6 +244,7 @@ private:
     std::unique_ptr<X11World> m_x11;
     SystemShortcuts m_systemShortcuts;
     std::unique_ptr<LinuxHotKeys> m_hotKeys;
+    std::unique_ptr<LinuxStatusBar> m_statusBar;
     // Last, so that its work has ended before anything that it uses.
     SerialQueue m_background { "hotkeys" };
 };

@@ -23,6 +23,8 @@ struct LinuxOptions {
     std::optional<std::string> bundleIdentifier {};
     // Which keys of this keyboard stand for the modifiers of hot keys. Fails when one key stands for two.
     platform::HotKeyModifierKeys hotKeyModifiers {};
+    // The app's name for people, where the desktop shows one. Absent: the last part of the identifier.
+    std::optional<std::string> appName {};
     // What a desktop that binds shortcuts itself tells the user of ours, in the user's language.
     std::string hotKeyDescription {};
 };

@@ -69,6 +69,7 @@ Host::~Host()
 {
     setTerminateHandler({});
     setShortcutTruthHandler({});
+    setStatusItemPlaceHandler({});
 }
 
 Result<std::unique_ptr<Host>> Host::start(HostOptions options)
@@ -78,7 +79,7 @@ Result<std::unique_ptr<Host>> Host::start(HostOptions options)
     if (auto error = secondCopy())
         return *error;
     auto made = backends::makeLinuxPlatform({ options.display, options.mainBundlePath, options.bundleIdentifier,
-        options.shortcutModifiers, options.shortcutDescription });
+        options.shortcutModifiers, options.appName, options.shortcutDescription });
     if (!made)
         return made.error();
 
@@ -173,6 +174,13 @@ std::optional<std::string> Host::keyLabel(std::uint32_t virtualKeyCode) const
 platform::NSEventModifierFlags Host::shortcutModifiers(std::uint32_t x11State) const
 {
     return m_private->platform->hotKeyModifiers(x11State);
+}
+
+platform::StatusItemPlace Host::statusItemPlace() const { return m_private->platform->statusBar()->place(); }
+
+void Host::setStatusItemPlaceHandler(std::function<void()> handler)
+{
+    m_private->platform->statusBar()->setPlaceHandler(std::move(handler));
 }
 
 void Host::setMainMenu(std::shared_ptr<platform::NSMenu> menu)

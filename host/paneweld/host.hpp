@@ -5,6 +5,7 @@
 #include "iOS/NotificationCenter+Paneweld.h"
 #include "iOS/WindowIdentifier.h"
 #include "platform/appkit/NSEventModifierFlags.h"
+#include "platform/appkit/NSStatusBar.h"
 #include "platform/carbon/HotKeyTruth.h"
 #include "platform/foundation/NotificationCenter.h"
 #include "platform/foundation/Result.h"
@@ -35,6 +36,8 @@ struct HostOptions {
     std::optional<std::string> frameworkPath {};
     // The X display, as in DISPLAY. Absent: DISPLAY itself.
     std::optional<std::string> display {};
+    // The app's name for people, where the desktop shows one ("Ideas"). Absent: the last part of the identifier.
+    std::optional<std::string> appName {};
     // Which keys of a Linux keyboard stand for command, option, control and shift in the system-wide shortcut. One key
     // cannot stand for two: start then fails.
     platform::HotKeyModifierKeys shortcutModifiers {};
@@ -106,6 +109,11 @@ public:
     // Which of command, option, control and shift were held, by HostOptions::shortcutModifiers, from the modifier state
     // of a key event. Other bits of the state do not matter.
     platform::NSEventModifierFlags shortcutModifiers(std::uint32_t x11State) const;
+
+    // Where the status item is seen now. While it is Nowhere or Waiting, hide no window that only the item brings back.
+    platform::StatusItemPlace statusItemPlace() const;
+    // Called from dispatch when the place is another one. An empty one takes it away.
+    void setStatusItemPlaceHandler(std::function<void()> handler);
 
     // The app's main menu, so that a shortcut can be checked against it (hotkey/KeyCombo.h).
     void setMainMenu(std::shared_ptr<platform::NSMenu> menu);

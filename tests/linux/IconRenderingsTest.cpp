@@ -57,3 +57,19 @@ TEST(IconRenderings, AMissingOrDamagedFileIsAnErrorThatNamesIt)
         EXPECT_FALSE(readIconRenderings(folder.path() + "/icon.pdf").hasValue()) << bytes.size();
     }
 }
+
+TEST(IconRenderings, ALightEdgeMakesADarkDrawingSeenOnAnyGround)
+{
+    // One black dot in the middle of five by five.
+    backends::IconRendering dot { 5, std::vector<std::uint8_t>(100) };
+    dot.pixels[4 * 12] = 255;
+    auto const edged = backends::withLightEdge(dot);
+    auto const pixel = [&](int x, int y) {
+        auto const* const begin = &edged.pixels[static_cast<std::size_t>(4 * (y * 5 + x))];
+        return std::vector<int>(begin, begin + 4);
+    };
+    EXPECT_EQ(pixel(2, 2), (std::vector<int> { 255, 0, 0, 0 }));
+    EXPECT_EQ(pixel(1, 2), (std::vector<int> { 204, 255, 255, 255 }));
+    EXPECT_EQ(pixel(3, 3), (std::vector<int> { 204, 255, 255, 255 }));
+    EXPECT_EQ(pixel(0, 2), (std::vector<int> { 0, 0, 0, 0 }));
+}

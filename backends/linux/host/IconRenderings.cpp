@@ -80,4 +80,31 @@ platform::Result<std::vector<IconRendering>> readIconRenderings(std::string cons
     return std::move(*renderings);
 }
 
+IconRendering withLightEdge(IconRendering const& rendering)
+{
+    auto const alphaAt = [&](int x, int y) -> int {
+        bool const isInside = x >= 0 && y >= 0 && x < rendering.size && y < rendering.size;
+        return isInside ? rendering.pixels[static_cast<std::size_t>(4 * (y * rendering.size + x))] : 0;
+    };
+    auto edged = rendering;
+    for (int y = 0; y < rendering.size; ++y) {
+        for (int x = 0; x < rendering.size; ++x) {
+            int around = 0;
+            for (int dy = -1; dy <= 1; ++dy) {
+                for (int dx = -1; dx <= 1; ++dx)
+                    around = std::max(around, alphaAt(x + dx, y + dy));
+            }
+            // The edge lies below the drawing, and is a little clear itself.
+            int const drawn = alphaAt(x, y);
+            int const edge = around * 4 / 5 * (255 - drawn) / 255;
+            auto* const pixel = &edged.pixels[static_cast<std::size_t>(4 * (y * rendering.size + x))];
+            int const alpha = drawn + edge;
+            for (int channel = 1; alpha != 0 && channel < 4; ++channel)
+                pixel[channel] = static_cast<std::uint8_t>((pixel[channel] * drawn + 255 * edge) / alpha);
+            pixel[0] = static_cast<std::uint8_t>(alpha);
+        }
+    }
+    return edged;
+}
+
 } // namespace backends

@@ -18,4 +18,7 @@ struct IconRendering {
 // "icon.argb" beside "icon.pdf".
 platform::Result<std::vector<IconRendering>> readIconRenderings(std::string const& iconPath);
 
+// A picture of one colour, made fit for any ground: what is dark gets a light edge around it.
+IconRendering withLightEdge(IconRendering const& rendering);
+
 } // namespace backends
