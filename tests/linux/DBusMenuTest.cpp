@@ -141,7 +141,7 @@ TEST_F(DBusMenuTest, AnotherTitleIsToldOnceAndIsNoOtherLayout)
     EXPECT_EQ(layout().substr(0, 2), "2 ");
 }
 
-TEST_F(DBusMenuTest, TenThousandTitlesAreToldOneByOneAndKeepNothing)
+TEST_F(DBusMenuTest, TenThousandTitlesAreToldOneByOne)
 {
     fillMenu();
     startShown();

@@ -90,7 +90,7 @@ std::future<std::string> PanelStandIn::ask(std::string const& path, std::string 
     onThread([this, path, interface, method, append = std::move(append), promise] {
         sd_bus_message* call = nullptr;
         sd_bus_message* answer = nullptr;
-        sd_bus_error error = SD_BUS_ERROR_NULL;
+        sd_bus_error error {};
         sd_bus_message_new_method_call(bus(), &call, m_item.c_str(), path.c_str(), interface.c_str(), method.c_str());
         append(call);
         if (sd_bus_call(bus(), call, 0, &error, &answer) < 0)

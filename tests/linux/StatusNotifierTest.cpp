@@ -230,9 +230,11 @@ TEST_F(StatusNotifierTest, NoBusASilentBusAndALostBusAreNowhere)
     item->button()->setImage(
         std::make_shared<platform::NSImage>(platform::URL::fileURL("/icon.pdf", platform::URL::IsDirectory::No)));
     menu->popUpMenuPositioningItem(nullptr, {}, *item->button());
-    add("Open", "open")->setTitle("Open Again");
-    for (int i = 0; i < 10; ++i)
+    auto const open = add("Open", "open");
+    for (int i = 0; i < 10'000; ++i) {
+        open->setTitle(std::to_string(i));
         loop->dispatch();
+    }
     EXPECT_EQ(place(), StatusItemPlace::Nowhere);
     silent.hangUp();
     for (int i = 0; i < 10; ++i)
@@ -276,10 +278,15 @@ TEST_F(StatusNotifierTest, AnItemThatGoesIsNowhere)
     item.reset();
     ASSERT_TRUE(waitFor(StatusItemPlace::Nowhere));
     EXPECT_EQ(places, (Places { StatusItemPlace::Panel, StatusItemPlace::Nowhere }));
-    // Its own press can be what ends it.
+    // The news that it is shown can be what ends it, and so can its own press.
+    bar->setPlaceHandler([&] { item.reset(); });
+    item = makeItem();
+    ASSERT_TRUE(pumpUntil([&] { return item == nullptr; }));
+    ASSERT_TRUE(waitFor(StatusItemPlace::Nowhere));
+    bar->setPlaceHandler({});
     item = makeItem();
     auto const button = item->button();
-    startPanel(2);
+    startPanel(3);
     ASSERT_TRUE(waitFor(StatusItemPlace::Panel));
     onAction = [&](auto const&) { item.reset(); };
     EXPECT_EQ(answer(panel->askItem("Activate", "ii", 0, 0)), "");

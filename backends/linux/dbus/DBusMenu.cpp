@@ -90,8 +90,9 @@ BusInterface DBusMenu::interface()
     };
     table.signals = { { "ItemsPropertiesUpdated", "a(ia{sv})a(ias)" }, { "LayoutUpdated", "ui" },
         { "ItemActivationRequested", "iu" } };
-    table.didRefuse = [this](std::string const& method, platform::NSError const& error) {
-        m_log.error("menu: %{public}s refused: %{public}s", { method, error.localizedDescription });
+    // A copy: what was refused may have ended this.
+    table.didRefuse = [log = m_log](std::string const& method, platform::NSError const& error) {
+        log.error("menu: %{public}s refused: %{public}s", { method, error.localizedDescription });
     };
     return table;
 }
@@ -128,12 +129,14 @@ DBusMenu::Answer DBusMenu::layout(List const& arguments)
     if (!m_tree.line(parent))
         return noSuchLine(parent);
     m_fetchedRevision = m_revision;
+    m_hasReaders = true;
     auto const whole = std::numeric_limits<int>::max();
     return List { m_revision, layoutOf(m_tree, parent, depth < 0 ? whole : depth, *arguments.at(2).asList()) };
 }
 
 DBusMenu::Answer DBusMenu::groupProperties(List const& arguments)
 {
+    m_hasReaders = true;
     refresh();
     auto const& names = *arguments.at(1).asList();
     List ids = *arguments.at(0).asList();
@@ -155,6 +158,7 @@ DBusMenu::Answer DBusMenu::groupProperties(List const& arguments)
 
 DBusMenu::Answer DBusMenu::property(List const& arguments)
 {
+    m_hasReaders = true;
     refresh();
     auto const* const line = m_tree.line(number(arguments, 0));
     if (!line)
@@ -274,9 +278,7 @@ void DBusMenu::refresh()
     auto const changes = m_tree.read(*m_menu, [this](NSMenu& menu) { watch(menu); });
     if (changes.isOtherLayout) {
         ++m_revision;
-        // Who has not asked yet need not ask again.
-        if (m_fetchedRevision != 0)
-            emit("LayoutUpdated", "ui", { m_revision, 0 });
+        emit("LayoutUpdated", "ui", { m_revision, 0 });
     }
     if (changes.updated.empty() && changes.removed.empty())
         return;
@@ -290,7 +292,9 @@ void DBusMenu::refresh()
 
 void DBusMenu::emit(std::string const& signal, std::string const& signature, List const& arguments)
 {
-    m_bus.emit({ {}, m_path, interfaceName, signal }, signature, arguments);
+    // Who has not asked yet has nothing that is out of date.
+    if (m_hasReaders)
+        m_bus.emit({ {}, m_path, interfaceName, signal }, signature, arguments);
 }
 
 } // namespace backends

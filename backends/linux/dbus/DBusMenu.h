@@ -64,6 +64,8 @@ private:
     std::uint32_t m_revision = 1;
     // That of the last layout that somebody got. 0 for none.
     std::uint32_t m_fetchedRevision = 0;
+    // Somebody has asked for a line.
+    bool m_hasReaders = false;
     LoopSource m_refresh;
     // Gone with this object.
     std::shared_ptr<bool> m_life = std::make_shared<bool>(true);

@@ -107,8 +107,9 @@ BusInterface StatusNotifierItem::interface()
     };
     table.signals = { { "NewTitle", "" }, { "NewIcon", "" }, { "NewIconThemePath", "s" }, { "NewToolTip", "" },
         { "NewStatus", "s" } };
-    table.didRefuse = [this](std::string const& method, platform::NSError const& error) {
-        m_log.error("item: %{public}s refused: %{public}s", { method, error.localizedDescription });
+    // A copy: what was refused may have ended this.
+    table.didRefuse = [log = m_log](std::string const& method, platform::NSError const& error) {
+        log.error("item: %{public}s refused: %{public}s", { method, error.localizedDescription });
     };
     return table;
 }
