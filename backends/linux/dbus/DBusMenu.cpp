@@ -153,7 +153,7 @@ DBusMenu::Answer DBusMenu::groupProperties(List const& arguments)
     }
     if (found.empty())
         return noSuchLine(number(ids, 0));
-    return List { std::move(found) };
+    return List(1, std::move(found));
 }
 
 DBusMenu::Answer DBusMenu::property(List const& arguments)
@@ -200,7 +200,7 @@ DBusMenu::Answer DBusMenu::checkEvents(List const& arguments)
         return last;
     if (!unknown.empty())
         m_log.error("menu: a part of EventGroup refused: %{public}s", { last.localizedDescription });
-    return List { std::move(unknown) };
+    return List(1, std::move(unknown));
 }
 
 void DBusMenu::handleEvent(List const& event)

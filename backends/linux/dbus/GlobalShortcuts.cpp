@@ -127,7 +127,8 @@ void GlobalShortcuts::bindShortcuts()
     Dictionary about { { "description", m_shortcut->description } };
     if (!m_shortcut->preferredTrigger.empty())
         about["preferred_trigger"] = m_shortcut->preferredTrigger;
-    List const shortcuts { List { m_shortcut->id, std::move(about) } };
+    // Not in braces: a list of one list in braces is that list itself to some compilers.
+    List const shortcuts(1, List { m_shortcut->id, std::move(about) });
     m_request = m_portal->ask(interface, "BindShortcuts", "oa(sa{sv})s", { m_session, shortcuts, "" }, {},
         [this](Portal::Response const& response) {
             auto const bound = response.results.find("shortcuts");

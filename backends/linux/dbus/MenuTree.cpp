@@ -63,7 +63,7 @@ Dictionary propertiesOf(NSMenuItem const& item)
         return properties;
     properties["label"] = labelOf(item);
     if (!item.keyEquivalent().empty() && platform::isValidUTF8(item.keyEquivalent()))
-        properties["shortcut"] = List { shortcutOf(item) };
+        properties["shortcut"] = List(1, shortcutOf(item));
     if (item.submenu())
         properties["children-display"] = "submenu";
     return properties;
