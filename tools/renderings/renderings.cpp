@@ -1,11 +1,14 @@
-// Renders the first page of a PDF at several sizes, into one file that a program can read without knowing PDF.
+// Renders the first page of a PDF at several sizes, into one file that a program can read without knowing PDF, or draws
+// it anew as SVG, which icon themes know.
 //
 //   paneweld-renderings PDF OUTPUT SIZE...
+//   paneweld-renderings PDF OUTPUT.svg
 //
 // The file: "PWRN", the number of pictures, and for each its width, its height and its pixels row by row, four bytes
 // each: alpha, red, green, blue, not multiplied. All numbers have 32 bits, the highest byte first.
 
 #include <algorithm>
+#include <cairo-svg.h>
 #include <cairo.h>
 #include <cstdint>
 #include <cstdlib>
@@ -63,6 +66,22 @@ std::string render(PopplerPage* page, int size)
     return bytes;
 }
 
+bool drawSVG(PopplerPage* page, char const* path)
+{
+    double width = 0, height = 0;
+    poppler_page_get_size(page, &width, &height);
+    auto* const surface = cairo_svg_surface_create(path, width, height);
+    cairo_svg_surface_set_document_unit(surface, CAIRO_SVG_UNIT_PX);
+    auto* const context = cairo_create(surface);
+    // As on paper: a page that is drawn for the screen would become a picture of pixels.
+    poppler_page_render_for_printing(page, context);
+    cairo_destroy(context);
+    cairo_surface_finish(surface);
+    bool const isDrawn = cairo_surface_status(surface) == CAIRO_STATUS_SUCCESS;
+    cairo_surface_destroy(surface);
+    return isDrawn;
+}
+
 int fail(std::string const& reason)
 {
     std::cerr << "paneweld-renderings: " << reason << "\n";
@@ -73,8 +92,9 @@ int fail(std::string const& reason)
 
 int main(int argc, char** argv)
 {
-    if (argc < 4)
-        return fail("usage: paneweld-renderings PDF OUTPUT SIZE...");
+    bool const wantsSVG = argc == 3 && std::string(argv[2]).ends_with(".svg");
+    if (argc < 4 && !wantsSVG)
+        return fail("usage: paneweld-renderings PDF OUTPUT SIZE... | PDF OUTPUT.svg");
     GError* error = nullptr;
     auto const address = "file://" + std::filesystem::absolute(argv[1]).string();
     std::unique_ptr<PopplerDocument, Unref> const document(
@@ -84,6 +104,9 @@ int main(int argc, char** argv)
     std::unique_ptr<PopplerPage, Unref> const page(poppler_document_get_page(document.get(), 0));
     if (!page)
         return fail(std::string(argv[1]) + " has no page");
+
+    if (wantsSVG)
+        return drawSVG(page.get(), argv[2]) ? 0 : fail(std::string("cannot write ") + argv[2]);
 
     std::string bytes = "PWRN";
     append32(bytes, static_cast<std::uint32_t>(argc - 3));
