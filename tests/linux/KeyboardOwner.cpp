@@ -136,6 +136,11 @@ bool KeyboardOwner::isFree(xcb_keycode_t key, std::uint16_t modifiers)
     return isFree;
 }
 
+bool KeyboardOwner::becomesFree(xcb_keycode_t key, std::uint16_t modifiers)
+{
+    return waitUntil([&] { return isFree(key, modifiers); });
+}
+
 bool KeyboardOwner::canGrabKeyboard()
 {
     Owned<xcb_grab_keyboard_reply_t> const reply(

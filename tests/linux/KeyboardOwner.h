@@ -36,6 +36,8 @@ public:
 
     // Whether somebody else could grab it on the root.
     bool isFree(xcb_keycode_t key, std::uint16_t modifiers);
+    // The same, when its holder has let it go on another connection: the server may come to that a little later.
+    bool becomesFree(xcb_keycode_t key, std::uint16_t modifiers);
     bool canGrabKeyboard();
     // Keeps it from then on. False when it was held.
     bool grab(xcb_keycode_t key, std::uint16_t modifiers);

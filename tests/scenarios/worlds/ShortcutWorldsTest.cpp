@@ -102,14 +102,14 @@ TEST_F(ShortcutOnX, AThousandUpdatesLeaveOneGrabOrNone)
         bool const isSame
             = expected && before && expected->key == before->key && expected->modifiers == before->modifiers;
         if (before && !isSame) {
-            EXPECT_TRUE(user->isFree(before->key, before->modifiers)) << "update " << i;
+            EXPECT_TRUE(user->becomesFree(before->key, before->modifiers)) << "update " << i;
         }
         before = expected;
     }
     update({ 0, 0, false });
     settle();
     for (int key = 8; key < 256; ++key)
-        EXPECT_TRUE(user->isFree(static_cast<xcb_keycode_t>(key), XCB_MOD_MASK_ANY)) << "keycode " << key;
+        EXPECT_TRUE(user->becomesFree(static_cast<xcb_keycode_t>(key), XCB_MOD_MASK_ANY)) << "keycode " << key;
 }
 
 TEST_F(ShortcutOnX, PausedForRecordingTheKeyIsEverybodysAndComesBackAtOnce)
@@ -122,7 +122,7 @@ TEST_F(ShortcutOnX, PausedForRecordingTheKeyIsEverybodysAndComesBackAtOnce)
     setting.isEnabled = false;
     update(setting);
     settle();
-    EXPECT_TRUE(user->isFree(nKey, XCB_MOD_MASK_4));
+    EXPECT_TRUE(user->becomesFree(nKey, XCB_MOD_MASK_4));
     setting.isEnabled = true;
     auto const start = std::chrono::steady_clock::now();
     update(setting);
