@@ -90,8 +90,8 @@ std::optional<X11HotKeys::Grab> X11HotKeys::wantedGrab(Entry const& entry, HotKe
             continue;
         // Keys that give one bit cannot be told apart: on many keyboards Meta is where Alt is, and Hyper where Super
         // is.
-        auto const sharers = std::count_if(
-            std::begin(modifiers), std::end(modifiers), [&](auto const& other) { return other.second == bit; });
+        auto const sharers = std::count_if(std::begin(modifiers), std::end(modifiers),
+            [wanted = bit](auto const& other) { return other.second == wanted; });
         if (!bit || sharers > 1) {
             reason = HotKeyResult::ModifierNotOnKeyboard;
             return std::nullopt;
