@@ -4,6 +4,7 @@
 #include "backends/linux/host/AnsiLayout.h"
 #include "backends/linux/host/KeySymbols.h"
 #include "backends/linux/x11/X11World.h"
+#include "backends/shared/HotKeyModifiers.h"
 
 #include <utility>
 #include <vector>
@@ -59,7 +60,8 @@ private:
 
 LinuxHotKeys::LinuxHotKeys(Session session, EventLoop& loop, platform::Queue& mainQueue, platform::OSLog log)
     : m_session(std::move(session))
-    , m_mainQueue(mainQueue)
+    , m_teller(
+          mainQueue, [this] { return truth(); }, [this] { reportTruthChanged(); })
     , m_life(std::make_shared<LinuxHotKeys*>(this))
 {
     if (m_session.x11) {
@@ -84,8 +86,6 @@ LinuxHotKeys::LinuxHotKeys(Session session, EventLoop& loop, platform::Queue& ma
         m_portal = std::make_unique<GlobalShortcuts>(
             loop, Bus::sessionAddress(), m_session.appID, std::move(log), std::move(observer));
     }
-    m_teller.emplace(
-        m_mainQueue, [this] { return truth(); }, [this] { reportTruthChanged(); });
 }
 
 LinuxHotKeys::~LinuxHotKeys()
@@ -183,13 +183,10 @@ GlobalShortcuts::Shortcut LinuxHotKeys::shortcut(Entry const& entry) const
 std::string LinuxHotKeys::preferredTrigger(Entry const& entry) const
 {
     std::string trigger;
-    auto const& keys = m_session.modifierKeys;
-    for (auto const& [modifier, key] :
-        { std::pair { platform::controlKey, keys.control }, { platform::optionKey, keys.option },
-            { platform::shiftKey, keys.shift }, { platform::cmdKey, keys.command } }) {
-        if (!(entry.modifiers & modifier))
+    for (auto const& modifier : hotKeyModifiers(m_session.modifierKeys)) {
+        if (!(entry.modifiers & modifier.bit))
             continue;
-        auto const* const name = triggerName(key);
+        auto const* const name = triggerName(modifier.key);
         if (!name)
             return {};
         trigger += std::string(name) + "+";
@@ -250,7 +247,7 @@ HotKeyTruth LinuxHotKeys::truth() const
 
 void LinuxHotKeys::truthMayHaveChanged()
 {
-    m_teller->truthMayHaveChanged();
+    m_teller.truthMayHaveChanged();
     if (m_entries.empty())
         return;
     if (truth().lastRegistration == HotKeyResult::HeldByAnotherClient)

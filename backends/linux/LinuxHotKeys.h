@@ -78,13 +78,12 @@ private:
     void didFindHolder(Handle handle, std::string const& holder);
 
     Session m_session;
-    platform::Queue& m_mainQueue;
     std::unique_ptr<GlobalShortcuts> m_portal;
     HotKeyTable m_table;
     // In the order of registration: handles only grow.
     std::map<Handle, Entry> m_entries;
     Handle m_lastHandle = 0;
-    std::optional<HotKeyTruthTeller> m_teller;
+    HotKeyTruthTeller m_teller;
     // Ends with this object: what outlives it holds it weakly.
     std::shared_ptr<LinuxHotKeys*> m_life;
 };

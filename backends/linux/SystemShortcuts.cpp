@@ -4,7 +4,7 @@
 #include "backends/linux/host/AnsiLayout.h"
 #include "backends/linux/host/GnomeShortcuts.h"
 #include "backends/linux/host/KdeShortcuts.h"
-#include "platform/carbon/EventHotKeys.h"
+#include "backends/shared/HotKeyModifiers.h"
 #include "platform/foundation/Text.h"
 
 #include <chrono>
@@ -103,18 +103,12 @@ std::optional<std::vector<SystemShortcuts::Entry>> SystemShortcuts::readEntries(
 
 std::optional<std::uint32_t> SystemShortcuts::modifierBits(Accelerator const& accelerator) const
 {
-    std::pair<platform::ModifierKey, std::uint32_t> const known[] = {
-        { m_modifiers.command, platform::cmdKey },
-        { m_modifiers.shift, platform::shiftKey },
-        { m_modifiers.option, platform::optionKey },
-        { m_modifiers.control, platform::controlKey },
-    };
     std::uint32_t bits = 0;
     std::size_t count = 0;
-    for (auto const& [key, bit] : known) {
-        if (!accelerator.modifiers.contains(key))
+    for (auto const& modifier : hotKeyModifiers(m_modifiers)) {
+        if (!accelerator.modifiers.contains(modifier.key))
             continue;
-        bits |= bit;
+        bits |= modifier.bit;
         ++count;
     }
     if (count != accelerator.modifiers.size())

@@ -1,7 +1,7 @@
 #include "backends/linux/x11/X11HotKeys.h"
 
 #include "backends/linux/x11/X11Keyboard.h"
-#include "platform/carbon/EventHotKeys.h"
+#include "backends/shared/HotKeyModifiers.h"
 
 #include <algorithm>
 #include <iterator>
@@ -77,21 +77,16 @@ HotKeyResult X11HotKeys::result(Handle handle) const
 std::optional<X11HotKeys::Grab> X11HotKeys::wantedGrab(Entry const& entry, HotKeyResult& reason) const
 {
     auto const map = m_keyboard.map();
-    auto const& keys = m_keyboard.modifierKeys();
-    std::pair<std::uint32_t, std::optional<std::uint8_t>> const modifiers[] {
-        { platform::cmdKey, map->modifierBit(keys.command) },
-        { platform::optionKey, map->modifierBit(keys.option) },
-        { platform::controlKey, map->modifierBit(keys.control) },
-        { platform::shiftKey, map->modifierBit(keys.shift) },
-    };
+    auto const modifiers = hotKeyModifiers(m_keyboard.modifierKeys());
     Grab grab;
-    for (auto const& [modifier, bit] : modifiers) {
-        if (!(entry.modifiers & modifier))
+    for (auto const& modifier : modifiers) {
+        if (!(entry.modifiers & modifier.bit))
             continue;
+        auto const bit = map->modifierBit(modifier.key);
         // Keys that give one bit cannot be told apart: on many keyboards Meta is where Alt is, and Hyper where Super
         // is.
-        auto const sharers = std::count_if(std::begin(modifiers), std::end(modifiers),
-            [wanted = bit](auto const& other) { return other.second == wanted; });
+        auto const sharers = std::count_if(
+            modifiers.begin(), modifiers.end(), [&](auto const& other) { return map->modifierBit(other.key) == bit; });
         if (!bit || sharers > 1) {
             reason = HotKeyResult::ModifierNotOnKeyboard;
             return std::nullopt;
