@@ -69,7 +69,7 @@ struct BusSlot::State {
     {
         auto* const state = static_cast<State*>(context);
         std::shared_ptr<sd_bus_message> const call(sd_bus_message_ref(message), sd_bus_message_unref);
-        state->soon([call, interface = state->interface, arguments = readMessage(message).arguments] {
+        state->soon([call, interface = state->exported, arguments = readMessage(message).arguments] {
             answerCall(call.get(), arguments, *interface);
         });
         return 1;
@@ -77,8 +77,7 @@ struct BusSlot::State {
 
     EventLoop& loop;
     Bus::Handler handle;
-    std::shared_ptr<BusInterface const> interface {
-    };
+    std::shared_ptr<BusInterface const> exported {};
     sd_bus_slot* slot = nullptr;
     std::deque<LoopSource> deliveries {};
 };
@@ -188,6 +187,16 @@ BusSlot Bus::whenOwnerChanges(
     return BusSlot(std::move(state));
 }
 
+BusSlot Bus::askOwner(std::string const& service, std::function<void(std::string const& owner)> answered)
+{
+    return call({ "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetNameOwner" }, "s",
+        { service }, [answered = std::move(answered)](BusMessage const& answer) {
+            // A refusal says that there is nobody.
+            auto const owner = answer.argument(0);
+            answered(owner.asText() ? *owner.asText() : std::string());
+        });
+}
+
 BusSlot Bus::whenLost(std::function<void()> lost)
 {
     constexpr auto library = "org.freedesktop.DBus.Local";
@@ -197,7 +206,7 @@ BusSlot Bus::whenLost(std::function<void()> lost)
 BusSlot Bus::exportObject(std::string const& path, BusInterface interface)
 {
     auto state = std::make_unique<BusSlot::State>(m_loop, Handler {});
-    state->interface = std::make_shared<BusInterface const>(std::move(interface));
+    state->exported = std::make_shared<BusInterface const>(std::move(interface));
     sd_bus_add_object(m_bus, &state->slot, path.c_str(), BusSlot::State::callTrampoline, state.get());
     return BusSlot(std::move(state));
 }
@@ -215,13 +224,18 @@ void Bus::emit(Member const& signal, std::string const& signature, platform::Lis
     m_loop.wakeUp();
 }
 
-BusSlot Bus::getText(Member const& property, std::function<void(std::optional<std::string>)> answered)
+BusSlot Bus::getProperty(Member const& property, Handler answered)
 {
     return call({ property.service, property.path, "org.freedesktop.DBus.Properties", "Get" }, "ss",
-        { property.interface, property.name }, [answered = std::move(answered)](BusMessage const& answer) {
-            auto const value = answer.argument(0);
-            answered(value.asText() ? std::optional(*value.asText()) : std::nullopt);
-        });
+        { property.interface, property.name }, std::move(answered));
+}
+
+BusSlot Bus::getText(Member const& property, std::function<void(std::optional<std::string>)> answered)
+{
+    return getProperty(property, [answered = std::move(answered)](BusMessage const& answer) {
+        auto const value = answer.argument(0);
+        answered(value.asText() ? std::optional(*value.asText()) : std::nullopt);
+    });
 }
 
 BusSlot Bus::whenPropertiesChange(Member const& property, std::function<void()> changed)

@@ -69,9 +69,13 @@ public:
     // A signal of such an object, to everybody; the service is left empty.
     void emit(Member const& signal, std::string const& signature, platform::List const& arguments);
 
+    // Who has it now: the name of a connection, or empty. Answered before any change that is told later.
+    BusSlot askOwner(std::string const& service, std::function<void(std::string const& owner)> answered);
     // Once, when the bus has gone.
     BusSlot whenLost(std::function<void()> lost);
 
+    // The value is the one argument of the answer.
+    BusSlot getProperty(Member const& property, Handler answered);
     // The answer is absent when the property is no text, or nobody answered in time.
     BusSlot getText(Member const& property, std::function<void(std::optional<std::string>)> answered);
     // Each time that properties of the interface changed.

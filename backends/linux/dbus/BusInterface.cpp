@@ -86,24 +86,11 @@ void send(sd_bus_message* call, BusInterface::Method const& method, Result<List>
     sd_bus_message_unref(reply);
 }
 
-// The first complete type of a signature that is well-formed.
-std::string_view firstArgument(std::string_view signature)
-{
-    std::size_t length = signature.find_first_not_of('a');
-    int depth = 0;
-    do {
-        char const letter = signature[length++];
-        depth += letter == '(' || letter == '{';
-        depth -= letter == ')' || letter == '}';
-    } while (depth > 0);
-    return signature.substr(0, length);
-}
-
 std::string argumentsOf(std::string_view signature, std::string const& attributes)
 {
     std::string text;
     while (!signature.empty()) {
-        auto const type = firstArgument(signature);
+        auto const type = firstCompleteType(signature);
         text += "   <arg type=\"" + std::string(type) + "\"" + attributes + "/>\n";
         signature.remove_prefix(type.size());
     }

@@ -125,29 +125,12 @@ std::optional<Value> readValue(sd_bus_message* message)
     }
 }
 
-// The first complete type of a signature: a letter, an array with its type, or what a bracket closes.
-std::string_view firstType(std::string_view signature)
-{
-    std::size_t length = 0;
-    while (length < signature.size() && signature[length] == 'a')
-        ++length;
-    int depth = 0;
-    do {
-        if (length == signature.size())
-            return {};
-        char const letter = signature[length++];
-        depth += letter == '(' || letter == '{';
-        depth -= letter == ')' || letter == '}';
-    } while (depth > 0);
-    return signature.substr(0, length);
-}
-
 bool appendValue(sd_bus_message* message, std::string_view type, Value const& value);
 
 bool appendAll(sd_bus_message* message, std::string_view signature, List const& values)
 {
     for (auto const& value : values) {
-        auto const type = firstType(signature);
+        auto const type = firstCompleteType(signature);
         if (type.empty() || !appendValue(message, type, value))
             return false;
         signature.remove_prefix(type.size());
@@ -255,6 +238,22 @@ bool appendValue(sd_bus_message* message, std::string_view type, Value const& va
 }
 
 } // namespace
+
+std::string_view firstCompleteType(std::string_view signature)
+{
+    std::size_t length = 0;
+    while (length < signature.size() && signature[length] == 'a')
+        ++length;
+    int depth = 0;
+    do {
+        if (length == signature.size())
+            return {};
+        char const letter = signature[length++];
+        depth += letter == '(' || letter == '{';
+        depth -= letter == ')' || letter == '}';
+    } while (depth > 0);
+    return signature.substr(0, length);
+}
 
 Value BusMessage::argument(std::size_t index) const { return index < arguments.size() ? arguments[index] : Value(); }
 

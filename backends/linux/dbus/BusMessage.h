@@ -3,6 +3,7 @@
 #include "platform/foundation/Value.h"
 
 #include <string>
+#include <string_view>
 
 struct sd_bus_message;
 
@@ -22,6 +23,10 @@ struct BusMessage {
     // Null where the message is shorter.
     platform::Value argument(std::size_t index) const;
 };
+
+// The first complete type of a signature of the D-Bus specification: a letter, an array with its type, or what a
+// bracket closes. Empty when there is none.
+std::string_view firstCompleteType(std::string_view signature);
 
 BusMessage readMessage(sd_bus_message* message);
 

@@ -46,15 +46,10 @@ Portal::Portal(std::unique_ptr<Bus> bus, std::string appID)
         m_isLost = true;
         ownerDidChange(m_owner, {});
     });
-    // Answered before anything that is asked later.
-    m_ownerQuestion
-        = m_bus->call({ "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetNameOwner" }, "s",
-            { service }, [this](BusMessage const& answer) {
-                auto const owner = answer.argument(0);
-                if (!owner.asText() || !m_owner.empty())
-                    return;
-                m_owner = *owner.asText();
-            });
+    m_ownerQuestion = m_bus->askOwner(service, [this](auto const& owner) {
+        if (m_owner.empty())
+            m_owner = owner;
+    });
     registerApp();
 }
 
@@ -171,8 +166,8 @@ void Portal::ownerDidChange(std::string const& before, std::string const& after)
 BusSlot Portal::askVersion(
     std::string const& interface, std::function<void(platform::Result<std::uint32_t> const&)> answered)
 {
-    return m_bus->call({ service, object, "org.freedesktop.DBus.Properties", "Get" }, "ss",
-        { interfaceNamed(interface), "version" }, [answered = std::move(answered)](BusMessage const& answer) {
+    return m_bus->getProperty({ service, object, interfaceNamed(interface), "version" },
+        [answered = std::move(answered)](BusMessage const& answer) {
             auto const version = answer.argument(0).asUInt32();
             if (version)
                 answered(*version);

@@ -38,14 +38,10 @@ StatusWatcher::StatusWatcher(Bus& bus, EventLoop& loop, platform::OSLog log, std
     m_hostGoes = bus.whenSignal({ service, object, service, "StatusNotifierHostUnregistered" }, changed);
     m_hostChanges
         = bus.whenSignal({ service, object, "org.freedesktop.DBus.Properties", "PropertiesChanged" }, changed);
-    // Answered before any change that is told later. A refusal says that there is nobody.
-    m_ownerQuestion
-        = bus.call({ "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetNameOwner" }, "s",
-            { service }, [this](BusMessage const& answer) {
-                auto const owner = answer.argument(0);
-                if (owner.asText())
-                    setOwner(*owner.asText());
-            });
+    m_ownerQuestion = bus.askOwner(service, [this](auto const& owner) {
+        if (!owner.empty())
+            setOwner(owner);
+    });
 }
 
 void StatusWatcher::setOwner(std::string const& owner)
@@ -92,11 +88,10 @@ void StatusWatcher::registrationDidFail(std::string const& error)
 
 void StatusWatcher::askForHost()
 {
-    m_hostQuestion = m_bus.call({ m_owner, object, "org.freedesktop.DBus.Properties", "Get" }, "ss",
-        { service, hostProperty }, [this](BusMessage const& answer) {
-            m_hasHost = answer.argument(0).asBool().value_or(false);
-            update();
-        });
+    m_hostQuestion = m_bus.getProperty({ m_owner, object, service, hostProperty }, [this](BusMessage const& answer) {
+        m_hasHost = answer.argument(0).asBool().value_or(false);
+        update();
+    });
 }
 
 void StatusWatcher::hostsDidChange()

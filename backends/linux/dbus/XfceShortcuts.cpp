@@ -1,5 +1,7 @@
 #include "backends/linux/dbus/XfceShortcuts.h"
 
+#include "backends/linux/dbus/BusMessage.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -51,53 +53,18 @@ int keepAnswer(sd_bus_message* answer, void* kept, sd_bus_error*) noexcept
     return 0;
 }
 
-// Reads one value of a dictionary. Absent for a type that says nothing of shortcuts. Negative when broken.
-int readValue(sd_bus_message* message, std::optional<std::variant<std::string, bool>>& value)
+platform::Result<XfceSettings> settingsIn(BusMessage const& answer)
 {
-    char type = 0;
-    char const* contents = nullptr;
-    int result = sd_bus_message_peek_type(message, &type, &contents);
-    if (result <= 0)
-        return -EBADMSG;
-    std::string_view const kind = contents ? contents : "";
-    if (kind == "s") {
-        char const* text = nullptr;
-        result = sd_bus_message_read(message, "v", "s", &text);
-        if (result > 0)
-            value = std::string(text);
-        return result;
-    }
-    if (kind == "b") {
-        int isSet = 0;
-        result = sd_bus_message_read(message, "v", "b", &isSet);
-        if (result > 0)
-            value = isSet != 0;
-        return result;
-    }
-    return sd_bus_message_skip(message, "v");
-}
-
-platform::Result<XfceSettings> settingsIn(sd_bus_message* message)
-{
+    auto const all = answer.argument(0);
+    if (!all.asDictionary())
+        return failure(-EBADMSG);
     XfceSettings settings;
-    int result = sd_bus_message_enter_container(message, 'a', "{sv}");
-    if (result < 0)
-        return failure(result);
-    while ((result = sd_bus_message_enter_container(message, 'e', "sv")) > 0) {
-        char const* name = nullptr;
-        std::optional<std::variant<std::string, bool>> value;
-        result = sd_bus_message_read(message, "s", &name);
-        if (result > 0)
-            result = readValue(message, value);
-        if (result >= 0)
-            result = sd_bus_message_exit_container(message);
-        if (result < 0)
-            break;
-        if (value)
-            settings.emplace_back(name, std::move(*value));
+    for (auto const& [name, value] : *all.asDictionary()) {
+        if (auto const* const text = value.asText())
+            settings.emplace_back(name, *text);
+        else if (value.kind() == platform::ValueKind::Boolean)
+            settings.emplace_back(name, *value.asBool());
     }
-    if (result < 0)
-        return failure(result);
     return settings;
 }
 
@@ -188,7 +155,7 @@ platform::Result<XfceSettings> readXfceSettings(Clock::time_point deadline)
         auto const* const error = sd_bus_message_get_error(answer.get());
         return failure(-sd_bus_message_get_errno(answer.get()), error->message ? error->message : error->name);
     }
-    return settingsIn(answer.get());
+    return settingsIn(readMessage(answer.get()));
 }
 
 } // namespace backends
