@@ -157,6 +157,14 @@ std::optional<unsigned> hexDigitValue(char digit)
     return std::nullopt;
 }
 
+std::string_view trimmed(std::string_view text, std::string_view blanks)
+{
+    auto const start = text.find_first_not_of(blanks);
+    if (start == std::string_view::npos)
+        return {};
+    return text.substr(start, text.find_last_not_of(blanks) - start + 1);
+}
+
 std::string asciiLowerCase(std::string_view text)
 {
     std::string lower(text);

@@ -49,6 +49,9 @@ std::optional<std::string> textFromUTF32(std::string_view bytes, ByteOrder order
 // The number of a digit in base 16, in either case; absent for other characters.
 std::optional<unsigned> hexDigitValue(char digit);
 
+// Without what stands at either end and is one of these bytes.
+std::string_view trimmed(std::string_view text, std::string_view blanks);
+
 // Only A-Z and a-z change, whatever the locale.
 std::string asciiLowerCase(std::string_view text);
 std::string asciiUpperCase(std::string_view text);

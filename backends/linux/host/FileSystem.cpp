@@ -1,7 +1,11 @@
 #include "backends/linux/host/FileSystem.h"
 
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
+#include <fstream>
 #include <pwd.h>
+#include <sstream>
 #include <unistd.h>
 #include <vector>
 
@@ -33,6 +37,16 @@ bool FileSystem::isReadableFile(std::string const& path) const
 {
     // The effective user is who would open it.
     return eaccess(path.c_str(), R_OK) == 0;
+}
+
+platform::Result<std::string> readFile(std::string const& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    if (!file)
+        return platform::NSError { "NSPOSIXErrorDomain", errno, std::strerror(errno) };
+    std::ostringstream bytes;
+    bytes << file.rdbuf();
+    return bytes.str();
 }
 
 } // namespace backends

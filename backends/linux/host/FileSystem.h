@@ -1,6 +1,9 @@
 #pragma once
 
 #include "platform/foundation/FileManager.h"
+#include "platform/foundation/Result.h"
+
+#include <string>
 
 namespace backends {
 
@@ -11,5 +14,8 @@ public:
     platform::URL homeDirectoryForCurrentUser() const override;
     bool isReadableFile(std::string const& path) const override;
 };
+
+// All of a file. Fails when it cannot be opened, with the cause.
+platform::Result<std::string> readFile(std::string const& path);
 
 } // namespace backends

@@ -1,11 +1,9 @@
 #include "backends/linux/host/IconRenderings.h"
 
+#include "backends/linux/host/FileSystem.h"
+
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <optional>
 #include <string_view>
 
@@ -69,11 +67,12 @@ std::optional<std::vector<IconRendering>> takeAll(std::string_view bytes)
 platform::Result<std::vector<IconRendering>> readIconRenderings(std::string const& iconPath)
 {
     auto const path = std::filesystem::path(iconPath).replace_extension("argb").string();
-    std::ifstream file(path, std::ios::binary);
-    if (!file)
-        return NSError { "NSPOSIXErrorDomain", errno, path + ": " + std::strerror(errno) };
-    std::string const bytes { std::istreambuf_iterator<char>(file), {} };
-    auto renderings = takeAll(bytes);
+    auto const bytes = readFile(path);
+    if (!bytes) {
+        auto const& cause = bytes.error();
+        return NSError { cause.domain, cause.code, path + ": " + cause.localizedDescription };
+    }
+    auto renderings = takeAll(bytes.value());
     if (!renderings)
         return NSError { "IconRenderings", 1, path + " is no set of pictures" };
     std::sort(renderings->begin(), renderings->end(), [](auto const& a, auto const& b) { return a.size < b.size; });

@@ -1,12 +1,10 @@
 #include "backends/linux/host/KdeShortcuts.h"
 
+#include "backends/linux/host/FileSystem.h"
 #include "platform/foundation/Text.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdlib>
-#include <cstring>
-#include <fstream>
 #include <sstream>
 
 namespace backends {
@@ -66,14 +64,7 @@ std::vector<std::string> fields(std::string_view list)
     return found;
 }
 
-std::string_view trimmed(std::string_view text)
-{
-    constexpr std::string_view blanks = " \t\r";
-    auto const start = text.find_first_not_of(blanks);
-    if (start == std::string_view::npos)
-        return {};
-    return text.substr(start, text.find_last_not_of(blanks) - start + 1);
-}
+std::string_view trimmed(std::string_view text) { return platform::trimmed(text, " \t\r"); }
 
 void appendLine(std::vector<DesktopShortcut>& shortcuts, std::string_view line)
 {
@@ -123,14 +114,12 @@ std::vector<DesktopShortcut> kdeShortcuts(std::string_view text)
 std::vector<DesktopShortcut> readKdeShortcuts(platform::OSLog const& log)
 {
     auto const path = configurationFolder() + std::string(fileName);
-    std::ifstream file(path, std::ios::binary);
-    if (!file) {
-        log.info("no shortcuts from KDE: %{private}s: %{public}s", { path, std::string(std::strerror(errno)) });
+    auto const text = readFile(path);
+    if (!text) {
+        log.info("no shortcuts from KDE: %{private}s: %{public}s", { path, text.error().localizedDescription });
         return {};
     }
-    std::ostringstream text;
-    text << file.rdbuf();
-    return kdeShortcuts(text.str());
+    return kdeShortcuts(text.value());
 }
 
 } // namespace backends

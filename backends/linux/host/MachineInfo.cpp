@@ -1,11 +1,11 @@
 #include "backends/linux/host/MachineInfo.h"
 
+#include "backends/linux/host/FileSystem.h"
 #include "platform/foundation/Text.h"
 
 #include <algorithm>
 #include <array>
 #include <climits>
-#include <fstream>
 #include <sstream>
 #include <string_view>
 #include <sys/utsname.h>
@@ -18,11 +18,7 @@ namespace {
 std::string_view trimmed(std::string_view text)
 {
     // Firmware ends its texts with a line break, a device tree with a zero.
-    constexpr std::string_view blanks(" \t\r\n\0", 5);
-    auto const start = text.find_first_not_of(blanks);
-    if (start == std::string_view::npos)
-        return {};
-    return text.substr(start, text.find_last_not_of(blanks) - start + 1);
+    return platform::trimmed(text, std::string_view(" \t\r\n\0", 5));
 }
 
 // What makers leave in their firmware instead of a name, in lower case.
@@ -79,12 +75,8 @@ MachineInfo::MachineInfo(std::string root, std::function<std::optional<std::stri
 
 std::optional<std::string> MachineInfo::read(std::string const& path) const
 {
-    std::ifstream file(m_root + path, std::ios::binary);
-    if (!file)
-        return std::nullopt;
-    std::ostringstream text;
-    text << file.rdbuf();
-    return text.str();
+    auto const text = readFile(m_root + path);
+    return text ? std::optional(text.value()) : std::nullopt;
 }
 
 std::optional<std::string> MachineInfo::assignment(std::string const& path, std::string const& name) const
