@@ -1,5 +1,7 @@
 #include "tests/linux/Client.h"
 
+#include "backends/linux/x11/Handles.h"
+
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
@@ -202,6 +204,27 @@ void Client::button(int number, bool isDown)
     xcb_test_fake_input(m_connection, isDown ? XCB_BUTTON_PRESS : XCB_BUTTON_RELEASE, static_cast<std::uint8_t>(number),
         XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0, 0);
     sync();
+}
+
+bool Client::grabKey(xcb_window_t window, xcb_keycode_t key, std::uint16_t modifiers)
+{
+    backends::XHandle<xcb_generic_error_t> const error(xcb_request_check(m_connection,
+        xcb_grab_key_checked(m_connection, 0, window, modifiers, key, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC)));
+    return !error;
+}
+
+void Client::ungrabKey(xcb_window_t window, xcb_keycode_t key, std::uint16_t modifiers)
+{
+    xcb_ungrab_key(m_connection, key, window, modifiers);
+    sync();
+}
+
+bool Client::isKeyFree(xcb_window_t window, xcb_keycode_t key, std::uint16_t modifiers)
+{
+    bool const isFree = grabKey(window, key, modifiers);
+    if (isFree)
+        ungrabKey(window, key, modifiers);
+    return isFree;
 }
 
 void Client::sendToRoot(xcb_window_t about, std::string const& type, std::vector<std::uint32_t> const& data)

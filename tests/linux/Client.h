@@ -69,6 +69,11 @@ public:
     void release(xcb_keycode_t key);
     void movePointer(int x, int y);
     void button(int number, bool isDown);
+    // Keeps a key on a window from then on. False when somebody else has it.
+    bool grabKey(xcb_window_t window, xcb_keycode_t key, std::uint16_t modifiers);
+    void ungrabKey(xcb_window_t window, xcb_keycode_t key, std::uint16_t modifiers);
+    // Whether it could be kept now.
+    bool isKeyFree(xcb_window_t window, xcb_keycode_t key, std::uint16_t modifiers);
     void sendToRoot(xcb_window_t about, std::string const& type, std::vector<std::uint32_t> const& data);
 
 private:

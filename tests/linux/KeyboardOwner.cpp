@@ -1,21 +1,17 @@
 #include "tests/linux/KeyboardOwner.h"
 
+#include "backends/linux/x11/Handles.h"
 #include "backends/linux/x11/Xkb.h"
 
 #include "tests/linux/ChildProcess.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <gtest/gtest.h>
 #include <map>
-#include <memory>
 
 namespace paneweld_tests {
 
 namespace {
-
-template<typename T>
-using Owned = std::unique_ptr<T, decltype(&free)>;
 
 // clang-format off
 std::map<std::uint32_t, xcb_keycode_t> const keycodes {
@@ -76,8 +72,8 @@ void KeyboardOwner::lockGroup(int group)
 
 void KeyboardOwner::setModifierKeys(int modifier, std::vector<xcb_keycode_t> const& keys)
 {
-    Owned<xcb_get_modifier_mapping_reply_t> const before(
-        xcb_get_modifier_mapping_reply(wire(), xcb_get_modifier_mapping(wire()), nullptr), &free);
+    backends::XHandle<xcb_get_modifier_mapping_reply_t> const before(
+        xcb_get_modifier_mapping_reply(wire(), xcb_get_modifier_mapping(wire()), nullptr));
     int const perModifier = std::max<int>(before->keycodes_per_modifier, static_cast<int>(keys.size()));
     std::vector<xcb_keycode_t> map(static_cast<std::size_t>(8 * perModifier));
     auto const* const old = xcb_get_modifier_mapping_keycodes(before.get());
@@ -89,10 +85,8 @@ void KeyboardOwner::setModifierKeys(int modifier, std::vector<xcb_keycode_t> con
         auto const index = static_cast<std::size_t>(modifier * perModifier + k);
         map[index] = k < static_cast<int>(keys.size()) ? keys[static_cast<std::size_t>(k)] : xcb_keycode_t { 0 };
     }
-    Owned<xcb_set_modifier_mapping_reply_t> const done(
-        xcb_set_modifier_mapping_reply(
-            wire(), xcb_set_modifier_mapping(wire(), static_cast<std::uint8_t>(perModifier), map.data()), nullptr),
-        &free);
+    backends::XHandle<xcb_set_modifier_mapping_reply_t> const done(xcb_set_modifier_mapping_reply(
+        wire(), xcb_set_modifier_mapping(wire(), static_cast<std::uint8_t>(perModifier), map.data()), nullptr));
     EXPECT_TRUE(done && done->status == XCB_MAPPING_STATUS_SUCCESS) << "the modifiers were not changed";
 }
 
@@ -108,32 +102,9 @@ void KeyboardOwner::setRepeat(int delay, int interval)
 
 std::uint16_t KeyboardOwner::modifierState()
 {
-    Owned<xcb_query_pointer_reply_t> const reply(
-        xcb_query_pointer_reply(wire(), xcb_query_pointer(wire(), root()), nullptr), &free);
+    backends::XHandle<xcb_query_pointer_reply_t> const reply(
+        xcb_query_pointer_reply(wire(), xcb_query_pointer(wire(), root()), nullptr));
     return static_cast<std::uint16_t>(reply->mask & 0xFF);
-}
-
-bool KeyboardOwner::grab(xcb_keycode_t key, std::uint16_t modifiers)
-{
-    Owned<xcb_generic_error_t> const error(
-        xcb_request_check(
-            wire(), xcb_grab_key_checked(wire(), 0, root(), modifiers, key, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC)),
-        &free);
-    return !error;
-}
-
-void KeyboardOwner::ungrab(xcb_keycode_t key, std::uint16_t modifiers)
-{
-    xcb_ungrab_key(wire(), key, root(), modifiers);
-    sync();
-}
-
-bool KeyboardOwner::isFree(xcb_keycode_t key, std::uint16_t modifiers)
-{
-    bool const isFree = grab(key, modifiers);
-    if (isFree)
-        ungrab(key, modifiers);
-    return isFree;
 }
 
 bool KeyboardOwner::becomesFree(xcb_keycode_t key, std::uint16_t modifiers)
@@ -143,10 +114,8 @@ bool KeyboardOwner::becomesFree(xcb_keycode_t key, std::uint16_t modifiers)
 
 bool KeyboardOwner::canGrabKeyboard()
 {
-    Owned<xcb_grab_keyboard_reply_t> const reply(
-        xcb_grab_keyboard_reply(wire(),
-            xcb_grab_keyboard(wire(), 0, root(), XCB_CURRENT_TIME, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC), nullptr),
-        &free);
+    backends::XHandle<xcb_grab_keyboard_reply_t> const reply(xcb_grab_keyboard_reply(wire(),
+        xcb_grab_keyboard(wire(), 0, root(), XCB_CURRENT_TIME, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC), nullptr));
     xcb_ungrab_keyboard(wire(), XCB_CURRENT_TIME);
     sync();
     return reply && reply->status == XCB_GRAB_STATUS_SUCCESS;
@@ -154,8 +123,8 @@ bool KeyboardOwner::canGrabKeyboard()
 
 xcb_window_t KeyboardOwner::focus()
 {
-    Owned<xcb_get_input_focus_reply_t> const reply(
-        xcb_get_input_focus_reply(wire(), xcb_get_input_focus(wire()), nullptr), &free);
+    backends::XHandle<xcb_get_input_focus_reply_t> const reply(
+        xcb_get_input_focus_reply(wire(), xcb_get_input_focus(wire()), nullptr));
     return reply->focus;
 }
 

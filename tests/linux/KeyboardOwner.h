@@ -35,13 +35,13 @@ public:
     std::uint16_t modifierState();
 
     // Whether somebody else could grab it on the root.
-    bool isFree(xcb_keycode_t key, std::uint16_t modifiers);
+    bool isFree(xcb_keycode_t key, std::uint16_t modifiers) { return isKeyFree(root(), key, modifiers); }
     // The same, when its holder has let it go on another connection: the server may come to that a little later.
     bool becomesFree(xcb_keycode_t key, std::uint16_t modifiers);
     bool canGrabKeyboard();
     // Keeps it from then on. False when it was held.
-    bool grab(xcb_keycode_t key, std::uint16_t modifiers);
-    void ungrab(xcb_keycode_t key, std::uint16_t modifiers);
+    bool grab(xcb_keycode_t key, std::uint16_t modifiers) { return grabKey(root(), key, modifiers); }
+    void ungrab(xcb_keycode_t key, std::uint16_t modifiers) { ungrabKey(root(), key, modifiers); }
 
     xcb_window_t focus();
 };

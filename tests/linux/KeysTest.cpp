@@ -43,18 +43,7 @@ protected:
     }
 
     // Whether somebody else could have the key on this window.
-    bool isFree(xcb_window_t window, xcb_keycode_t key)
-    {
-        auto const cookie = xcb_grab_key_checked(
-            onlooker->wire(), 0, window, XCB_MOD_MASK_ANY, key, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
-        auto* const error = xcb_request_check(onlooker->wire(), cookie);
-        bool const isFree = error == nullptr;
-        free(error);
-        if (isFree)
-            xcb_ungrab_key(onlooker->wire(), key, window, XCB_MOD_MASK_ANY);
-        onlooker->sync();
-        return isFree;
-    }
+    bool isFree(xcb_window_t window, xcb_keycode_t key) { return onlooker->isKeyFree(window, key, XCB_MOD_MASK_ANY); }
 
     std::shared_ptr<platform::NSWindow> showKeyWindow(std::string const& title)
     {

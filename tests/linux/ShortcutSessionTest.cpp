@@ -24,6 +24,23 @@ using Calls = std::vector<std::string>;
 
 bool isGrabbed(KeyboardOwner& user) { return !user.isFree(nKey, XCB_MOD_MASK_4); }
 
+// A session of Wayland whose desktop has bound Command and N.
+class BoundShortcut : public ShortcutSession {
+protected:
+    void openBound()
+    {
+        bus = std::make_unique<SessionBus>();
+        portal = std::make_unique<PortalStandIn>(bus->address());
+        openWayland();
+        key = registered(n, cmdKey);
+        waitFor(HotKeyAvailability::PortalBound);
+    }
+
+    std::unique_ptr<SessionBus> bus;
+    std::unique_ptr<PortalStandIn> portal;
+    platform::EventHotKeyRef key;
+};
+
 } // namespace
 
 TEST_F(ShortcutSession, XAloneIsGlobalAndAsksNobody)
@@ -119,26 +136,18 @@ TEST_F(ShortcutSession, APortalThatBindsIsUsedAlone)
     EXPECT_EQ(told.back(), truth());
 }
 
-TEST_F(ShortcutSession, APressThatIsNotThePortalsIsNone)
+TEST_F(BoundShortcut, APressThatIsNotThePortalsIsNone)
 {
-    SessionBus const bus;
-    PortalStandIn portal(bus.address());
-    openWayland();
-    auto const key = registered(n, cmdKey);
-    waitFor(HotKeyAvailability::PortalBound);
-    forgePress(bus.address(), portal.client(), portal.session(), portal.shortcut());
-    portal.changeTrigger("Super+N");
+    openBound();
+    forgePress(bus->address(), portal->client(), portal->session(), portal->shortcut());
+    portal->changeTrigger("Super+N");
     pumpUntil([&] { return truth().trigger == "Super+N"; });
     EXPECT_EQ(heard, std::vector<Heard> {});
 }
 
-TEST_F(ShortcutSession, AHostMayRunANestedLoopFromInsideAPress)
+TEST_F(BoundShortcut, AHostMayRunANestedLoopFromInsideAPress)
 {
-    SessionBus const bus;
-    PortalStandIn portal(bus.address());
-    openWayland();
-    auto const key = registered(n, cmdKey);
-    waitFor(HotKeyAvailability::PortalBound);
+    openBound();
     // As a dialog does that the press opens: the release comes while it is still open.
     auto const dialog = backend->eventHotKeys()->eventDispatcherTarget().installEventHandler(
         { { platform::kEventClassKeyboard, platform::kEventHotKeyPressed } }, [this](auto const*) {
@@ -146,8 +155,8 @@ TEST_F(ShortcutSession, AHostMayRunANestedLoopFromInsideAPress)
             pumpUntil([this] { return heard.size() == 2; });
             return platform::noErr;
         });
-    portal.press(true);
-    portal.press(false);
+    portal->press(true);
+    portal->press(false);
     pumpUntil([&] { return heard.size() == 2; });
     EXPECT_EQ(heard, once(1));
 }
@@ -165,53 +174,45 @@ TEST_F(ShortcutSession, WhatTheDesktopRemembersIsNotAskedAgain)
     EXPECT_EQ(portal.count("BindShortcuts"), 0);
 }
 
-TEST_F(ShortcutSession, TheSameShortcutAgainKeepsItsBinding)
+TEST_F(BoundShortcut, TheSameShortcutAgainKeepsItsBinding)
 {
-    SessionBus const bus;
-    PortalStandIn portal(bus.address());
-    openWayland();
-    auto key = registered(n, cmdKey);
-    waitFor(HotKeyAvailability::PortalBound);
-    auto const calls = portal.calls();
+    openBound();
+    auto const calls = portal->calls();
     key.reset();
     EXPECT_EQ(truth().lastRegistration, HotKeyResult::None);
-    portal.press(true);
-    portal.press(false);
+    portal->press(true);
+    portal->press(false);
     // What comes after them is here: so are they.
-    portal.changeTrigger("Super+N");
+    portal->changeTrigger("Super+N");
     pumpUntil([&] { return truth().trigger == "Super+N"; });
     key = registered(n, cmdKey, 2);
     EXPECT_EQ(truth().lastRegistration, HotKeyResult::Active);
-    portal.press(true);
-    portal.press(false);
+    portal->press(true);
+    portal->press(false);
     pumpUntil([&] { return heard.size() >= 2; });
     EXPECT_EQ(heard, once(2));
-    EXPECT_EQ(portal.calls(), calls);
+    EXPECT_EQ(portal->calls(), calls);
 }
 
-TEST_F(ShortcutSession, AnotherShortcutHasASessionOfItsOwn)
+TEST_F(BoundShortcut, AnotherShortcutHasASessionOfItsOwn)
 {
-    SessionBus const bus;
-    PortalStandIn portal(bus.address());
-    openWayland();
-    auto key = registered(n, cmdKey);
-    waitFor(HotKeyAvailability::PortalBound);
-    auto const oldSession = portal.session(), oldShortcut = portal.shortcut();
+    openBound();
+    auto const oldSession = portal->session(), oldShortcut = portal->shortcut();
     key.reset();
     key = registered(n, cmdKey | shiftKey, 2);
     waitFor(HotKeyAvailability::PortalBound);
-    EXPECT_EQ(portal.count("Register"), 1);
-    EXPECT_EQ(portal.count("CreateSession"), 2);
-    EXPECT_EQ(portal.count("ListShortcuts"), 2);
-    EXPECT_EQ(portal.count("BindShortcuts"), 2);
-    EXPECT_EQ(portal.count("Close session"), 1);
-    EXPECT_NE(portal.session(), oldSession);
+    EXPECT_EQ(portal->count("Register"), 1);
+    EXPECT_EQ(portal->count("CreateSession"), 2);
+    EXPECT_EQ(portal->count("ListShortcuts"), 2);
+    EXPECT_EQ(portal->count("BindShortcuts"), 2);
+    EXPECT_EQ(portal->count("Close session"), 1);
+    EXPECT_NE(portal->session(), oldSession);
     // What the desktop still says of the old one is not ours any more.
-    portal.sendPress(true, oldSession, oldShortcut);
-    portal.sendPress(true, portal.session(), "another");
-    portal.sendPress(true, oldSession, portal.shortcut());
-    portal.press(true);
-    portal.press(false);
+    portal->sendPress(true, oldSession, oldShortcut);
+    portal->sendPress(true, portal->session(), "another");
+    portal->sendPress(true, oldSession, portal->shortcut());
+    portal->press(true);
+    portal->press(false);
     pumpUntil([&] { return heard.size() >= 2; });
     EXPECT_EQ(heard, once(2));
 }
@@ -356,16 +357,12 @@ TEST_F(ShortcutSession, AnotherLayoutKeepsTheBinding)
     EXPECT_EQ(portal.count("BindShortcuts"), 1);
 }
 
-TEST_F(ShortcutSession, ALostReleaseDoesNotSilenceTheNextPress)
+TEST_F(BoundShortcut, ALostReleaseDoesNotSilenceTheNextPress)
 {
-    SessionBus const bus;
-    PortalStandIn portal(bus.address());
-    openWayland();
-    auto const key = registered(n, cmdKey);
-    waitFor(HotKeyAvailability::PortalBound);
-    portal.press(true, 100);
-    portal.press(true, 200);
-    portal.press(false, 200);
+    openBound();
+    portal->press(true, 100);
+    portal->press(true, 200);
+    portal->press(false, 200);
     pumpUntil([&] { return heard.size() == 4; });
     EXPECT_EQ(heard, (std::vector<Heard> { { 1, true }, { 1, false }, { 1, true }, { 1, false } }));
 }
@@ -391,17 +388,13 @@ TEST_F(ShortcutSession, AUserWhoTakesTheirTimeIsWaitedForAndTheGrabServesMeanwhi
     EXPECT_EQ(portal.count("Close session"), 1);
 }
 
-TEST_F(ShortcutSession, ASessionThatTheDesktopEndsIsNotBoundAnyMore)
+TEST_F(BoundShortcut, ASessionThatTheDesktopEndsIsNotBoundAnyMore)
 {
-    SessionBus const bus;
-    PortalStandIn portal(bus.address());
-    openWayland();
-    auto const key = registered(n, cmdKey);
-    waitFor(HotKeyAvailability::PortalBound);
-    portal.closeSession();
+    openBound();
+    portal->closeSession();
     waitFor(HotKeyAvailability::XWaylandFocusedOnly);
     pumpUntil([&] { return truth().lastRegistration == HotKeyResult::Active; });
-    EXPECT_EQ(portal.count("BindShortcuts"), 1);
+    EXPECT_EQ(portal->count("BindShortcuts"), 1);
 }
 
 TEST_F(ShortcutSession, ABusThatDiesIsTold)
