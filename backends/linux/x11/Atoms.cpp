@@ -42,6 +42,29 @@ constexpr char const* names[nameCount] = {
     "_KDE_NET_WM_BLUR_BEHIND_REGION",
     "_MOTIF_WM_HINTS",
     "_XSETTINGS_SETTINGS",
+    "_NET_WM_PID",
+    "_NET_WM_WINDOW_TYPE",
+    "_NET_WM_WINDOW_TYPE_POPUP_MENU",
+    "_NET_SYSTEM_TRAY_OPCODE",
+    "_NET_SYSTEM_TRAY_ORIENTATION",
+    "_NET_SYSTEM_TRAY_VISUAL",
+    "_NET_SYSTEM_TRAY_COLORS",
+    "_XEMBED",
+    "_XEMBED_INFO",
+    "XdndAware",
+    "XdndEnter",
+    "XdndPosition",
+    "XdndStatus",
+    "XdndLeave",
+    "XdndDrop",
+    "XdndFinished",
+    "XdndTypeList",
+    "XdndSelection",
+    "XdndActionCopy",
+    "_PANEWELD_DROP",
+    "INCR",
+    "text/uri-list",
+    "text/x-moz-url",
 };
 
 } // namespace
@@ -56,6 +79,7 @@ Atoms Atoms::intern(xcb_connection_t* connection, int screenNumber)
         ask(name);
     ask("_NET_WM_CM_S" + std::to_string(screenNumber));
     ask("_XSETTINGS_S" + std::to_string(screenNumber));
+    ask("_NET_SYSTEM_TRAY_S" + std::to_string(screenNumber));
 
     std::vector<xcb_atom_t> answers;
     for (auto const cookie : cookies) {
@@ -66,6 +90,7 @@ Atoms Atoms::intern(xcb_connection_t* connection, int screenNumber)
     std::copy_n(answers.begin(), nameCount, atoms.m_atoms.begin());
     atoms.m_compositor = answers[nameCount];
     atoms.m_settings = answers[nameCount + 1];
+    atoms.m_tray = answers[nameCount + 2];
     return atoms;
 }
 

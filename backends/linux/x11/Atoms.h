@@ -6,7 +6,8 @@
 
 namespace backends {
 
-// The names that this client speaks with window managers, compositors and toolkits: ICCCM, EWMH, XSETTINGS, Motif.
+// The names that this client speaks with window managers, compositors and toolkits: ICCCM, EWMH, XSETTINGS, Motif,
+// and with trays and drag sources: System Tray, XEmbed, XDND.
 enum class AtomName : std::size_t {
     UTF8_STRING,
     WM_PROTOCOLS,
@@ -36,6 +37,29 @@ enum class AtomName : std::size_t {
     KDE_NET_WM_BLUR_BEHIND_REGION,
     MOTIF_WM_HINTS,
     XSETTINGS_SETTINGS,
+    NET_WM_PID,
+    NET_WM_WINDOW_TYPE,
+    NET_WM_WINDOW_TYPE_POPUP_MENU,
+    NET_SYSTEM_TRAY_OPCODE,
+    NET_SYSTEM_TRAY_ORIENTATION,
+    NET_SYSTEM_TRAY_VISUAL,
+    NET_SYSTEM_TRAY_COLORS,
+    XEMBED,
+    XEMBED_INFO,
+    XdndAware,
+    XdndEnter,
+    XdndPosition,
+    XdndStatus,
+    XdndLeave,
+    XdndDrop,
+    XdndFinished,
+    XdndTypeList,
+    XdndSelection,
+    XdndActionCopy,
+    PANEWELD_DROP,
+    INCR,
+    TEXT_URI_LIST,
+    TEXT_X_MOZ_URL,
     Count,
 };
 
@@ -49,11 +73,14 @@ public:
     // Selections: who composites this screen, and who tells its settings.
     xcb_atom_t compositor() const { return m_compositor; }
     xcb_atom_t settings() const { return m_settings; }
+    // And who has a tray on it.
+    xcb_atom_t tray() const { return m_tray; }
 
 private:
     std::array<xcb_atom_t, static_cast<std::size_t>(AtomName::Count)> m_atoms {};
     xcb_atom_t m_compositor = XCB_ATOM_NONE;
     xcb_atom_t m_settings = XCB_ATOM_NONE;
+    xcb_atom_t m_tray = XCB_ATOM_NONE;
 };
 
 } // namespace backends

@@ -230,6 +230,7 @@ void Connection::handleEvent(xcb_generic_event_t const& event)
             logXError(m_log, error);
         return;
     }
+    m_windowEvents.handle(event);
     m_handleEvent(event);
 }
 

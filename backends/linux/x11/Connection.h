@@ -3,6 +3,7 @@
 #include "backends/linux/loop/EventLoop.h"
 #include "backends/linux/x11/Atoms.h"
 #include "backends/linux/x11/Handles.h"
+#include "backends/linux/x11/WindowEvents.h"
 #include "platform/foundation/Result.h"
 #include "platform/log/OSLog.h"
 
@@ -38,6 +39,9 @@ public:
 
     // Begins to hand out what comes. Events go to the one handler; lost is called once, when the server has gone.
     void start(std::function<void(xcb_generic_event_t const&)> handleEvent, std::function<void()> lost);
+
+    // For those who want the events of one window; the one handler gets them too, afterwards.
+    WindowEvents& windowEvents() { return m_windowEvents; }
 
     // For requests. Whoever uses it makes sure that they leave the process: asking for it schedules a flush.
     xcb_connection_t* wire();
@@ -119,6 +123,7 @@ private:
     XHandle<xcb_generic_event_t> m_nextEvent;
     // Requests whose errors somebody waits for.
     std::map<std::uint32_t, std::function<void(xcb_generic_error_t const&)>> m_errorHandlers;
+    WindowEvents m_windowEvents;
     std::function<void(xcb_generic_event_t const&)> m_handleEvent;
     std::function<void()> m_lost;
     LoopSource m_source;

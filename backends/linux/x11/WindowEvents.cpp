@@ -1,0 +1,73 @@
+#include "backends/linux/x11/WindowEvents.h"
+
+#include <utility>
+#include <vector>
+
+namespace backends {
+
+namespace {
+
+// The window that the server or another client sent the event to; none for events of no window.
+xcb_window_t windowOf(xcb_generic_event_t const& event)
+{
+    switch (event.response_type & 0x7F) {
+    case XCB_KEY_PRESS:
+    case XCB_KEY_RELEASE:
+    case XCB_BUTTON_PRESS:
+    case XCB_BUTTON_RELEASE:
+    case XCB_MOTION_NOTIFY:
+        return reinterpret_cast<xcb_button_press_event_t const&>(event).event;
+    case XCB_ENTER_NOTIFY:
+    case XCB_LEAVE_NOTIFY:
+        return reinterpret_cast<xcb_enter_notify_event_t const&>(event).event;
+    case XCB_SELECTION_NOTIFY:
+        return reinterpret_cast<xcb_selection_notify_event_t const&>(event).requestor;
+    case XCB_FOCUS_IN:
+    case XCB_FOCUS_OUT:
+    case XCB_EXPOSE:
+    case XCB_VISIBILITY_NOTIFY:
+    case XCB_DESTROY_NOTIFY:
+    case XCB_UNMAP_NOTIFY:
+    case XCB_MAP_NOTIFY:
+    case XCB_REPARENT_NOTIFY:
+    case XCB_CONFIGURE_NOTIFY:
+    case XCB_PROPERTY_NOTIFY:
+    case XCB_CLIENT_MESSAGE:
+        // All of these begin with the window.
+        return reinterpret_cast<xcb_property_notify_event_t const&>(event).window;
+    default:
+        return XCB_WINDOW_NONE;
+    }
+}
+
+} // namespace
+
+WindowEvents::Registration WindowEvents::listen(xcb_window_t window, Handler handler)
+{
+    auto const shared = std::make_shared<Handler>(std::move(handler));
+    m_handlers.emplace(window, shared);
+    return Registration(shared);
+}
+
+void WindowEvents::handle(xcb_generic_event_t const& event)
+{
+    auto const window = windowOf(event);
+    if (window == XCB_WINDOW_NONE)
+        return;
+    // A copy: a handler may begin or end any of them. One that ended before its turn is not called.
+    std::vector<std::weak_ptr<Handler>> concerned;
+    for (auto [handler, end] = m_handlers.equal_range(window); handler != end;) {
+        if (handler->second.expired()) {
+            handler = m_handlers.erase(handler);
+            continue;
+        }
+        concerned.push_back(handler->second);
+        ++handler;
+    }
+    for (auto const& weak : concerned) {
+        if (auto const handler = weak.lock())
+            (*handler)(event);
+    }
+}
+
+} // namespace backends
