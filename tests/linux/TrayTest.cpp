@@ -1,9 +1,13 @@
 #include "tests/linux/ForkedTray.h"
+#include "tests/linux/KeyboardOwner.h"
 #include "tests/linux/LinuxTest.h"
+#include "tests/linux/RecordedMenu.h"
 #include "tests/linux/SessionBus.h"
 #include "tests/linux/StatusWatcherStandIn.h"
 #include "tests/linux/TrayStandIn.h"
 
+#include "platform/appkit/NSEvent.h"
+#include "platform/appkit/NSEventMonitors.h"
 #include "platform/appkit/NSImage.h"
 #include "platform/appkit/NSStatusBar.h"
 #include "platform/appkit/NSStatusItem.h"
@@ -43,20 +47,26 @@ int drawnRows(Client& client, Geometry const& part, std::uint32_t colour)
 
 } // namespace
 
-// A status item on a desktop of X, with a view over its button that writes down what it is told: "left", "right".
+// A status item on a desktop of X, with a view over its button that writes down what it is told: "left", "right", and
+// shows a menu on the right button as an app does.
 class Tray : public LinuxTest {
 protected:
     class View : public platform::NSView {
     public:
-        explicit View(std::vector<std::string>& actions)
-            : m_actions(actions)
+        explicit View(Tray& test)
+            : m_test(test)
         {
         }
-        void mouseDown(platform::NSEvent const&) override { m_actions.push_back("left"); }
-        void rightMouseDown(platform::NSEvent const&) override { m_actions.push_back("right"); }
+        void mouseDown(platform::NSEvent const&) override { m_test.actions.push_back("left"); }
+        void rightMouseDown(platform::NSEvent const&) override
+        {
+            m_test.actions.push_back("right");
+            if (!m_test.menu.menu()->itemArray().empty())
+                m_test.menu.menu()->popUpMenuPositioningItem(nullptr, {}, *m_test.item->button());
+        }
 
     private:
-        std::vector<std::string>& m_actions;
+        Tray& m_test;
     };
 
     void startDesktop()
@@ -82,7 +92,7 @@ protected:
             platform::URL::fileURL(PANEWELD_TEST_BUNDLE "/Resources/icon.pdf", platform::URL::IsDirectory::No));
         image->setTemplate(true);
         item->button()->setImage(image);
-        item->button()->addSubview(std::make_shared<View>(actions), platform::ViewPosition::Above, nullptr);
+        item->button()->addSubview(std::make_shared<View>(*this), platform::ViewPosition::Above, nullptr);
     }
 
     TrayStandIn& addTray(TrayStandIn::Manners manners = {})
@@ -111,12 +121,35 @@ protected:
         return pump([&] { return toolkit->pixel(x, y) == colour; });
     }
 
+    // An item in a tray of our own, whose menu the right button opens.
+    void openMenu()
+    {
+        startDesktop();
+        auto& tray = addTray();
+        menu.fill();
+        startItem();
+        ASSERT_TRUE(pump([&] { return tray.icons().size() == 1 && tray.isViewable(tray.icons()[0]); }));
+        auto const icon = tray.iconPlace();
+        toolkit->movePointer(icon.x + 5, icon.y + 5);
+        toolkit->button(3, true);
+        toolkit->button(3, false);
+        user = std::make_unique<KeyboardOwner>(desktop->display());
+        ASSERT_TRUE(pump([&] { return actions.size() == 1 && !user->canGrabKeyboard(); }));
+    }
+    void strike(xcb_keycode_t key)
+    {
+        toolkit->press(key);
+        toolkit->release(key);
+    }
+
+    std::unique_ptr<KeyboardOwner> user;
     std::unique_ptr<SessionBus> bus;
     std::unique_ptr<StatusWatcherStandIn> watcher;
     std::vector<std::unique_ptr<TrayStandIn>> trays;
     std::shared_ptr<platform::NSStatusItem> item;
     std::vector<std::string> actions;
     std::vector<StatusItemPlace> places;
+    RecordedMenu menu { [this](std::string const& action) { actions.push_back(action); } };
 };
 
 TEST_F(Tray, IsPreferredToThePanelOnTheBus)
@@ -266,6 +299,50 @@ TEST_F(Tray, TellsThePressesOfTwoButtons)
     ASSERT_TRUE(pump([&] { return actions.size() == 3; }));
     settle();
     EXPECT_EQ(actions, (std::vector<std::string> { "left", "right", "left" }));
+}
+
+TEST_F(Tray, HasAMenuOnTheRightButton)
+{
+    ASSERT_NO_FATAL_FAILURE(openMenu());
+    constexpr xcb_keycode_t downKey = 116, returnKey = 36;
+    strike(downKey);
+    strike(downKey);
+    strike(returnKey);
+    ASSERT_TRUE(pump([&] { return actions.size() == 2; }));
+    EXPECT_EQ(actions[1], "new");
+    EXPECT_TRUE(pump([&] { return user->canGrabKeyboard(); }));
+}
+
+TEST_F(Tray, HasAMenuWhoseKeysAreNobodyElses)
+{
+    ASSERT_NO_FATAL_FAILURE(openMenu());
+    // What a panel of ours closes with, while it has the keyboard.
+    int escapes = 0;
+    auto const monitor = backend->eventMonitors().addLocalMonitorForEventsMatchingMask(
+        platform::EventMask::KeyDown, { platform::keyCodeEscape }, [&](platform::NSEvent const&) {
+            ++escapes;
+            return std::optional<platform::NSEvent>();
+        });
+    strike(*evdevKeycode(platform::keyCodeEscape));
+    EXPECT_TRUE(pump([&] { return user->canGrabKeyboard(); }));
+    settle();
+    EXPECT_EQ(escapes, 0);
+    EXPECT_EQ(actions, std::vector<std::string> { "right" });
+}
+
+TEST_F(Tray, TakesTheMenuWithIt)
+{
+    ASSERT_NO_FATAL_FAILURE(openMenu());
+    trays.clear();
+    ASSERT_TRUE(comesTo(StatusItemPlace::Nowhere));
+    EXPECT_TRUE(pump([&] { return user->canGrabKeyboard(); }));
+}
+
+TEST_F(Tray, LosesTheMenuWithTheItem)
+{
+    ASSERT_NO_FATAL_FAILURE(openMenu());
+    item.reset();
+    EXPECT_TRUE(pump([&] { return user->canGrabKeyboard(); }));
 }
 
 TEST_F(Tray, SaysWhichColourTheIconHas)

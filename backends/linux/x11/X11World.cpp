@@ -33,6 +33,7 @@ X11World::X11World(std::unique_ptr<Connection> connection, platform::NSApplicati
     , m_monitors(*m_connection, m_keyboard)
     , m_hotKeys(*m_connection, m_keyboard, loop)
     , m_tray(*m_connection)
+    , m_menu(*m_connection, loop, m_screen, m_keyboard)
     , m_buttons(*m_connection,
           [this] { forEachWindow([](X11Window& window) { window.liveResize().buttonsWereReleased(); }); })
     , m_finder(*m_connection,
@@ -246,6 +247,7 @@ void X11World::activate() { m_activationEnd = m_clock.now() + activationTime; }
 void X11World::connectionWasLost()
 {
     m_hotKeys.connectionWasLost();
+    m_menu.close();
     m_tray.connectionWasLost();
     forEachWindow(
         [this](X11Window& window) { remove(std::static_pointer_cast<X11Window>(window.shared_from_this())); });

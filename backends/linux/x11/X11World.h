@@ -9,6 +9,7 @@
 #include "backends/linux/x11/X11EventMonitor.h"
 #include "backends/linux/x11/X11HotKeys.h"
 #include "backends/linux/x11/X11Keyboard.h"
+#include "backends/linux/x11/X11Menu.h"
 #include "backends/linux/x11/X11Screen.h"
 #include "backends/linux/x11/X11Tray.h"
 #include "backends/linux/x11/X11TrayIcon.h"
@@ -48,6 +49,8 @@ public:
     X11Keyboard const& keyboard() const { return m_keyboard; }
     X11Screen const& screen() const { return m_screen; }
     X11Tray& tray() { return m_tray; }
+    // Of icons in the tray.
+    X11Menu& menu() { return m_menu; }
     std::optional<platform::NSScreen> mainScreen() const;
 
     bool announce(xcb_window_t xid);
@@ -92,6 +95,7 @@ private:
     X11EventMonitor m_monitors;
     X11HotKeys m_hotKeys;
     X11Tray m_tray;
+    X11Menu m_menu;
     PointerButtons m_buttons;
     WindowFinder m_finder;
     X11Context m_context;
