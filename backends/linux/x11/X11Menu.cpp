@@ -199,8 +199,6 @@ void X11Menu::handle(xcb_generic_event_t const& event)
 {
     switch (event.response_type & 0x7F) {
     case XCB_DESTROY_NOTIFY:
-        m_session->window.forget();
-        return close();
     case XCB_UNMAP_NOTIFY:
         return close();
     case XCB_LEAVE_NOTIFY:
