@@ -232,6 +232,16 @@ bool MenuTest::isEverythingFree()
     return pointer && pointer->status == XCB_GRAB_STATUS_SUCCESS && hasKeyboard;
 }
 
+void MenuTest::expectClosed()
+{
+    EXPECT_TRUE(pumpUntil([&] { return closings == 1; }));
+    settle();
+    EXPECT_EQ(closings, 1);
+    EXPECT_FALSE(popUp->isOpen());
+    EXPECT_FALSE(isShown());
+    EXPECT_TRUE(isEverythingFree());
+}
+
 void MenuTest::setScale(double scale)
 {
     auto const text = "Xft.dpi:\t" + std::to_string(96 * scale) + "\n";

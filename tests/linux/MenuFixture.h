@@ -25,6 +25,11 @@ namespace paneweld_tests {
 // A menu on a screen of its own, with a user who presses and somebody else who looks. What is chosen is written down.
 class MenuTest : public ::testing::Test {
 protected:
+    using Texts = std::vector<std::string>;
+    // Of the menu that fillMenu makes.
+    static constexpr std::size_t openRow = 0, newRow = 1, settingsRow = 2, lineRow = 3, updateRow = 4, quitRow = 6,
+                                 offRow = 7;
+
     explicit MenuTest(std::string const& screen = "1280x800x24");
     ~MenuTest() override;
 
@@ -56,13 +61,16 @@ protected:
     // Whether another client can have pointer and keyboard.
     bool isEverythingFree();
 
+    // Gone without a trace, and its owner was told once.
+    void expectClosed();
+
     void setScale(double scale);
     void setTheme(std::string const& theme, std::string const& font);
 
     struct Lines : platform::LogSink {
         bool accepts(platform::LogLevel) const override { return true; }
         void write(platform::LogRecord const& record) override { texts.push_back(record.message); }
-        std::vector<std::string> texts;
+        Texts texts;
     };
     struct Target : platform::NSObject {
         platform::Class const* classDescription() const override { return &description; }
@@ -86,7 +94,7 @@ protected:
     std::shared_ptr<Target> target = std::make_shared<Target>();
     // Called with each action before it is written down.
     std::function<void(std::string const&)> onAction;
-    std::vector<std::string> actions;
+    Texts actions;
     int closings = 0;
 
 private:
