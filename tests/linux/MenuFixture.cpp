@@ -52,11 +52,15 @@ MenuTest::MenuTest(std::string const& screenSize)
     keyboard = std::make_unique<backends::X11Keyboard>(*connection,
         platform::HotKeyModifierKeys {
             .command = platform::ModifierKey::Control, .control = platform::ModifierKey::Super });
+    monitors = std::make_unique<backends::X11EventMonitor>(*connection, *keyboard);
+    hotKeys = std::make_unique<backends::X11HotKeys>(*connection, *keyboard, *loop);
     popUp = std::make_unique<backends::X11Menu>(*connection, *loop, *screen, *keyboard);
     connection->start(
         [this](auto const& event) {
             screen->handle(event);
             keyboard->handle(event);
+            if (monitors->holdsKeyboard() || !hotKeys->handle(event))
+                monitors->handle(event);
         },
         [this] { popUp->close(); });
     std::uint32_t const mask = XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE;

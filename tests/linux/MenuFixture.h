@@ -4,6 +4,8 @@
 #include "backends/linux/x11/Connection.h"
 #include "backends/linux/x11/MenuPainter.h"
 #include "backends/linux/x11/X11Desktop.h"
+#include "backends/linux/x11/X11EventMonitor.h"
+#include "backends/linux/x11/X11HotKeys.h"
 #include "backends/linux/x11/X11Keyboard.h"
 #include "backends/linux/x11/X11Menu.h"
 #include "backends/linux/x11/X11Screen.h"
@@ -89,6 +91,9 @@ protected:
     std::unique_ptr<backends::X11Desktop> windows;
     std::unique_ptr<backends::X11Screen> screen;
     std::unique_ptr<backends::X11Keyboard> keyboard;
+    // They see every key, too.
+    std::unique_ptr<backends::X11EventMonitor> monitors;
+    std::unique_ptr<backends::X11HotKeys> hotKeys;
     std::unique_ptr<backends::X11Menu> popUp;
     std::shared_ptr<platform::NSMenu> menu = std::make_shared<platform::NSMenu>();
     std::shared_ptr<Target> target = std::make_shared<Target>();

@@ -50,12 +50,20 @@ TEST_F(MenuKeyboard, ReturnEnterAndSpaceChooseTheHighlightedRowAndNothingElse)
     EXPECT_EQ(actions, (Texts { "new", "new", "new" }));
 }
 
-TEST_F(MenuKeyboard, EscapeCloses)
+TEST_F(MenuKeyboard, EscapeClosesAndNobodyElseHearsOfIt)
 {
+    constexpr std::uint16_t escape = 53;
+    int heard = 0;
+    auto const monitor = monitors->addLocalMonitorForEventsMatchingMask(
+        platform::EventMask::KeyDown, { escape }, [&](auto const& event) {
+            ++heard;
+            return std::optional(event);
+        });
     open();
     strike({ downKey });
     strike({ escapeKey });
     EXPECT_EQ(actions, Texts {});
+    EXPECT_EQ(heard, 0);
     expectClosed();
 }
 

@@ -228,6 +228,20 @@ TEST_F(Menu, AClickElsewhereClosesAndReachesNobody)
     EXPECT_EQ(foreignButtonEvents(), 2);
 }
 
+TEST_F(Menu, AnOwnerThatClosesItAgainDoesNotLetTheRestOfAClickOut)
+{
+    spreadForeignWindow();
+    open();
+    user.movePointer(200, 600);
+    user.button(1, true);
+    pumpUntil([&] { return closings == 1; });
+    popUp->close();
+    settle();
+    user.button(1, false);
+    expectClosed();
+    EXPECT_EQ(foreignButtonEvents(), 0);
+}
+
 TEST_F(Menu, APressOnTheIconClosesAndIsNotHeardThere)
 {
     spreadForeignWindow();

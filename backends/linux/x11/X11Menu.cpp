@@ -139,8 +139,9 @@ void X11Menu::grabsAnswered(std::optional<MenuGrabs::Pointer> const& pointer)
 
 void X11Menu::close()
 {
+    // The rest of a click elsewhere may still be kept from others then.
     if (!isOpen())
-        return m_grabs.release();
+        return;
     m_grabs.release();
     endSession();
 }
