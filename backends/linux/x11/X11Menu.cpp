@@ -139,8 +139,9 @@ void X11Menu::grabsAnswered(std::optional<MenuGrabs::Pointer> const& pointer)
 
 void X11Menu::close()
 {
+    // The rest of a click elsewhere may still be kept from others then.
     if (!isOpen())
-        return m_grabs.release();
+        return;
     m_grabs.release();
     endSession();
 }
@@ -199,8 +200,6 @@ void X11Menu::handle(xcb_generic_event_t const& event)
 {
     switch (event.response_type & 0x7F) {
     case XCB_DESTROY_NOTIFY:
-        m_session->window.forget();
-        return close();
     case XCB_UNMAP_NOTIFY:
         return close();
     case XCB_LEAVE_NOTIFY:
