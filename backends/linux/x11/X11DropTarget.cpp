@@ -232,6 +232,8 @@ void X11DropTarget::perform(DroppedURLs::Addresses addresses, std::string const&
     auto const drag = take();
     X11DraggingInfo info(std::move(addresses));
     auto const view = m_view.lock();
+    if (!view)
+        logLoss("its view is gone");
     bool const isAccepted = view && view->reportPerformDragOperation(info);
     // The view may have ended this target: nothing of it is touched any more.
     sendFinished(connection, window, drag->source, drag->version, isAccepted);
