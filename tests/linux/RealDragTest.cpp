@@ -6,7 +6,8 @@ namespace paneweld_tests {
 class RealDragTest : public DropTest {
 protected:
     static Texts gtk() { return { PANEWELD_TEST_GTK_DRAG_SOURCE }; }
-    static Texts qt() { return { "python3", PANEWELD_TEST_QT_DRAG_SOURCE }; }
+    // The interpreter that the system's own packages are for, whatever else is in the path.
+    static Texts qt() { return { "/usr/bin/python3", PANEWELD_TEST_QT_DRAG_SOURCE }; }
 
     // Both windows are ordinary ones, side by side.
     void open(Texts command, Texts const& arguments)
