@@ -170,7 +170,7 @@ void LinuxStatusItem::dock()
     };
     observer.didLeave = [this] { trayDidPutOut(); };
     observer.didPress = [this](auto const& press) { handlePress(press); };
-    m_icon = x11.makeTrayIcon(identity, std::move(observer));
+    m_icon = x11.makeTrayIcon(identity, m_button, std::move(observer), m_log);
     m_wait = m_loop.after(dockTime, [this] { giveUpTray(); });
 }
 

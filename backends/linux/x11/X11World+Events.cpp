@@ -9,14 +9,6 @@ namespace {
 // Directions of _NET_WM_MOVERESIZE: the eight edges, then others.
 constexpr std::uint32_t lastResizeDirection = 7;
 
-bool isKeyOfOwnWindow(Connection const& connection, xcb_generic_event_t const& event)
-{
-    auto const type = event.response_type & 0x7F;
-    if (type != XCB_KEY_PRESS && type != XCB_KEY_RELEASE)
-        return false;
-    return connection.clientBase(reinterpret_cast<xcb_key_press_event_t const&>(event).event) == connection.ownBase();
-}
-
 } // namespace
 
 void X11World::handleEvent(xcb_generic_event_t const& event)
@@ -24,10 +16,7 @@ void X11World::handleEvent(xcb_generic_event_t const& event)
     m_desktop.handle(event);
     m_screen.handle(event);
     m_keyboard.handle(event);
-    // A key that the monitors keep from everybody else is decided there first. One that was pressed in a menu of ours
-    // has been decided.
-    if (isKeyOfOwnWindow(*m_connection, event))
-        return;
+    // A key that the monitors keep from everybody else is decided there first.
     if (m_monitors.holdsKeyboard() || !m_hotKeys.handle(event))
         m_monitors.handle(event);
     m_tray.handle(event);

@@ -236,10 +236,11 @@ bool X11World::beginMove(xcb_window_t xid, int rootX, int rootY, int button)
     return true;
 }
 
-std::unique_ptr<X11TrayIcon> X11World::makeTrayIcon(
-    X11TrayIcon::Identity const& identity, X11TrayIcon::Observer observer)
+std::unique_ptr<X11TrayIcon> X11World::makeTrayIcon(X11TrayIcon::Identity const& identity,
+    std::weak_ptr<platform::NSView> view, X11TrayIcon::Observer observer, platform::OSLog const& log)
 {
-    return std::make_unique<X11TrayIcon>(*m_connection, m_tray, identity, std::move(observer));
+    return std::make_unique<X11TrayIcon>(
+        *m_connection, m_context.loop, m_tray, identity, std::move(view), std::move(observer), log);
 }
 
 void X11World::activate() { m_activationEnd = m_clock.now() + activationTime; }

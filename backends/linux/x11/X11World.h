@@ -56,8 +56,9 @@ public:
     bool announce(xcb_window_t xid);
     std::shared_ptr<X11Window> window(xcb_window_t xid) const;
     bool beginMove(xcb_window_t xid, int rootX, int rootY, int button);
-    // Asks the tray, which has an owner, to take in an icon.
-    std::unique_ptr<X11TrayIcon> makeTrayIcon(X11TrayIcon::Identity const& identity, X11TrayIcon::Observer observer);
+    // Asks the tray, which has an owner, to take in an icon. What is dropped on it is dropped on the view.
+    std::unique_ptr<X11TrayIcon> makeTrayIcon(X11TrayIcon::Identity const& identity,
+        std::weak_ptr<platform::NSView> view, X11TrayIcon::Observer observer, platform::OSLog const& log);
     // The window that is raised or mapped next may come forward with the right of the latest event.
     void activate();
 
