@@ -116,7 +116,10 @@ TEST_F(Menu, AClickOnARowChoosesIt)
 {
     open();
     bool wasFree = false;
-    onAction = [&](auto const&) { wasFree = isEverythingFree() && !isShown() && !popUp->isOpen(); };
+    // Sent by then, and the server comes to it whatever the action does.
+    onAction = [&](auto const&) {
+        wasFree = !popUp->isOpen() && other.waitUntil([&] { return isEverythingFree() && !isShown(); });
+    };
     clickRow(updateRow);
     EXPECT_EQ(actions, Texts { "update" });
     EXPECT_TRUE(wasFree) << "the action came before the menu had gone";

@@ -106,14 +106,8 @@ void X11Menu::readRows()
     session.rows.clear();
     std::vector<MenuLayout::Row> kinds;
     for (auto const& item : session.items) {
-        MenuRow row { .title = item->title(), .hasSubmenu = item->submenu() != nullptr };
-        if (item->isSeparatorItem())
-            row.kind = MenuLayout::Row::Separator;
-        else if (!item->isEnabled() || row.hasSubmenu)
-            row.kind = MenuLayout::Row::Disabled;
-        row.shortcut = shortcutText(*item, m_keyboard.modifierKeys());
-        kinds.push_back(row.kind);
-        session.rows.push_back(std::move(row));
+        session.rows.push_back(MenuRow::of(*item, m_keyboard.modifierKeys()));
+        kinds.push_back(session.rows.back().kind);
     }
     session.layout = MenuLayout(std::move(kinds), session.painter->measure(session.rows), session.monitor);
     if (session.current && (*session.current >= session.rows.size() || !session.layout.isEnabled(*session.current)))
