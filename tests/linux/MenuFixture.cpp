@@ -15,7 +15,6 @@ namespace paneweld_tests {
 using backends::MenuLayout;
 using backends::PixelRect;
 using backends::XHandle;
-using platform::NSMenuItem;
 
 namespace {
 
@@ -52,9 +51,7 @@ MenuTest::MenuTest(std::string const& screenSize)
     connection = backends::Connection::open(desktop.display(), *loop, platform::OSLog(lines, "test", "menu")).take();
     windows = std::make_unique<backends::X11Desktop>(*connection);
     screen = std::make_unique<backends::X11Screen>(*connection, *windows);
-    keyboard = std::make_unique<backends::X11Keyboard>(*connection,
-        platform::HotKeyModifierKeys {
-            .command = platform::ModifierKey::Control, .control = platform::ModifierKey::Super });
+    keyboard = std::make_unique<backends::X11Keyboard>(*connection, platform::HotKeyModifierKeys {});
     monitors = std::make_unique<backends::X11EventMonitor>(*connection, *keyboard);
     hotKeys = std::make_unique<backends::X11HotKeys>(*connection, *keyboard, *loop);
     popUp = std::make_unique<backends::X11Menu>(*connection, *loop, *screen, *keyboard);
@@ -78,30 +75,17 @@ MenuTest::MenuTest(std::string const& screenSize)
 
 MenuTest::~MenuTest() = default;
 
-std::shared_ptr<NSMenuItem> MenuTest::add(std::string const& title, std::string const& action, std::string const& key)
-{
-    target->description.methods[action] = [this, action](platform::NSObject&, platform::List const&) {
-        if (onAction)
-            onAction(action);
-        actions.push_back(action);
-        return platform::Value();
-    };
-    auto made = NSMenuItem::create(title, action, key);
-    made->setTarget(target);
-    menu->addItem(made);
-    return made;
-}
-
 void MenuTest::fillMenu()
 {
-    add("Open", "open");
-    add("New", "new");
-    add("Settings…", "settings", ",");
-    menu->addItem(NSMenuItem::separatorItem());
-    add("Check for Updates…", "update");
-    menu->addItem(NSMenuItem::separatorItem());
-    add("Quit", "quit", "q");
-    menu->addItem(NSMenuItem::create("Off", "off", "o"));
+    RecordedMenu::fillMenu();
+    menu->addItem(platform::NSMenuItem::create("Off", "off", "o"));
+}
+
+void MenuTest::didChoose(std::string const& action)
+{
+    if (onAction)
+        onAction(action);
+    actions.push_back(action);
 }
 
 void MenuTest::beginToOpen(PixelRect const& anchor)

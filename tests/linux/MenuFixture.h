@@ -9,11 +9,10 @@
 #include "backends/linux/x11/X11Keyboard.h"
 #include "backends/linux/x11/X11Menu.h"
 #include "backends/linux/x11/X11Screen.h"
-#include "platform/appkit/NSMenu.h"
 #include "platform/log/LogSink.h"
-#include "platform/runtime/Class.h"
 #include "tests/linux/Desktop.h"
 #include "tests/linux/KeyboardOwner.h"
+#include "tests/linux/RecordedMenu.h"
 
 #include <functional>
 #include <gtest/gtest.h>
@@ -25,7 +24,7 @@
 namespace paneweld_tests {
 
 // A menu on a screen of its own, with a user who presses and somebody else who looks. What is chosen is written down.
-class MenuTest : public ::testing::Test {
+class MenuTest : public ::testing::Test, protected RecordedMenu {
 protected:
     using Texts = std::vector<std::string>;
     // Of the menu that fillMenu makes.
@@ -35,9 +34,7 @@ protected:
     explicit MenuTest(std::string const& screen = "1280x800x24");
     ~MenuTest() override;
 
-    std::shared_ptr<platform::NSMenuItem> add(
-        std::string const& title, std::string const& action, std::string const& key = {});
-    // Open, New, Settings (","), a line, Check for Updates, a line, Quit ("q"), Off, which nobody answers for.
+    // The usual ones, and Off, which nobody answers for.
     void fillMenu();
     // Opens it, and waits until it has pointer and keyboard.
     void open(backends::PixelRect const& anchor = icon);
@@ -74,10 +71,6 @@ protected:
         void write(platform::LogRecord const& record) override { texts.push_back(record.message); }
         Texts texts;
     };
-    struct Target : platform::NSObject {
-        platform::Class const* classDescription() const override { return &description; }
-        platform::Class description { "Target" };
-    };
 
     // In a panel at the top.
     static constexpr backends::PixelRect icon { 600, 2, 24, 24 };
@@ -95,8 +88,6 @@ protected:
     std::unique_ptr<backends::X11EventMonitor> monitors;
     std::unique_ptr<backends::X11HotKeys> hotKeys;
     std::unique_ptr<backends::X11Menu> popUp;
-    std::shared_ptr<platform::NSMenu> menu = std::make_shared<platform::NSMenu>();
-    std::shared_ptr<Target> target = std::make_shared<Target>();
     // Called with each action before it is written down.
     std::function<void(std::string const&)> onAction;
     Texts actions;
@@ -104,6 +95,7 @@ protected:
 
 private:
     backends::MenuLayout layout();
+    void didChoose(std::string const& action) override;
 };
 
 } // namespace paneweld_tests

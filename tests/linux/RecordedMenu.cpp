@@ -1,33 +1,23 @@
 #include "tests/linux/RecordedMenu.h"
 
-#include <utility>
-
 namespace paneweld_tests {
 
 using platform::NSMenuItem;
 
-RecordedMenu::RecordedMenu(std::function<void(std::string const&)> didChoose)
-    : m_didChoose(std::move(didChoose))
-{
-}
-
 std::shared_ptr<NSMenuItem> RecordedMenu::add(
     std::string const& title, std::string const& action, std::string const& key)
 {
-    m_target->description.methods[action]
-        = [didChoose = m_didChoose, action](platform::NSObject&, platform::List const&) {
-              didChoose(action);
-              return platform::Value();
-          };
+    target->description.methods[action] = [this, action](platform::NSObject&, platform::List const&) {
+        didChoose(action);
+        return platform::Value();
+    };
     auto made = NSMenuItem::create(title, action, key);
-    made->setTarget(m_target);
-    m_menu->addItem(made);
+    made->setTarget(target);
+    menu->addItem(made);
     return made;
 }
 
-void RecordedMenu::addSeparator() { m_menu->addItem(NSMenuItem::separatorItem()); }
-
-void RecordedMenu::fill()
+void RecordedMenu::fillMenu()
 {
     add("Open", "open");
     add("New", "new");

@@ -49,7 +49,7 @@ int drawnRows(Client& client, Geometry const& part, std::uint32_t colour)
 
 // A status item on a desktop of X, with a view over its button that writes down what it is told: "left", "right", and
 // shows a menu on the right button as an app does.
-class Tray : public LinuxTest {
+class Tray : public LinuxTest, protected RecordedMenu {
 protected:
     class View : public platform::NSView {
     public:
@@ -61,8 +61,8 @@ protected:
         void rightMouseDown(platform::NSEvent const&) override
         {
             m_test.actions.push_back("right");
-            if (!m_test.menu.menu()->itemArray().empty())
-                m_test.menu.menu()->popUpMenuPositioningItem(nullptr, {}, *m_test.item->button());
+            if (!m_test.menu->itemArray().empty())
+                m_test.menu->popUpMenuPositioningItem(nullptr, {}, *m_test.item->button());
         }
 
     private:
@@ -126,7 +126,7 @@ protected:
     {
         startDesktop();
         auto& tray = addTray();
-        menu.fill();
+        fillMenu();
         startItem();
         ASSERT_TRUE(pump([&] { return tray.icons().size() == 1 && tray.isViewable(tray.icons()[0]); }));
         auto const icon = tray.iconPlace();
@@ -149,7 +149,9 @@ protected:
     std::shared_ptr<platform::NSStatusItem> item;
     std::vector<std::string> actions;
     std::vector<StatusItemPlace> places;
-    RecordedMenu menu { [this](std::string const& action) { actions.push_back(action); } };
+
+private:
+    void didChoose(std::string const& action) override { actions.push_back(action); }
 };
 
 TEST_F(Tray, IsPreferredToThePanelOnTheBus)

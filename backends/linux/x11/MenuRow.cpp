@@ -4,7 +4,7 @@
 
 namespace backends {
 
-MenuRow MenuRow::of(platform::NSMenuItem const& item, platform::HotKeyModifierKeys const& modifierKeys)
+MenuRow MenuRow::of(platform::NSMenuItem const& item)
 {
     if (item.isSeparatorItem())
         return { .kind = MenuLayout::Row::Separator };
@@ -12,7 +12,7 @@ MenuRow MenuRow::of(platform::NSMenuItem const& item, platform::HotKeyModifierKe
     bool const canBeChosen = item.isEnabled() && !hasSubmenu;
     return { .kind = canBeChosen ? MenuLayout::Row::Enabled : MenuLayout::Row::Disabled,
         .title = item.title(),
-        .shortcut = shortcutText(item, modifierKeys),
+        .shortcut = shortcutText(item),
         .hasSubmenu = hasSubmenu };
 }
 

@@ -2,7 +2,6 @@
 
 #include "backends/linux/x11/MenuLayout.h"
 #include "platform/appkit/NSMenuItem.h"
-#include "platform/carbon/HotKeyTruth.h"
 
 #include <string>
 
@@ -16,7 +15,7 @@ struct MenuRow {
     bool hasSubmenu = false;
 
     // What an item looks like now. One with a menu of its own cannot be chosen: there is no second menu here.
-    static MenuRow of(platform::NSMenuItem const& item, platform::HotKeyModifierKeys const& modifierKeys);
+    static MenuRow of(platform::NSMenuItem const& item);
 };
 
 } // namespace backends

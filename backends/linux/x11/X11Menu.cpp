@@ -106,7 +106,7 @@ void X11Menu::readRows()
     session.rows.clear();
     std::vector<MenuLayout::Row> kinds;
     for (auto const& item : session.items) {
-        session.rows.push_back(MenuRow::of(*item, m_keyboard.modifierKeys()));
+        session.rows.push_back(MenuRow::of(*item));
         kinds.push_back(session.rows.back().kind);
     }
     session.layout = MenuLayout(std::move(kinds), session.painter->measure(session.rows), session.monitor);
@@ -225,7 +225,7 @@ void X11Menu::handleKey(xcb_key_press_event_t const& event)
     auto const map = m_keyboard.map();
     MenuKeyPress const press { *map, event.detail, event.state };
     for (std::size_t row = 0; row < session.items.size(); ++row) {
-        if (session.layout.isEnabled(row) && isShortcut(*session.items[row], press, m_keyboard.modifierKeys()))
+        if (session.layout.isEnabled(row) && isShortcut(*session.items[row], press))
             return choose(row, event.time);
     }
     session.isCurrentByPointer = false;
