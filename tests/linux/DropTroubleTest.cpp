@@ -277,6 +277,22 @@ TEST_F(DropTroubleTest, TheTargetMayEndWhileTheViewIsEntered)
     EXPECT_EQ(view->performed, 0);
 }
 
+TEST_F(DropTroubleTest, AMoveWhileTheViewIsEnteredIsNoSecondDrag)
+{
+    start();
+    view->onEntered = [&] {
+        view->onEntered = nullptr;
+        source->position(window);
+        pumpUntil([&] { return source->statuses.size() == 1; });
+    };
+    source->enter(window);
+    source->position(window);
+    ASSERT_TRUE(pumpUntil([&] { return source->statuses.size() == 2; }));
+    EXPECT_EQ(view->entered, 1);
+    EXPECT_EQ(source->statuses[0].flags & accepted, 0u);
+    EXPECT_EQ(source->statuses[1].flags & accepted, accepted);
+}
+
 TEST_F(DropTroubleTest, TheTargetMayEndWhileDataIsOnItsWay)
 {
     start();

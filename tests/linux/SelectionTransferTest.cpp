@@ -18,13 +18,15 @@ protected:
         source->enter(window);
     }
 
-    Answer ask(std::string const& type, std::size_t sizeLimit = 100)
+    Answer ask(
+        std::string const& type, std::size_t sizeLimit = 100, platform::Seconds patience = platform::Seconds { 5 })
     {
         SelectionTransfer::Question question;
         question.selection = source->atom("XdndSelection");
         question.type = source->atom(type);
         question.time = 17;
         question.sizeLimit = sizeLimit;
+        question.patience = patience;
         std::optional<Answer> answer;
         SelectionTransfer const transfer(*connection, *loop, question, [&](Answer result) { answer.emplace(result); });
         EXPECT_FALSE(answer);
@@ -60,6 +62,19 @@ TEST_F(SelectionTransferTest, BelievesNoAnnouncement)
     ASSERT_FALSE(answer);
     EXPECT_EQ(answer.error().code, SelectionTransfer::TooLarge);
     EXPECT_GT(source->piecesLeft(), 20u);
+}
+
+TEST_F(SelectionTransferTest, TakesNoFloodOfCrumbs)
+{
+    open();
+    constexpr std::size_t size = 2'000'000;
+    source->pieceSize = 1;
+    source->manner = Manner::Incremental;
+    source->offers = { { "STRING", std::string(size, 'x') } };
+    auto const answer = ask("STRING", size, platform::Seconds { 0.2 });
+    ASSERT_FALSE(answer);
+    EXPECT_EQ(answer.error().code, SelectionTransfer::TooSlow);
+    EXPECT_GT(source->piecesLeft(), 0u);
 }
 
 TEST_F(SelectionTransferTest, AsksWithTheTimeOfItsCauseAndLeavesNoWindowBehind)

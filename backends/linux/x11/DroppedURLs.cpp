@@ -56,9 +56,10 @@ void DroppedURLs::handle(xcb_atom_t type, platform::Result<std::string> const& d
 {
     auto addresses = data ? decoded(type, data.value()) : std::nullopt;
     m_cause = data ? "the addresses cannot be decoded" : data.error().localizedDescription;
-    // Who is silent once is not asked again: the user waits.
-    bool const isSilent = !data && data.error().code == SelectionTransfer::TimedOut;
-    if (addresses || isSilent)
+    // Who has kept the user waiting once is not asked again.
+    bool const hasWaited = !data
+        && (data.error().code == SelectionTransfer::TimedOut || data.error().code == SelectionTransfer::TooSlow);
+    if (addresses || hasWaited)
         finish(std::move(addresses));
     else
         tryNext();

@@ -18,6 +18,8 @@ char const* description(SelectionTransfer::Failure failure)
         return "the owner of the selection refused";
     case SelectionTransfer::TimedOut:
         return "the owner of the selection did not answer in time";
+    case SelectionTransfer::TooSlow:
+        return "the owner of the selection is too slow";
     case SelectionTransfer::TooLarge:
         return "the data is too large";
     case SelectionTransfer::Malformed:
@@ -44,7 +46,7 @@ SelectionTransfer::SelectionTransfer(Connection& connection, EventLoop& loop, Qu
     m_registration
         = m_connection.windowEvents().listen(m_requestor, [this](xcb_generic_event_t const& event) { handle(event); });
     xcb_convert_selection(wire, m_requestor, m_question.selection, m_question.type, m_property, m_question.time);
-    m_deadline = m_loop.after(m_question.patience * patiencesInAll, [this] { fail(TimedOut); });
+    m_deadline = m_loop.after(m_question.patience * patiencesInAll, [this] { fail(TooSlow); });
     expectMore();
 }
 

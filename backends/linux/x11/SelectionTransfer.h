@@ -26,7 +26,7 @@ public:
         std::size_t sizeLimit = 64u << 20; // bytes
     };
     // The codes of the errors, whose domain is "Selection".
-    enum Failure { Refused, TimedOut, TooLarge, Malformed };
+    enum Failure { Refused, TimedOut, TooSlow, TooLarge, Malformed };
     // Called once, never from inside the constructor. It may drop the transfer.
     using Completion = std::function<void(platform::Result<std::string>)>;
 

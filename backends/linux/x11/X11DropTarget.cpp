@@ -5,9 +5,11 @@
 #include "backends/linux/x11/X11Pasteboard.h"
 #include "platform/appkit/NSView.h"
 
+#include <algorithm>
 #include <array>
 #include <optional>
 #include <utility>
+#include <vector>
 
 namespace backends {
 
