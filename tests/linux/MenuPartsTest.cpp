@@ -197,8 +197,8 @@ TEST(MenuKeys, AShortcutNeedsExactlyItsModifiersAndNoLocks)
     plain.modifierKeys[6] = 0;
     item->setKeyEquivalentModifierMask(NSEventModifierFlags::control);
     EXPECT_TRUE(isChosen(qKey, XCB_MOD_MASK_4));
-    for (auto const state : { 0, XCB_MOD_MASK_CONTROL, XCB_MOD_MASK_4 })
-        EXPECT_FALSE(backends::isShortcut(*item, { plain, qKey, static_cast<std::uint16_t>(state) })) << state;
+    for (int const state : { 0, int { XCB_MOD_MASK_CONTROL }, int { XCB_MOD_MASK_4 } })
+        EXPECT_FALSE(backends::isShortcut(*item, MenuKeyPress { plain, qKey, static_cast<std::uint16_t>(state) })) << state;
 }
 
 TEST(MenuKeys, TheKeypadMovesWhateverNumLockSays)
