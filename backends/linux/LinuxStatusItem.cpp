@@ -122,8 +122,10 @@ void LinuxStatusItem::trayDidChange()
     }
     bool const hadTray = m_icon && m_icon->isDocked();
     leaveTray();
-    m_refusingTray = XCB_WINDOW_NONE;
-    m_timesPutOut = 0;
+    if (tray.owner() != m_refusingTray) {
+        m_refusingTray = XCB_WINDOW_NONE;
+        m_timesPutOut = 0;
+    }
     if (hadTray && !wantsTray())
         waitForTray();
     else

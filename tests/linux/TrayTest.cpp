@@ -8,6 +8,7 @@
 #include "tests/linux/TrayStandIn.h"
 
 #include <cstdlib>
+#include <poll.h>
 
 namespace paneweld_tests {
 
@@ -191,6 +192,37 @@ TEST_F(Tray, ThatNeverTakesTheItemIsNone)
     trays.clear();
     addTray();
     ASSERT_TRUE(comesTo(StatusItemPlace::Tray));
+}
+
+TEST_F(Tray, ThatNeverKeepsTheItemIsNoneAfterAWhile)
+{
+    startDesktop();
+    auto& tray = addTray();
+    startItem();
+    for (int i = 0; i < 3; ++i) {
+        ASSERT_TRUE(comesTo(StatusItemPlace::Tray));
+        tray.putOut(tray.icons().at(0));
+        ASSERT_TRUE(comesTo(StatusItemPlace::Nowhere));
+    }
+    ASSERT_TRUE(comesTo(StatusItemPlace::Panel));
+    // Whatever else it says.
+    tray.setForeground({ 0xFFFF, 0xFFFF, 0xFFFF });
+    settle();
+    EXPECT_EQ(tray.asked().size(), 3u);
+    EXPECT_EQ(place(), StatusItemPlace::Panel);
+}
+
+TEST_F(Tray, LeavesTheProcessAsleep)
+{
+    startDesktop();
+    addTray({ .foreground = { 0, 0, 0 } });
+    startItem();
+    ASSERT_TRUE(comesTo(StatusItemPlace::Tray));
+    ASSERT_TRUE(pump([&] { return icon() != XCB_WINDOW_NONE; }));
+    settle();
+    backend->dispatch();
+    pollfd wait { backend->pollableDescriptor(), POLLIN, 0 };
+    EXPECT_EQ(poll(&wait, 1, 1000), 0);
 }
 
 TEST_F(Tray, ThatDiesBeforeItTakesTheItemIsNone)
