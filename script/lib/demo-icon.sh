@@ -72,14 +72,14 @@ play_icon() {
 }
 
 play_drop() {
-    local files x y width height from_x from_y to_x to_y
+    local files x y width height from_x from_y to_x to_y step
     thunar "$HOME/Papers" >"$session_out/files-log.txt" 2>&1 &
     session_files=$!
     expect "a file manager opens" 20 window_named 'Papers - Thunar'
     files=$(window_named 'Papers - Thunar')
     xdotool windowmove "$files" 960 96
     expect "the file manager is active" 10 is_active "$files"
-    xdotool key ctrl+a
+    expect "both files are selected" 10 select_all "$files"
     picture files
 
     place "$files"
@@ -88,9 +88,11 @@ play_drop() {
     to_x=$((x + width / 2)) to_y=$((y + height / 2))
     drag "$from_x" "$from_y" "$((to_x - 90))" "$((to_y + 50))"
     picture dragging
-    xdotool mousemove "$((to_x - 4))" "$((to_y + 2))" mousemove "$to_x" "$to_y"
-    # The icon says that it takes the files, which nobody sees; when nothing moves any more, it has.
-    picture over-the-icon
+    # The icon answers each step, which nobody sees; a hand that lets go before it has answered drops nothing.
+    for step in 4 3 2 1; do
+        xdotool mousemove "$((to_x - step))" "$to_y"
+        session_still "$session_out/at-rest.png"
+    done
     xdotool mouseup 1
 
     expect "the app hears of two files, names and all" 10 has_line \
@@ -107,6 +109,16 @@ play_drop() {
     wait "$session_files" 2>/dev/null || true
     session_files=
     expect "the file manager closes" 10 no_window_named 'Papers - Thunar'
+}
+
+# select_all FILES: true once the colour of what is selected stands in the window. Keys that come before the folder has
+# been read select nothing.
+select_all() {
+    local x y width height
+    xdotool key ctrl+a
+    session_still "$session_out/at-rest.png"
+    place "$1"
+    "$(image_magick)" "$session_out/at-rest.png" -crop "${width}x$height+$x+$y" -unique-colors txt: | grep '#3584E4'
 }
 
 is_panel_higher() {

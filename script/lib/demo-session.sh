@@ -84,10 +84,15 @@ click() {
     xdotool mousemove "$((x + at_x))" "$((y + at_y))" click 1
 }
 
-# picture NAME: of the whole screen, once nothing moves.
+# session_still FILE: the whole screen, once nothing moves.
+session_still() {
+    "$session_build/examples/demo_stage" still "$1"
+}
+
+# picture NAME: the same, as the next one of the session.
 picture() {
     session_shot=$((session_shot + 1))
-    "$session_build/examples/demo_stage" still "$session_out/$(printf '%02d' "$session_shot")-$1.png"
+    session_still "$session_out/$(printf '%02d' "$session_shot")-$1.png"
 }
 
 # film NAME SECONDS COMMAND...: every frame of what the command sets going.
@@ -200,6 +205,8 @@ session_play() {
     kill -TERM "$session_app"
     wait "$session_app" || session_fail "the app did not end well"
     session_app=
+    session_stop
+    rm -f "$session_out/at-rest.png"
     check_pairs
 }
 
@@ -303,6 +310,8 @@ listen_for_shortcut() {
     before=$(pauses)
     click "$settings" 120 375
     expect "the settings listen for a shortcut" 10 is_paused_since "$before"
+    # A pointer that rests brings up an explanation in front of what is to be seen.
+    xdotool mousemove 40 860
 }
 
 # record KEYS KEYCODE MODIFIERS: types a shortcut into the settings, which must keep it under these numbers.
