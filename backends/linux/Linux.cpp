@@ -201,24 +201,19 @@ private:
         bar.busAddress = Bus::sessionAddress();
         bar.id = m_subsystem;
         bar.title = options.appName.value_or(m_subsystem.substr(m_subsystem.rfind('.') + 1));
-        bar.drawIcon = [this](platform::NSImage const& image) { return drawIcon(image); };
+        bar.renderings = [this](platform::NSImage const& image) { return renderings(image); };
+        bar.x11 = m_x11.get();
         m_statusBar = std::make_unique<LinuxStatusBar>(*m_loop, std::move(bar), log("statusitem"));
     }
 
-    std::vector<IconPixmap> drawIcon(platform::NSImage const& image)
+    std::vector<IconRendering> renderings(platform::NSImage const& image)
     {
-        auto const renderings = readIconRenderings(image.url().filePath().value_or(""));
-        if (!renderings) {
-            log("statusitem").error("no icon: %{public}s", { renderings.error().localizedDescription });
+        auto const found = readIconRenderings(image.url().filePath().value_or(""));
+        if (!found) {
+            log("statusitem").error("no icon: %{public}s", { found.error().localizedDescription });
             return {};
         }
-        std::vector<IconPixmap> pixmaps;
-        for (auto const& rendering : renderings.value()) {
-            // Nobody tells what colour the panel has.
-            auto const seen = image.isTemplate() ? withLightEdge(rendering) : rendering;
-            pixmaps.push_back({ seen.size, seen.size, seen.pixels });
-        }
-        return pixmaps;
+        return found.value();
     }
 
     std::vector<std::uint16_t> positionsOf(std::uint32_t keysym) const

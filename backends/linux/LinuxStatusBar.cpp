@@ -1,48 +1,44 @@
 #include "backends/linux/LinuxStatusBar.h"
 
+#include "backends/linux/x11/X11World.h"
+
 #include <utility>
 
 namespace backends {
 
 using platform::StatusItemPlace;
 
-namespace {
-
-StatusItemPlace placeOf(StatusWatcher::State state)
-{
-    switch (state) {
-    case StatusWatcher::State::NoWatcher:
-        return StatusItemPlace::Nowhere;
-    case StatusWatcher::State::WatcherWithoutHost:
-        return StatusItemPlace::Waiting;
-    case StatusWatcher::State::Shown:
-        return StatusItemPlace::Panel;
-    }
-    return StatusItemPlace::Nowhere;
-}
-
-} // namespace
-
 LinuxStatusBar::LinuxStatusBar(EventLoop& loop, Options options, platform::OSLog log)
     : m_loop(loop)
     , m_options(std::move(options))
     , m_log(std::move(log))
 {
+    if (!m_options.x11)
+        return;
+    m_options.x11->tray().setObserver([this] {
+        for (auto const& item : livingItems())
+            item->trayDidChange();
+    });
 }
 
-LinuxStatusBar::~LinuxStatusBar() = default;
+LinuxStatusBar::~LinuxStatusBar()
+{
+    if (m_options.x11)
+        m_options.x11->tray().setObserver({});
+}
 
-// How wide it is, the panel knows.
+// How wide it is, the tray or the panel knows.
 std::shared_ptr<platform::NSStatusItem> LinuxStatusBar::statusItemWithLength(double)
 {
-    DBusStatusItem::Options options;
+    LinuxStatusItem::Options options;
     options.busAddress = m_options.busAddress;
     options.identity = { m_options.id, m_options.title, ++m_count, {} };
-    options.drawIcon = m_options.drawIcon;
+    options.renderings = m_options.renderings;
     options.standInIconName = m_options.standInIconName;
     options.willActivate = m_options.willActivate;
+    options.x11 = m_options.x11;
     std::weak_ptr<bool> const life = m_life;
-    options.stateDidChange = [this, life] {
+    options.placeDidChange = [this, life] {
         if (!life.expired())
             update();
     };
@@ -51,17 +47,25 @@ std::shared_ptr<platform::NSStatusItem> LinuxStatusBar::statusItemWithLength(dou
         if (!life.expired())
             m_update = m_loop.soon([this] { update(); });
     };
-    auto item = std::make_shared<DBusStatusItem>(m_loop, std::move(options), m_log);
+    auto item = std::make_shared<LinuxStatusItem>(m_loop, std::move(options), m_log);
     m_items.push_back(item);
     return item;
 }
 
 void LinuxStatusBar::redraw()
 {
+    for (auto const& item : livingItems())
+        item->redraw();
+}
+
+std::vector<std::shared_ptr<LinuxStatusItem>> LinuxStatusBar::livingItems() const
+{
+    std::vector<std::shared_ptr<LinuxStatusItem>> living;
     for (auto const& item : m_items) {
-        if (auto const living = item.lock())
-            living->redraw();
+        if (auto held = item.lock())
+            living.push_back(std::move(held));
     }
+    return living;
 }
 
 void LinuxStatusBar::update()
@@ -69,7 +73,7 @@ void LinuxStatusBar::update()
     std::erase_if(m_items, [](auto const& item) { return item.expired(); });
     // All items have the same desktop; the last one is the last to hear of it.
     auto const last = m_items.empty() ? nullptr : m_items.back().lock();
-    auto const place = last ? placeOf(last->state()) : StatusItemPlace::Nowhere;
+    auto const place = last ? last->place() : StatusItemPlace::Nowhere;
     if (std::exchange(m_place, place) != place)
         reportPlaceChanged();
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "backends/linux/dbus/DBusStatusItem.h"
+#include "backends/linux/LinuxStatusItem.h"
 #include "backends/linux/loop/EventLoop.h"
 #include "platform/appkit/NSStatusBar.h"
 #include "platform/log/OSLog.h"
@@ -12,7 +12,7 @@
 
 namespace backends {
 
-// The status items of this app on a Linux desktop, each shown by the panel over the session bus. Main thread only.
+// The status items of this app on a Linux desktop. Main thread only.
 class LinuxStatusBar final : public platform::NSStatusBar {
 public:
     struct Options {
@@ -20,9 +20,11 @@ public:
         // Of the app: its identifier and its name.
         std::string id {};
         std::string title {};
-        std::function<std::vector<IconPixmap>(platform::NSImage const&)> drawIcon {};
+        std::function<std::vector<IconRendering>(platform::NSImage const&)> renderings {};
         std::string standInIconName {};
         std::function<void(std::string const& activationToken)> willActivate {};
+        // Null without an X server.
+        X11World* x11 = nullptr;
     };
     LinuxStatusBar(EventLoop& loop, Options options, platform::OSLog log);
     ~LinuxStatusBar() override;
@@ -34,12 +36,13 @@ public:
     void redraw();
 
 private:
+    std::vector<std::shared_ptr<LinuxStatusItem>> livingItems() const;
     void update();
 
     EventLoop& m_loop;
     Options m_options;
     platform::OSLog m_log;
-    std::vector<std::weak_ptr<DBusStatusItem>> m_items;
+    std::vector<std::weak_ptr<LinuxStatusItem>> m_items;
     int m_count = 0;
     platform::StatusItemPlace m_place = platform::StatusItemPlace::Nowhere;
     LoopSource m_update;

@@ -104,10 +104,10 @@ TEST(Settings, GiveTheScale)
     EXPECT_EQ(scaleFactor({}, "Xcursor.size: 24\nXft.dpi:\t120"), 1.25);
     EXPECT_EQ(scaleFactor({}, "Xft.dpi: 48\n"), 1);
     EXPECT_EQ(scaleFactor({}, "Xft.dpi: nonsense\n"), 1);
-    EXPECT_EQ(scaleFactor({ { "Xft/DPI", 144 * 1024 } }, "Xft.dpi: 96\n"), 1.5);
-    EXPECT_EQ(scaleFactor({ { "Xft/DPI", -1 } }, ""), 1);
-    EXPECT_EQ(scaleFactor({ { "Xft/DPI", 192 * 1024 }, { "Gdk/WindowScalingFactor", 2 } }, ""), 2);
-    EXPECT_EQ(scaleFactor({ { "Xft/DPI", 144 * 1024 }, { "Gdk/WindowScalingFactor", 1 } }, ""), 1.5);
+    EXPECT_EQ(scaleFactor({ { { "Xft/DPI", 144 * 1024 } } }, "Xft.dpi: 96\n"), 1.5);
+    EXPECT_EQ(scaleFactor({ { { "Xft/DPI", -1 } } }, ""), 1);
+    EXPECT_EQ(scaleFactor({ { { "Xft/DPI", 192 * 1024 }, { "Gdk/WindowScalingFactor", 2 } } }, ""), 2);
+    EXPECT_EQ(scaleFactor({ { { "Xft/DPI", 144 * 1024 }, { "Gdk/WindowScalingFactor", 1 } } }, ""), 1.5);
 }
 
 TEST(Settings, AreReadInBothByteOrdersAndRefusedWhenCutOff)
@@ -126,13 +126,17 @@ TEST(Settings, AreReadInBothByteOrdersAndRefusedWhenCutOff)
         bytes += std::string(1, 2) + '\0' + word(4, 2, isBig) + "Tint" + word(1, 4, isBig) + std::string(8, 'c');
         bytes += std::string(1, 0) + '\0' + word(7, 2, isBig) + std::string("Xft/DPI\0", 8) + word(1, 4, isBig)
             + word(98304, 4, isBig);
-        auto const settings = backends::integerSettings(bytes);
+        auto const settings = backends::settingsIn(bytes);
         ASSERT_TRUE(settings);
-        EXPECT_EQ(*settings, (std::map<std::string, std::int32_t> { { "Xft/DPI", 98304 } }));
+        EXPECT_EQ(settings->integers.size(), 1u);
+        EXPECT_EQ(settings->integers.at("Xft/DPI"), 98304);
+        EXPECT_EQ(settings->texts.size(), 1u);
+        EXPECT_EQ(settings->text("Theme"), "abc");
+        EXPECT_EQ(settings->text("Tint"), "");
         for (std::size_t length = 0; length < bytes.size(); ++length)
-            EXPECT_FALSE(backends::integerSettings(std::string_view(bytes).substr(0, length))) << length;
+            EXPECT_FALSE(backends::settingsIn(std::string_view(bytes).substr(0, length))) << length;
     }
-    EXPECT_FALSE(backends::integerSettings(""));
+    EXPECT_FALSE(backends::settingsIn(""));
 }
 
 TEST(Pixels, KeepTheBottomAndTheCentreForEveryScale)

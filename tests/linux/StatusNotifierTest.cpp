@@ -372,12 +372,9 @@ TEST_F(StatusNotifierTest, TheIconIsDrawnInAllSizesAndItsChangesAreTold)
 {
     platform::TemporaryFolder const folder;
     auto const file = folder.write("icon.pdf", "drawn elsewhere");
-    bool canDraw = true;
-    options.drawIcon = [&](platform::NSImage const&) -> std::vector<backends::IconPixmap> {
-        if (!canDraw)
-            return {};
-        return { { 1, 1, { 255, 1, 2, 3 } }, { 2, 1, { 0, 0, 0, 0, 255, 9, 9, 9 } }, { 3, 3, { 1 } } };
-    };
+    std::vector<backends::IconRendering> drawn { { 1, { 255, 1, 2, 3 } }, { 2, std::vector<std::uint8_t>(16, 9) },
+        { 3, { 1 } } };
+    options.renderings = [&](platform::NSImage const&) { return drawn; };
     startShown();
     auto const image
         = std::make_shared<platform::NSImage>(platform::URL::fileURL(file, platform::URL::IsDirectory::No));
@@ -385,12 +382,14 @@ TEST_F(StatusNotifierTest, TheIconIsDrawnInAllSizesAndItsChangesAreTold)
     settle();
     EXPECT_EQ(panel->calls(), Texts { "NewIcon " });
     // One that is not as large as it says is left out.
-    EXPECT_EQ(get("IconPixmap"), "<a(iiay) [(1, 1, [255, 1, 2, 3]), (2, 1, [0, 0, 0, 0, 255, 9, 9, 9])]>");
+    EXPECT_EQ(get("IconPixmap"),
+        "<a(iiay) [(1, 1, [255, 1, 2, 3]), (2, 2, [9, 9, 9, 9, 9, 9, 9, 9, 9, 9, 9, 9, 9, 9, 9, 9])]>");
     EXPECT_EQ(get("IconName"), "<s ''>");
     item->button()->setImage(image);
     settle();
     EXPECT_EQ(panel->calls().size(), 1u);
 
+    drawn.pop_back();
     folder.write("icon-symbolic.svg", "<svg/>");
     bar->redraw();
     settle();
@@ -402,7 +401,7 @@ TEST_F(StatusNotifierTest, TheIconIsDrawnInAllSizesAndItsChangesAreTold)
     EXPECT_EQ(get("IconName"), "<s 'icon-symbolic'>");
     EXPECT_EQ(get("IconThemePath"), "<s '" + folder.path() + "'>");
 
-    canDraw = false;
+    drawn.clear();
     item->button()->setImage(nullptr);
     EXPECT_EQ(get("IconName"), "<s 'image-missing'>");
     EXPECT_EQ(get("IconPixmap"), "<a(iiay) []>");

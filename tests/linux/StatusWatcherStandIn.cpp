@@ -18,6 +18,24 @@ StatusWatcherStandIn::StatusWatcherStandIn(std::string busAddress, Manners manne
     , m_manners(manners)
 {
     start();
+    onThread([this] {
+        EXPECT_GE(sd_bus_add_match(bus(), nullptr,
+                      "type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged'", nameDidChange, this),
+            0);
+    });
+}
+
+int StatusWatcherStandIn::nameDidChange(sd_bus_message* message, void* self, sd_bus_error*)
+{
+    char const* name = nullptr;
+    char const* before = nullptr;
+    char const* after = nullptr;
+    auto& watcher = *static_cast<StatusWatcherStandIn*>(self);
+    if (sd_bus_message_read(message, "sss", &name, &before, &after) >= 0 && !*after) {
+        std::lock_guard const lock(watcher.mutex());
+        std::erase_if(watcher.m_items, [&](auto const& item) { return item.owner == name; });
+    }
+    return 0;
 }
 
 int StatusWatcherStandIn::handleCall(sd_bus_message* message)
@@ -34,7 +52,7 @@ int StatusWatcherStandIn::handleCall(sd_bus_message* message)
             --m_manners.refusals;
             return sd_bus_reply_method_errorf(message, SD_BUS_ERROR_UNKNOWN_OBJECT, "No such object");
         }
-        m_items.emplace_back(argument);
+        m_items.push_back({ argument, sd_bus_message_get_sender(message) });
         return sd_bus_reply_method_return(message, "");
     }
     if (sd_bus_message_is_method_call(message, "org.freedesktop.DBus.Properties", "Get")) {
@@ -48,7 +66,10 @@ int StatusWatcherStandIn::handleCall(sd_bus_message* message)
 std::vector<std::string> StatusWatcherStandIn::items() const
 {
     std::lock_guard const lock(mutex());
-    return m_items;
+    std::vector<std::string> names;
+    for (auto const& item : m_items)
+        names.push_back(item.name);
+    return names;
 }
 
 void StatusWatcherStandIn::setHost(bool hasHost)

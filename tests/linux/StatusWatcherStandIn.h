@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string>
+#include <systemd/sd-bus.h>
 #include <vector>
 
 namespace paneweld_tests {
@@ -27,15 +28,23 @@ public:
     }
     ~StatusWatcherStandIn() override { stop(); }
 
+    // Those whose owners are on the bus.
     std::vector<std::string> items() const;
     // A panel comes, or goes.
     void setHost(bool hasHost);
 
 private:
+    struct Item {
+        std::string name;
+        // A connection.
+        std::string owner;
+    };
+
     int handleCall(sd_bus_message* message) override;
+    static int nameDidChange(sd_bus_message* message, void* self, sd_bus_error*);
 
     Manners m_manners;
-    std::vector<std::string> m_items;
+    std::vector<Item> m_items;
 };
 
 } // namespace paneweld_tests

@@ -10,14 +10,10 @@ namespace backends {
 
 using platform::EventType;
 using platform::NSEvent;
-using platform::NSMenu;
-using platform::NSMenuItem;
 
 namespace {
 
 constexpr auto menuPath = "/MenuBar";
-// Panels have other sizes, which nobody tells.
-constexpr double buttonSize = 22;
 
 // Beside a template there may be the same shape as a symbolic icon, which panels give the colour of their text.
 void addSymbolicIcon(platform::NSImage const& image, StatusIcon& icon)
@@ -36,47 +32,16 @@ void addSymbolicIcon(platform::NSImage const& image, StatusIcon& icon)
 
 } // namespace
 
-// May outlive the item, and is a mere view then.
-class DBusStatusItem::Button : public platform::NSStatusBarButton {
-public:
-    explicit Button(DBusStatusItem* item)
-        : m_item(item)
-    {
-        setFrame({ 0, 0, buttonSize, buttonSize });
-    }
-    void leave() { m_item = nullptr; }
-
-    // Where on the screen is up to the panel.
-    void showMenu(std::shared_ptr<NSMenu> const& menu, std::shared_ptr<NSMenuItem> const&, platform::Point) override
-    {
-        if (m_item && m_item->m_menu)
-            m_item->m_menu->setMenu(menu);
-    }
-
-private:
-    void imageDidChange() override
-    {
-        if (m_item)
-            m_item->redraw();
-    }
-
-    DBusStatusItem* m_item;
-};
-
-DBusStatusItem::DBusStatusItem(EventLoop& loop, Options options, platform::OSLog log)
+DBusStatusItem::DBusStatusItem(
+    EventLoop& loop, Options options, std::shared_ptr<platform::NSStatusBarButton> button, platform::OSLog const& log)
     : m_options(std::move(options))
-    , m_button(std::make_shared<Button>(this))
+    , m_button(std::move(button))
 {
     connect(loop, log);
     redraw();
 }
 
-DBusStatusItem::~DBusStatusItem()
-{
-    m_button->leave();
-    if (m_options.didEnd)
-        m_options.didEnd();
-}
+DBusStatusItem::~DBusStatusItem() = default;
 
 void DBusStatusItem::connect(EventLoop& loop, platform::OSLog const& log)
 {
@@ -97,11 +62,15 @@ void DBusStatusItem::connect(EventLoop& loop, platform::OSLog const& log)
     m_item = std::make_unique<StatusNotifierItem>(*m_bus, loop, std::move(identity), log, std::move(observer));
 }
 
-std::shared_ptr<platform::NSStatusBarButton> DBusStatusItem::button() const { return m_button; }
-
 StatusWatcher::State DBusStatusItem::state() const
 {
     return m_item ? m_item->state() : StatusWatcher::State::NoWatcher;
+}
+
+void DBusStatusItem::showMenu(std::shared_ptr<platform::NSMenu> const& menu)
+{
+    if (m_menu)
+        m_menu->setMenu(menu);
 }
 
 void DBusStatusItem::press(std::string const& activationToken)

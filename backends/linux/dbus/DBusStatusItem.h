@@ -2,7 +2,7 @@
 
 #include "backends/linux/dbus/DBusMenu.h"
 #include "backends/linux/dbus/StatusNotifierItem.h"
-#include "platform/appkit/NSStatusItem.h"
+#include "platform/appkit/NSStatusBarButton.h"
 
 #include <functional>
 #include <memory>
@@ -19,7 +19,7 @@ class EventLoop;
 
 // A status item that the desktop's panel draws, menu and all. Presses reach the button as the panel tells them; a menu
 // that the button is to show is handed to the panel. Without a bus it is an item that nobody sees. Main thread only.
-class DBusStatusItem final : public platform::NSStatusItem {
+class DBusStatusItem {
 public:
     struct Options {
         std::string busAddress;
@@ -32,28 +32,25 @@ public:
         std::function<void(std::string const& activationToken)> willActivate {};
         // Called from the loop.
         std::function<void()> stateDidChange {};
-        std::function<void()> didEnd {};
     };
-    DBusStatusItem(EventLoop& loop, Options options, platform::OSLog log);
-    ~DBusStatusItem() override;
+    DBusStatusItem(EventLoop& loop, Options options, std::shared_ptr<platform::NSStatusBarButton> button,
+        platform::OSLog const& log);
+    ~DBusStatusItem();
     DBusStatusItem(DBusStatusItem const&) = delete;
     DBusStatusItem& operator=(DBusStatusItem const&) = delete;
 
-    std::shared_ptr<platform::NSStatusBarButton> button() const override;
-
     StatusWatcher::State state() const;
-    // Draws the icon again: the same image can look different now.
+    void showMenu(std::shared_ptr<platform::NSMenu> const& menu);
+    // Draws the icon again: the button has another image, or the same one can look different now.
     void redraw();
 
 private:
-    class Button;
-
     void connect(EventLoop& loop, platform::OSLog const& log);
     void press(std::string const& activationToken);
     StatusIcon icon() const;
 
     Options m_options;
-    std::shared_ptr<Button> m_button;
+    std::shared_ptr<platform::NSStatusBarButton> m_button;
     std::unique_ptr<Bus> m_bus;
     std::unique_ptr<DBusMenu> m_menu;
     std::unique_ptr<StatusNotifierItem> m_item;

@@ -79,6 +79,15 @@ platform::Result<std::vector<IconRendering>> readIconRenderings(std::string cons
     return std::move(*renderings);
 }
 
+IconRendering tinted(IconRendering rendering, std::uint32_t colour)
+{
+    for (std::size_t i = 0; i + 4 <= rendering.pixels.size(); i += 4) {
+        for (std::size_t channel = 1; channel < 4; ++channel)
+            rendering.pixels[i + channel] = static_cast<std::uint8_t>(colour >> 8 * (3 - channel));
+    }
+    return rendering;
+}
+
 IconRendering withLightEdge(IconRendering const& rendering)
 {
     auto const alphaAt = [&](int x, int y) -> int {

@@ -18,6 +18,9 @@ struct IconRendering {
 // "icon.argb" beside "icon.pdf".
 platform::Result<std::vector<IconRendering>> readIconRenderings(std::string const& iconPath);
 
+// The shape of a picture in another colour: red, green and blue, a byte each.
+IconRendering tinted(IconRendering rendering, std::uint32_t colour);
+
 // A picture of one colour, made fit for any ground: what is dark gets a light edge around it.
 IconRendering withLightEdge(IconRendering const& rendering);
 

@@ -18,6 +18,8 @@ constexpr xcb_keysym_t kanaLock = 0xFF2D, levelThreeLock = 0xFE05, levelFiveLock
 constexpr xcb_keysym_t leftMeta = 0xFFE7, rightMeta = 0xFFE8, leftAlt = 0xFFE9, rightAlt = 0xFFEA;
 constexpr xcb_keysym_t leftSuper = 0xFFEB, rightSuper = 0xFFEC, leftHyper = 0xFFED, rightHyper = 0xFFEE;
 
+// Where the state of an event has the number of the layout (X Keyboard Extension, section 2.2.2).
+constexpr int firstLayoutBit = 13;
 constexpr int modifierCount = 8;
 // Shift, Lock and Control have places of their own; the others are given by what is on their keys.
 constexpr int firstFreeModifier = 3;
@@ -83,6 +85,23 @@ std::vector<std::uint16_t> KeyboardMap::virtualKeyCodes(xcb_keysym_t symbol) con
         }
     }
     return codes;
+}
+
+std::vector<xcb_keysym_t> KeyboardMap::typedSymbols(xcb_keycode_t keycode, std::uint16_t state) const
+{
+    auto const written = symbolsOf(keycode);
+    std::vector<xcb_keysym_t> typed;
+    auto const add = [&](std::size_t place) {
+        if (place < written.size() && written[place] != XCB_NO_SYMBOL
+            && std::find(typed.begin(), typed.end(), written[place]) == typed.end())
+            typed.push_back(written[place]);
+    };
+    // The core protocol tells of two layouts with two symbols each; the extension's further ones count as the first.
+    std::size_t const layout = (state >> firstLayoutBit & 3) == 1 ? 2 : 0;
+    std::size_t const shift = (state & XCB_MOD_MASK_SHIFT) != 0 ? 1 : 0;
+    for (auto const place : { layout + shift, layout, shift, std::size_t { 0 } })
+        add(place);
+    return typed;
 }
 
 std::uint8_t KeyboardMap::bitsWithSymbols(std::initializer_list<xcb_keysym_t> wanted) const

@@ -39,6 +39,10 @@ struct KeyboardMap {
     // Where a symbol can be typed without modifiers, or with Shift alone; the first layout first.
     std::vector<std::uint16_t> virtualKeyCodes(xcb_keysym_t symbol) const;
 
+    // What the key types with the Shift and in the layout that the state of its event names. After it what the same key
+    // types otherwise: without Shift, and in the first layout. Each symbol once.
+    std::vector<xcb_keysym_t> typedSymbols(xcb_keycode_t keycode, std::uint16_t state) const;
+
     // The bit that a modifier key sets in the state of an event. Absent when no key of this keyboard gives it. Which of
     // Mod1 to Mod5 it is differs from keyboard to keyboard, and users move them.
     std::optional<std::uint8_t> modifierBit(platform::ModifierKey key) const;

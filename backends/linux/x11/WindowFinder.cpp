@@ -1,5 +1,6 @@
 #include "backends/linux/x11/WindowFinder.h"
 
+#include "backends/linux/x11/ClientProcess.h"
 #include "backends/linux/x11/PropertyValues.h"
 
 namespace backends {
@@ -16,7 +17,7 @@ void WindowFinder::start()
         m_connection.log().error("the X server has no resource extension: no window can be found");
         return;
     }
-    auto const cookie = askProcess(m_connection.ownBase());
+    auto const cookie = askProcess(m_connection, m_connection.ownBase());
     XHandle<xcb_res_query_client_ids_reply_t> const reply(
         xcb_res_query_client_ids_reply(m_connection.wire(), cookie, nullptr));
     m_ownProcess = processIn(reply.get());
@@ -73,7 +74,7 @@ void WindowFinder::ask(xcb_window_t window, Origin origin)
     if (!m_ownProcess)
         return;
     m_connection.ask<xcb_res_query_client_ids_reply_t>(
-        askProcess(window).sequence, [this, window, origin](auto const* reply) {
+        askProcess(m_connection, window).sequence, [this, window, origin](auto const* reply) {
             if (processIn(reply) == m_ownProcess && !m_observer.isKnownWindow(window))
                 m_observer.found(window, origin);
         });
@@ -84,7 +85,7 @@ bool WindowFinder::isOwnTopLevel(xcb_window_t window)
     if (!m_ownProcess || m_connection.clientBase(window) == m_connection.ownBase())
         return false;
     auto* const wire = m_connection.wire();
-    auto const processCookie = askProcess(window);
+    auto const processCookie = askProcess(m_connection, window);
     auto const attributesCookie = xcb_get_window_attributes(wire, window);
     auto const treeCookie = xcb_query_tree(wire, window);
     bool isOwn = false;
@@ -99,22 +100,6 @@ bool WindowFinder::isOwnTopLevel(xcb_window_t window)
         treeCookie.sequence, [&](auto const* reply) { isTopLevel = reply && reply->parent == m_connection.root(); });
     m_connection.roundTrip();
     return isOwn && isOrdinary && isTopLevel;
-}
-
-xcb_res_query_client_ids_cookie_t WindowFinder::askProcess(xcb_window_t window)
-{
-    xcb_res_client_id_spec_t const spec { window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID };
-    return xcb_res_query_client_ids(m_connection.wire(), 1, &spec);
-}
-
-std::optional<std::uint32_t> WindowFinder::processIn(xcb_res_query_client_ids_reply_t const* reply)
-{
-    if (!reply)
-        return std::nullopt;
-    auto const ids = xcb_res_query_client_ids_ids_iterator(reply);
-    if (ids.rem == 0 || xcb_res_client_id_value_value_length(ids.data) == 0)
-        return std::nullopt;
-    return xcb_res_client_id_value_value(ids.data)[0];
 }
 
 } // namespace backends

@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
-#include <xcb/res.h>
 
 namespace backends {
 
@@ -36,8 +35,6 @@ public:
 private:
     void ask(xcb_window_t window, Origin origin);
     void examine(xcb_window_t window, Origin origin);
-    xcb_res_query_client_ids_cookie_t askProcess(xcb_window_t window);
-    static std::optional<std::uint32_t> processIn(xcb_res_query_client_ids_reply_t const* reply);
 
     Connection& m_connection;
     Observer m_observer;

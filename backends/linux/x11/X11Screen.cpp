@@ -2,7 +2,6 @@
 
 #include "backends/linux/x11/PropertyValues.h"
 #include "backends/linux/x11/X11Desktop.h"
-#include "backends/linux/x11/XSettings.h"
 
 #include <algorithm>
 #include <span>
@@ -190,7 +189,7 @@ void X11Screen::followSettingsOwner(xcb_window_t owner)
 {
     m_settingsOwner = owner;
     if (owner == XCB_WINDOW_NONE) {
-        m_settings.clear();
+        m_settings = {};
         updateScale();
         return;
     }
@@ -203,7 +202,7 @@ void X11Screen::readSettings()
 {
     m_connection.askProperty(
         m_settingsOwner, m_connection.atom(AtomName::XSETTINGS_SETTINGS), [this](auto const* reply) {
-            m_settings = integerSettings(bytesOf(reply)).value_or(std::map<std::string, std::int32_t> {});
+            m_settings = settingsIn(bytesOf(reply)).value_or(Settings {});
             updateScale();
         });
 }

@@ -2,6 +2,7 @@
 
 #include "backends/linux/x11/Connection.h"
 #include "backends/linux/x11/PixelRect.h"
+#include "backends/linux/x11/XSettings.h"
 #include "platform/appkit/NSScreen.h"
 
 #include <functional>
@@ -25,11 +26,15 @@ public:
     void handle(xcb_generic_event_t const& event);
 
     PixelScale const& scale() const { return m_scale; }
+    // As the desktop tells them; none where nobody does.
+    Settings const& settings() const { return m_settings; }
     // In hertz; 0 when the server does not know, as a virtual one.
     double refreshRate() const { return m_refreshRate; }
 
     // The monitor that holds the middle of the window or most of it, else the primary one, else the first.
     platform::NSScreen mainScreen(std::optional<PixelRect> const& keyWindow) const;
+    // All of the monitor that holds the place, chosen in the same way.
+    PixelRect monitorAt(PixelRect const& place) const { return mainMonitor(place).rect; }
 
 private:
     struct Monitor {
@@ -64,7 +69,7 @@ private:
     std::map<std::uint32_t, std::vector<PixelRect>> m_monitorWorkAreas;
     std::map<xcb_atom_t, std::uint32_t> m_monitorWorkAreaAtoms;
     xcb_window_t m_settingsOwner = XCB_WINDOW_NONE;
-    std::map<std::string, std::int32_t> m_settings;
+    Settings m_settings;
     std::string m_resources;
 };
 

@@ -19,6 +19,7 @@ void X11World::handleEvent(xcb_generic_event_t const& event)
     // A key that the monitors keep from everybody else is decided there first.
     if (m_monitors.holdsKeyboard() || !m_hotKeys.handle(event))
         m_monitors.handle(event);
+    m_tray.handle(event);
     m_buttons.handle(event);
     handleWindowEvent(event);
 }

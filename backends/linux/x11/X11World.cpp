@@ -32,6 +32,7 @@ X11World::X11World(std::unique_ptr<Connection> connection, platform::NSApplicati
     , m_keyboard(*m_connection, modifierKeys)
     , m_monitors(*m_connection, m_keyboard)
     , m_hotKeys(*m_connection, m_keyboard, loop)
+    , m_tray(*m_connection)
     , m_buttons(*m_connection,
           [this] { forEachWindow([](X11Window& window) { window.liveResize().buttonsWereReleased(); }); })
     , m_finder(*m_connection,
@@ -83,6 +84,7 @@ void X11World::start(std::function<void()> screenDidChange)
         m_monitors.keyboardDidChange();
         m_hotKeys.keyboardDidChange();
     });
+    m_tray.start();
     askWhetherInsideWayland();
     m_finder.start();
     // Some answers lead to a second question.
@@ -233,11 +235,18 @@ bool X11World::beginMove(xcb_window_t xid, int rootX, int rootY, int button)
     return true;
 }
 
+std::unique_ptr<X11TrayIcon> X11World::makeTrayIcon(
+    X11TrayIcon::Identity const& identity, X11TrayIcon::Observer observer)
+{
+    return std::make_unique<X11TrayIcon>(*m_connection, m_tray, identity, std::move(observer));
+}
+
 void X11World::activate() { m_activationEnd = m_clock.now() + activationTime; }
 
 void X11World::connectionWasLost()
 {
     m_hotKeys.connectionWasLost();
+    m_tray.connectionWasLost();
     forEachWindow(
         [this](X11Window& window) { remove(std::static_pointer_cast<X11Window>(window.shared_from_this())); });
 }

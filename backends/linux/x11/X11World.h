@@ -10,6 +10,8 @@
 #include "backends/linux/x11/X11HotKeys.h"
 #include "backends/linux/x11/X11Keyboard.h"
 #include "backends/linux/x11/X11Screen.h"
+#include "backends/linux/x11/X11Tray.h"
+#include "backends/linux/x11/X11TrayIcon.h"
 #include "backends/linux/x11/X11Window.h"
 #include "platform/dispatch/Clock.h"
 
@@ -45,11 +47,14 @@ public:
     X11HotKeys& hotKeys() { return m_hotKeys; }
     X11Keyboard const& keyboard() const { return m_keyboard; }
     X11Screen const& screen() const { return m_screen; }
+    X11Tray& tray() { return m_tray; }
     std::optional<platform::NSScreen> mainScreen() const;
 
     bool announce(xcb_window_t xid);
     std::shared_ptr<X11Window> window(xcb_window_t xid) const;
     bool beginMove(xcb_window_t xid, int rootX, int rootY, int button);
+    // Asks the tray, which has an owner, to take in an icon.
+    std::unique_ptr<X11TrayIcon> makeTrayIcon(X11TrayIcon::Identity const& identity, X11TrayIcon::Observer observer);
     // The window that is raised or mapped next may come forward with the right of the latest event.
     void activate();
 
@@ -86,6 +91,7 @@ private:
     X11Keyboard m_keyboard;
     X11EventMonitor m_monitors;
     X11HotKeys m_hotKeys;
+    X11Tray m_tray;
     PointerButtons m_buttons;
     WindowFinder m_finder;
     X11Context m_context;

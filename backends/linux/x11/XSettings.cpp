@@ -58,7 +58,7 @@ private:
 };
 
 // False when the setting is cut off.
-bool readSetting(Reader& reader, std::map<std::string, std::int32_t>& settings)
+bool readSetting(Reader& reader, Settings& settings)
 {
     auto const type = reader.number(1);
     auto const padding = reader.number(1);
@@ -73,12 +73,15 @@ bool readSetting(Reader& reader, std::map<std::string, std::int32_t>& settings)
     case SettingType::Integer: {
         auto const value = reader.number(4);
         if (value)
-            settings[std::string(*name)] = static_cast<std::int32_t>(*value);
+            settings.integers[std::string(*name)] = static_cast<std::int32_t>(*value);
         return value.has_value();
     }
     case SettingType::Text: {
         auto const length = reader.number(4);
-        return length && reader.paddedText(*length);
+        auto const value = length ? reader.paddedText(*length) : std::nullopt;
+        if (value)
+            settings.texts[std::string(*name)] = *value;
+        return value.has_value();
     }
     case SettingType::Colour:
         return reader.text(8).has_value();
@@ -88,10 +91,16 @@ bool readSetting(Reader& reader, std::map<std::string, std::int32_t>& settings)
 
 } // namespace
 
-std::optional<std::map<std::string, std::int32_t>> integerSettings(std::string_view bytes)
+std::string Settings::text(std::string_view name) const
+{
+    auto const found = texts.find(name);
+    return found == texts.end() ? std::string {} : found->second;
+}
+
+std::optional<Settings> settingsIn(std::string_view bytes)
 {
     Reader reader(bytes);
-    std::map<std::string, std::int32_t> settings;
+    Settings settings;
     auto const header = reader.text(8);
     auto const count = reader.number(4);
     if (!header || !count)
@@ -126,13 +135,14 @@ std::optional<double> numberResource(std::string_view resources, std::string_vie
     return std::nullopt;
 }
 
-double scaleFactor(std::map<std::string, std::int32_t> const& settings, std::string_view resources)
+double scaleFactor(Settings const& settings, std::string_view resources)
 {
-    if (auto const found = settings.find("Gdk/WindowScalingFactor"); found != settings.end() && found->second > 1)
+    if (auto const found = settings.integers.find("Gdk/WindowScalingFactor");
+        found != settings.integers.end() && found->second > 1)
         return std::min<double>(found->second, largestFactor);
     // In 1024ths; -1 stands for "whatever".
     auto dotsPerInch = ordinaryDotsPerInch;
-    if (auto const found = settings.find("Xft/DPI"); found != settings.end() && found->second > 0)
+    if (auto const found = settings.integers.find("Xft/DPI"); found != settings.integers.end() && found->second > 0)
         dotsPerInch = found->second / 1024.0;
     else if (auto const resource = numberResource(resources, "Xft.dpi"))
         dotsPerInch = *resource;
