@@ -367,11 +367,21 @@ TEST_F(StatusNotifierTest, TheIconIsDrawnInAllSizesAndItsChangesAreTold)
     auto const file = folder.write("icon.pdf", "drawn elsewhere");
     std::vector<backends::IconRendering> drawn { { 1, { 255, 1, 2, 3 } }, { 2, std::vector<std::uint8_t>(16, 9) },
         { 3, { 1 } } };
-    options.renderings = [&](platform::NSImage const&) { return drawn; };
-    startShown();
-    EXPECT_EQ(get("IconName"), "<s 'image-missing'>");
+    int draws = 0;
+    options.renderings = [&](platform::NSImage const&) {
+        ++draws;
+        return drawn;
+    };
     auto const image
         = std::make_shared<platform::NSImage>(platform::URL::fileURL(file, platform::URL::IsDirectory::No));
+    startShown();
+    item->button()->setImage(image);
+    item->button()->setImage(nullptr);
+    settle();
+    // Nobody has looked: nothing to draw, and nothing to tell.
+    EXPECT_EQ(draws, 0);
+    EXPECT_EQ(panel->calls(), Texts {});
+    EXPECT_EQ(get("IconName"), "<s 'image-missing'>");
     item->button()->setImage(image);
     settle();
     EXPECT_EQ(panel->calls(), Texts { "NewIcon " });
