@@ -1,6 +1,7 @@
 #include "tests/linux/SilentSocket.h"
 #include "tests/linux/StatusItemFixture.h"
 #include "tests/linux/Stopwatch.h"
+#include "tests/support/Vectors.h"
 
 #include <limits>
 #include <malloc.h>
@@ -197,13 +198,13 @@ protected:
             });
     }
 
-    unsigned seed = std::random_device {}();
+    std::uint32_t seed = testSeed();
     std::mt19937 random { seed };
 };
 
 TEST_F(StatusItemNonsenseTest, IsAnsweredAndDoesNothing)
 {
-    SCOPED_TRACE("seed " + std::to_string(seed));
+    SCOPED_TRACE("PANEWELD_TEST_SEED=" + std::to_string(seed));
     fillMenu();
     startShown();
     menu->popUpMenuPositioningItem(nullptr, {}, *item->button());
