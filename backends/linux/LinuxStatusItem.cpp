@@ -26,6 +26,7 @@ constexpr double ordinarySide = 22;
 // not take the icon in this time is none for us.
 constexpr Seconds returnTime { 0.5 };
 constexpr Seconds dockTime { 3 };
+constexpr int mostTimesPutOut = 3;
 
 // Trays that make items of the session bus out of windows: the drop is lost on the way, and so is the right button.
 bool isGoBetween(std::string const& program)
@@ -97,6 +98,7 @@ LinuxStatusItem::LinuxStatusItem(EventLoop& loop, Options options, platform::OSL
 LinuxStatusItem::~LinuxStatusItem()
 {
     m_button->leave();
+    leaveTray();
     if (m_options.didEnd)
         m_options.didEnd();
 }
@@ -119,8 +121,9 @@ void LinuxStatusItem::trayDidChange()
         return;
     }
     bool const hadTray = m_icon && m_icon->isDocked();
-    m_icon.reset();
+    leaveTray();
     m_refusingTray = XCB_WINDOW_NONE;
+    m_timesPutOut = 0;
     if (hadTray && !wantsTray())
         waitForTray();
     else
@@ -165,23 +168,36 @@ void LinuxStatusItem::dock()
         m_wait.end();
         notify();
     };
-    observer.didLeave = [this] {
-        // The owner itself may be there still.
-        m_icon.reset();
-        waitForTray();
-        notify();
-    };
+    observer.didLeave = [this] { trayDidPutOut(); };
     observer.didPress = [this](auto const& press) { handlePress(press); };
-    m_icon = x11.makeTrayIcon(identity, std::move(observer));
+    m_icon = x11.makeTrayIcon(identity, m_button, std::move(observer), m_log);
     m_wait = m_loop.after(dockTime, [this] { giveUpTray(); });
+}
+
+void LinuxStatusItem::leaveTray()
+{
+    // A menu stays no longer than what it belongs to.
+    if (m_icon)
+        m_options.x11->menu().close();
+    m_icon.reset();
 }
 
 void LinuxStatusItem::giveUpTray()
 {
     m_log.error("the tray does not take the status item");
     m_refusingTray = m_tray;
-    m_icon.reset();
+    leaveTray();
     update();
+    notify();
+}
+
+void LinuxStatusItem::trayDidPutOut()
+{
+    leaveTray();
+    // The tray itself may be there still, and take the icon in again.
+    if (++m_timesPutOut >= mostTimesPutOut)
+        m_refusingTray = m_tray;
+    waitForTray();
     notify();
 }
 
@@ -209,6 +225,8 @@ void LinuxStatusItem::showMenu(std::shared_ptr<platform::NSMenu> const& menu)
 {
     if (m_bus)
         m_bus->showMenu(menu);
+    else if (m_icon)
+        m_options.x11->menu().open(menu, m_press.area, m_press.time, {});
 }
 
 void LinuxStatusItem::handlePress(X11TrayIcon::Press const& press)

@@ -54,7 +54,9 @@ private:
     bool wantsTray() const;
     void update();
     void dock();
+    void leaveTray();
     void giveUpTray();
+    void trayDidPutOut();
     void waitForTray();
     void connectBus();
     void showMenu(std::shared_ptr<platform::NSMenu> const& menu);
@@ -74,8 +76,9 @@ private:
     // The tray that has the icon or was asked to take it, and its look then.
     xcb_window_t m_tray = XCB_WINDOW_NONE;
     X11Tray::Look m_look;
-    // One that did not take it.
+    // One that did not take it, or did not keep it.
     xcb_window_t m_refusingTray = XCB_WINDOW_NONE;
+    int m_timesPutOut = 0;
     LoopSource m_wait;
 };
 

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <xcb/res.h>
 #include <xcb/shape.h>
 #include <xcb/xtest.h>
 
@@ -225,6 +226,16 @@ bool Client::isKeyFree(xcb_window_t window, xcb_keycode_t key, std::uint16_t mod
     if (isFree)
         ungrabKey(window, key, modifiers);
     return isFree;
+}
+
+std::size_t Client::resourceCount(xcb_window_t window)
+{
+    auto const cookie = xcb_res_query_client_resources(m_connection, window);
+    auto const reply = owned(xcb_res_query_client_resources_reply(m_connection, cookie, nullptr));
+    std::size_t count = 0;
+    for (int i = 0; reply && i < xcb_res_query_client_resources_types_length(reply.get()); ++i)
+        count += xcb_res_query_client_resources_types(reply.get())[i].count;
+    return count;
 }
 
 void Client::sendToRoot(xcb_window_t about, std::string const& type, std::vector<std::uint32_t> const& data)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -74,6 +75,8 @@ public:
     void ungrabKey(xcb_window_t window, xcb_keycode_t key, std::uint16_t modifiers);
     // Whether it could be kept now.
     bool isKeyFree(xcb_window_t window, xcb_keycode_t key, std::uint16_t modifiers);
+    // How much the client that made a window has on the server: windows, pixmaps, pictures and so on.
+    std::size_t resourceCount(xcb_window_t window);
     void sendToRoot(xcb_window_t about, std::string const& type, std::vector<std::uint32_t> const& data);
 
 private:

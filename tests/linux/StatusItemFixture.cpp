@@ -7,8 +7,6 @@
 
 namespace paneweld_tests {
 
-using platform::NSMenuItem;
-
 namespace {
 
 constexpr std::chrono::seconds patience { 20 };
@@ -101,32 +99,6 @@ void StatusItemTest::startPanel(int number)
 std::string StatusItemTest::itemName(int number)
 {
     return "org.kde.StatusNotifierItem-" + std::to_string(getpid()) + "-" + std::to_string(number);
-}
-
-std::shared_ptr<NSMenuItem> StatusItemTest::add(
-    std::string const& title, std::string const& action, std::string const& key)
-{
-    target->description.methods[action] = [this, action](platform::NSObject&, platform::List const&) {
-        act(action);
-        return platform::Value();
-    };
-    auto made = NSMenuItem::create(title, action, key);
-    made->setTarget(target);
-    menu->addItem(made);
-    return made;
-}
-
-void StatusItemTest::addSeparator() { menu->addItem(NSMenuItem::separatorItem()); }
-
-void StatusItemTest::fillMenu()
-{
-    add("Open", "open");
-    add("New", "new");
-    add("Settings", "settings", ",");
-    addSeparator();
-    add("Check for Updates", "update");
-    addSeparator();
-    add("Quit", "quit", "q");
 }
 
 bool StatusItemTest::pumpUntil(std::function<bool()> condition)

@@ -1,10 +1,9 @@
 #pragma once
 
 #include "backends/linux/LinuxStatusBar.h"
-#include "platform/appkit/NSMenu.h"
 #include "platform/log/LogSink.h"
-#include "platform/runtime/Class.h"
 #include "tests/linux/PanelStandIn.h"
+#include "tests/linux/RecordedMenu.h"
 #include "tests/linux/SessionBus.h"
 #include "tests/linux/StatusWatcherStandIn.h"
 
@@ -19,7 +18,7 @@ namespace paneweld_tests {
 
 // A status item on a bus of its own, with a view over its button that writes down what it is told, and shows a menu on
 // the right button as an app does: "left", "right", and the actions of chosen items.
-class StatusItemTest : public ::testing::Test {
+class StatusItemTest : public ::testing::Test, protected RecordedMenu {
 protected:
     using Texts = std::vector<std::string>;
 
@@ -37,12 +36,6 @@ protected:
     // A panel that knows the item, which has its name by then, whether a watcher knows it or not.
     void startPanel(int number = 1);
 
-    std::shared_ptr<platform::NSMenuItem> add(
-        std::string const& title, std::string const& action, std::string const& key = {});
-    void addSeparator();
-    // The seven items of a menu as it is.
-    void fillMenu();
-
     // Runs the loop until the condition holds; false when it does not come in time.
     bool pumpUntil(std::function<bool()> condition);
     // The answer of a question that a panel has put.
@@ -57,10 +50,6 @@ protected:
         void write(platform::LogRecord const& record) override { messages.push_back(record.message); }
         Texts messages;
     };
-    struct Target : platform::NSObject {
-        platform::Class const* classDescription() const override { return &description; }
-        platform::Class description;
-    };
 
     Lines lines;
     std::unique_ptr<backends::EventLoop> loop;
@@ -70,8 +59,6 @@ protected:
     backends::LinuxStatusBar::Options options;
     std::unique_ptr<backends::LinuxStatusBar> bar;
     std::shared_ptr<platform::NSStatusItem> item;
-    std::shared_ptr<platform::NSMenu> menu = std::make_shared<platform::NSMenu>();
-    std::shared_ptr<Target> target = std::make_shared<Target>();
     Texts actions;
     std::vector<platform::StatusItemPlace> places;
     // Called with each action after it has been written down.
@@ -80,6 +67,7 @@ protected:
 private:
     class View;
     void act(std::string const& action);
+    void didChoose(std::string const& action) override { act(action); }
 };
 
 } // namespace paneweld_tests

@@ -1,12 +1,11 @@
+#include "platform/appkit/NSEvent.h"
+#include "platform/appkit/NSEventMonitors.h"
+#include "tests/linux/DragSource.h"
 #include "tests/linux/ForkedTray.h"
-#include "tests/linux/LinuxTest.h"
-#include "tests/linux/SessionBus.h"
+#include "tests/linux/KeyboardOwner.h"
 #include "tests/linux/StatusWatcherStandIn.h"
+#include "tests/linux/TrayFixture.h"
 #include "tests/linux/TrayStandIn.h"
-
-#include "platform/appkit/NSImage.h"
-#include "platform/appkit/NSStatusBar.h"
-#include "platform/appkit/NSStatusItem.h"
 
 #include <cstdlib>
 
@@ -43,46 +42,12 @@ int drawnRows(Client& client, Geometry const& part, std::uint32_t colour)
 
 } // namespace
 
-// A status item on a desktop of X, with a view over its button that writes down what it is told: "left", "right".
-class Tray : public LinuxTest {
+class Tray : public TrayFixture {
 protected:
-    class View : public platform::NSView {
-    public:
-        explicit View(std::vector<std::string>& actions)
-            : m_actions(actions)
-        {
-        }
-        void mouseDown(platform::NSEvent const&) override { m_actions.push_back("left"); }
-        void rightMouseDown(platform::NSEvent const&) override { m_actions.push_back("right"); }
-
-    private:
-        std::vector<std::string>& m_actions;
-    };
-
     void startDesktop()
     {
-        bus = std::make_unique<SessionBus>();
+        TrayFixture::startDesktop();
         watcher = std::make_unique<StatusWatcherStandIn>(bus->address());
-        desktop = std::make_unique<Desktop>();
-        toolkit = std::make_unique<Toolkit>(desktop->display());
-        onlooker = std::make_unique<Onlooker>(desktop->display());
-    }
-
-    void startItem()
-    {
-        ASSERT_NO_FATAL_FAILURE(installBackend());
-        backend->statusBar()->setPlaceHandler([this] { places.push_back(place()); });
-        makeItem();
-    }
-
-    void makeItem()
-    {
-        item = backend->statusBar()->statusItemWithLength(platform::NSVariableStatusItemLength);
-        auto const image = std::make_shared<platform::NSImage>(
-            platform::URL::fileURL(PANEWELD_TEST_BUNDLE "/Resources/icon.pdf", platform::URL::IsDirectory::No));
-        image->setTemplate(true);
-        item->button()->setImage(image);
-        item->button()->addSubview(std::make_shared<View>(actions), platform::ViewPosition::Above, nullptr);
     }
 
     TrayStandIn& addTray(TrayStandIn::Manners manners = {})
@@ -91,9 +56,7 @@ protected:
         return *trays.back();
     }
 
-    StatusItemPlace place() const { return backend->statusBar()->place(); }
-
-    bool pump(std::function<bool()> condition)
+    bool pump(std::function<bool()> condition) override
     {
         return pumpUntil([&] {
             for (auto const& tray : trays)
@@ -101,22 +64,23 @@ protected:
             return condition();
         });
     }
-    bool comesTo(StatusItemPlace wanted)
+
+    // An item in a tray of our own, whose menu the right button opens.
+    void pressForMenu()
     {
-        return pump([&] { return place() == wanted; });
-    }
-    // Until what the item has drawn, if it has, is on the screen.
-    bool pumpUntilPixel(int x, int y, std::uint32_t colour)
-    {
-        return pump([&] { return toolkit->pixel(x, y) == colour; });
+        startDesktop();
+        addTray();
+        fillMenu();
+        startItem();
+        ASSERT_TRUE(pump([&] { return icon() != XCB_WINDOW_NONE; }));
+        click(toolkit->geometry(icon()), 3);
+        user = std::make_unique<KeyboardOwner>(desktop->display());
+        ASSERT_TRUE(pump([&] { return openMenu() && !user->canGrabKeyboard(); }));
     }
 
-    std::unique_ptr<SessionBus> bus;
+    std::unique_ptr<KeyboardOwner> user;
     std::unique_ptr<StatusWatcherStandIn> watcher;
     std::vector<std::unique_ptr<TrayStandIn>> trays;
-    std::shared_ptr<platform::NSStatusItem> item;
-    std::vector<std::string> actions;
-    std::vector<StatusItemPlace> places;
 };
 
 TEST_F(Tray, IsPreferredToThePanelOnTheBus)
@@ -171,14 +135,21 @@ TEST_F(Tray, ThatStartsAgainHasTheItemAtOnce)
     startDesktop();
     addTray();
     startItem();
-    ASSERT_TRUE(comesTo(StatusItemPlace::Tray));
-    for (int i = 0; i < 20; ++i) {
+    ASSERT_TRUE(pump([&] { return icon() != XCB_WINDOW_NONE; }));
+    std::size_t belongings = 0;
+    for (int i = 0; i < 100; ++i) {
         trays.clear();
         ASSERT_TRUE(comesTo(StatusItemPlace::Nowhere));
-        auto& tray = addTray();
+        auto& tray = addTray({ .wantsAlpha = i % 2 == 0 });
         ASSERT_TRUE(comesTo(StatusItemPlace::Tray));
         EXPECT_EQ(tray.asked().size(), 1u);
+        ASSERT_TRUE(pump([&] { return icon() != XCB_WINDOW_NONE; }));
+        settle();
+        if (i == 1)
+            belongings = toolkit->resourceCount(icon());
     }
+    EXPECT_EQ(toolkit->resourceCount(icon()), belongings);
+    EXPECT_GT(belongings, 0u);
     EXPECT_TRUE(watcher->items().empty());
 }
 
@@ -254,18 +225,79 @@ TEST_F(Tray, OfAnotherNameTakesTheItem)
 TEST_F(Tray, TellsThePressesOfTwoButtons)
 {
     startDesktop();
-    auto& tray = addTray();
+    addTray();
     startItem();
-    ASSERT_TRUE(pump([&] { return tray.icons().size() == 1 && tray.isViewable(tray.icons()[0]); }));
-    auto const icon = tray.iconPlace();
-    toolkit->movePointer(icon.x + 5, icon.y + 5);
-    for (int const button : { 1, 2, 3, 4, 1 }) {
-        toolkit->button(button, true);
-        toolkit->button(button, false);
-    }
+    ASSERT_TRUE(pump([&] { return icon() != XCB_WINDOW_NONE; }));
+    for (int const button : { 1, 2, 3, 4, 1 })
+        click(toolkit->geometry(icon()), button);
     ASSERT_TRUE(pump([&] { return actions.size() == 3; }));
     settle();
     EXPECT_EQ(actions, (std::vector<std::string> { "left", "right", "left" }));
+}
+
+TEST_F(Tray, HasAMenuOnTheRightButton)
+{
+    ASSERT_NO_FATAL_FAILURE(pressForMenu());
+    constexpr xcb_keycode_t downKey = 116, returnKey = 36;
+    strike(downKey);
+    strike(downKey);
+    strike(returnKey);
+    ASSERT_TRUE(pump([&] { return actions.size() == 2; }));
+    EXPECT_EQ(actions[1], "new");
+    EXPECT_TRUE(pump([&] { return user->canGrabKeyboard(); }));
+}
+
+TEST_F(Tray, HasAMenuWhoseKeysAreNobodyElses)
+{
+    ASSERT_NO_FATAL_FAILURE(pressForMenu());
+    // What a panel of ours closes with, while it has the keyboard.
+    int escapes = 0;
+    auto const monitor = backend->eventMonitors().addLocalMonitorForEventsMatchingMask(
+        platform::EventMask::KeyDown, { platform::keyCodeEscape }, [&](platform::NSEvent const&) {
+            ++escapes;
+            return std::optional<platform::NSEvent>();
+        });
+    strike(*evdevKeycode(platform::keyCodeEscape));
+    EXPECT_TRUE(pump([&] { return user->canGrabKeyboard(); }));
+    settle();
+    EXPECT_EQ(escapes, 0);
+    EXPECT_EQ(actions, std::vector<std::string> { "right" });
+}
+
+TEST_F(Tray, TakesTheMenuWithIt)
+{
+    ASSERT_NO_FATAL_FAILURE(pressForMenu());
+    trays.clear();
+    ASSERT_TRUE(comesTo(StatusItemPlace::Nowhere));
+    EXPECT_TRUE(pump([&] { return user->canGrabKeyboard(); }));
+}
+
+TEST_F(Tray, LosesTheMenuWithTheItem)
+{
+    ASSERT_NO_FATAL_FAILURE(pressForMenu());
+    item.reset();
+    EXPECT_TRUE(pump([&] { return user->canGrabKeyboard(); }));
+}
+
+TEST_F(Tray, TakesDrops)
+{
+    startDesktop();
+    addTray();
+    startItem();
+    ASSERT_TRUE(pump([&] { return icon() != XCB_WINDOW_NONE; }));
+    DragSource source(desktop->display());
+    source.offers = { { "text/uri-list", "file:///tmp/b\r\nfile:///tmp/a\r\n" } };
+    source.enter(icon());
+    source.position(icon());
+    auto const look = [&] {
+        source.look();
+        return true;
+    };
+    ASSERT_TRUE(pump([&] { return look() && source.statuses.size() == 1; }));
+    source.drop(icon());
+    ASSERT_TRUE(pump([&] { return look() && source.finishes.size() == 1; }));
+    EXPECT_EQ(source.finishes[0].flags, 1u);
+    EXPECT_EQ(dropped, (std::vector<std::string> { "file:///tmp/b", "file:///tmp/a" }));
 }
 
 TEST_F(Tray, SaysWhichColourTheIconHas)
@@ -274,11 +306,11 @@ TEST_F(Tray, SaysWhichColourTheIconHas)
     auto& tray = addTray({ .foreground = { 0xFFFF, 0x8080, 0x0000 } });
     startItem();
     ASSERT_TRUE(pump([&] { return tray.icons().size() == 1; }));
-    auto const icon = tray.iconPlace();
     auto const hasColour = [&](std::uint32_t colour) { return drawnRows(*toolkit, tray.iconPlace(), colour) > 0; };
     ASSERT_TRUE(pump([&] { return hasColour(0xFF8000); }));
     // Where nothing is drawn the bar is seen.
-    EXPECT_TRUE(pumpUntilPixel(icon.x, icon.y, 0x204080));
+    auto const place = tray.iconPlace();
+    EXPECT_EQ(toolkit->pixel(place.x, place.y), 0x204080u);
     tray.setForeground({ 0x1010, 0xFFFF, 0x2020 });
     ASSERT_TRUE(pump([&] { return hasColour(0x10FF20); }));
     EXPECT_FALSE(hasColour(0xFF8000));

@@ -1,13 +1,14 @@
 #include "backends/linux/dbus/MenuTree.h"
 
 #include "backends/linux/dbus/BusVariant.h"
+#include "backends/shared/MenuShortcut.h"
 #include "platform/appkit/NSMenu.h"
 #include "platform/foundation/Text.h"
 namespace backends {
 
 using platform::Dictionary;
 using platform::List;
-using platform::NSEventModifierFlags;
+using platform::ModifierKey;
 using platform::NSMenu;
 using platform::NSMenuItem;
 using platform::Value;
@@ -30,24 +31,32 @@ std::string labelOf(NSMenuItem const& item)
     return label;
 }
 
-// What is pressed together, in the words of the protocol. Command is told as Control, which does its work here.
+// In the words of the protocol.
+char const* tokenOf(ModifierKey key)
+{
+    switch (key) {
+    case ModifierKey::Control:
+        return "Control";
+    case ModifierKey::Alt:
+        return "Alt";
+    case ModifierKey::Shift:
+        return "Shift";
+    case ModifierKey::Super:
+    case ModifierKey::Hyper:
+    case ModifierKey::Meta:
+        return "Super";
+    }
+    return "";
+}
+
+// What is pressed together.
 List shortcutOf(NSMenuItem const& item)
 {
-    auto key = item.keyEquivalent();
-    auto const flags = item.keyEquivalentModifierMask();
-    bool const isCapital = key.size() == 1 && key[0] >= 'A' && key[0] <= 'Z';
-    if (isCapital)
-        key[0] = static_cast<char>(key[0] - 'A' + 'a');
+    auto const shortcut = menuShortcutOf(item);
     List tokens;
-    if (flags.contains(NSEventModifierFlags::command))
-        tokens.emplace_back("Control");
-    if (flags.contains(NSEventModifierFlags::option))
-        tokens.emplace_back("Alt");
-    if (flags.contains(NSEventModifierFlags::shift) || isCapital)
-        tokens.emplace_back("Shift");
-    if (flags.contains(NSEventModifierFlags::control))
-        tokens.emplace_back("Super");
-    tokens.emplace_back(key);
+    for (auto const key : shortcut.modifiers)
+        tokens.emplace_back(tokenOf(key));
+    tokens.emplace_back(shortcut.character);
     return tokens;
 }
 

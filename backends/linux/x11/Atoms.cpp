@@ -65,6 +65,8 @@ constexpr char const* names[nameCount] = {
     "INCR",
     "text/uri-list",
     "text/x-moz-url",
+    "text/uri-list;charset=utf-8",
+    "_NETSCAPE_URL",
 };
 
 } // namespace

@@ -60,6 +60,8 @@ enum class AtomName : std::size_t {
     INCR,
     TEXT_URI_LIST,
     TEXT_X_MOZ_URL,
+    TEXT_URI_LIST_UTF8,
+    NETSCAPE_URL,
     Count,
 };
 

@@ -2,7 +2,7 @@
 
 #include "backends/linux/host/KeySymbols.h"
 #include "backends/linux/x11/KeyLabel.h"
-#include "backends/shared/HotKeyModifiers.h"
+#include "backends/shared/MenuShortcut.h"
 #include "platform/foundation/Text.h"
 
 #include <algorithm>
@@ -13,9 +13,7 @@
 
 namespace backends {
 
-using platform::HotKeyModifierKeys;
 using platform::ModifierKey;
-using platform::NSEventModifierFlags;
 using platform::NSMenuItem;
 
 namespace {
@@ -77,12 +75,14 @@ struct Wanted {
     std::vector<ModifierKey> modifiers;
 };
 
-std::optional<Wanted> wantedOf(NSMenuItem const& item, HotKeyModifierKeys const& keys)
+std::optional<Wanted> wantedOf(NSMenuItem const& item)
 {
-    auto const character = platform::decodeUTF8(item.keyEquivalent(), 0);
+    auto shortcut = menuShortcutOf(item);
+    auto const character = platform::decodeUTF8(shortcut.character, 0);
     if (!character)
         return std::nullopt;
     Wanted wanted;
+    wanted.modifiers = std::move(shortcut.modifiers);
     auto const named = std::find_if(
         namedKeys.begin(), namedKeys.end(), [&](auto const& key) { return key.character == character->scalar; });
     if (named != namedKeys.end()) {
@@ -94,20 +94,6 @@ std::optional<Wanted> wantedOf(NSMenuItem const& item, HotKeyModifierKeys const&
     }
     if (wanted.name.empty())
         return std::nullopt;
-    auto flags = item.keyEquivalentModifierMask();
-    // A capital letter says Shift by itself.
-    if (character->scalar >= U'A' && character->scalar <= U'Z')
-        flags |= NSEventModifierFlags::shift;
-    // In the order of menus. Two modifiers may lie on one key.
-    auto const add = [&](NSEventModifierFlags flag, ModifierKey key) {
-        bool const isKnown = std::find(wanted.modifiers.begin(), wanted.modifiers.end(), key) != wanted.modifiers.end();
-        if (flags.contains(flag) && !isKnown)
-            wanted.modifiers.push_back(key);
-    };
-    add(NSEventModifierFlags::control, keys.control);
-    add(NSEventModifierFlags::option, keys.option);
-    add(NSEventModifierFlags::shift, keys.shift);
-    add(NSEventModifierFlags::command, keys.command);
     return wanted;
 }
 
@@ -146,9 +132,9 @@ std::optional<MenuKey> menuKey(MenuKeyPress const& press)
     return std::nullopt;
 }
 
-std::string shortcutText(NSMenuItem const& item, HotKeyModifierKeys const& keys)
+std::string shortcutText(NSMenuItem const& item)
 {
-    auto const wanted = wantedOf(item, keys);
+    auto const wanted = wantedOf(item);
     if (!wanted)
         return {};
     std::string text;
@@ -157,9 +143,9 @@ std::string shortcutText(NSMenuItem const& item, HotKeyModifierKeys const& keys)
     return text + wanted->name;
 }
 
-bool isShortcut(NSMenuItem const& item, MenuKeyPress const& press, HotKeyModifierKeys const& modifierKeys)
+bool isShortcut(NSMenuItem const& item, MenuKeyPress const& press)
 {
-    auto const wanted = wantedOf(item, modifierKeys);
+    auto const wanted = wantedOf(item);
     if (!wanted)
         return false;
     std::uint8_t bits = 0;

@@ -2,7 +2,6 @@
 
 #include "backends/linux/x11/KeyboardMap.h"
 #include "platform/appkit/NSMenuItem.h"
-#include "platform/carbon/HotKeyTruth.h"
 
 #include <cstdint>
 #include <optional>
@@ -27,14 +26,12 @@ struct MenuKeyPress {
 // Absent for a key that moves nothing. The keypad counts, whatever Num Lock says.
 std::optional<MenuKey> menuKey(MenuKeyPress const& press);
 
-// What stands beside an item: "Ctrl+Q". The modifiers have the names of the keys that stand for them. Empty for an item
-// that no key chooses.
-std::string shortcutText(platform::NSMenuItem const& item, platform::HotKeyModifierKeys const& keys);
+// What stands beside an item: "Ctrl+Q". Empty for an item that no key chooses.
+std::string shortcutText(platform::NSMenuItem const& item);
 
 // Whether the press is the item's key with exactly its modifiers. Under a layout that does not write the character the
 // place counts where the first layout has it.
-bool isShortcut(
-    platform::NSMenuItem const& item, MenuKeyPress const& press, platform::HotKeyModifierKeys const& modifierKeys);
+bool isShortcut(platform::NSMenuItem const& item, MenuKeyPress const& press);
 
 // Whether the press types the first letter of a title, with no modifier but Shift.
 bool isInitial(std::string const& title, MenuKeyPress const& press);

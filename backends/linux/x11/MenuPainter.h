@@ -1,24 +1,16 @@
 #pragma once
 
 #include "backends/linux/x11/MenuLayout.h"
+#include "backends/linux/x11/MenuRow.h"
 #include "backends/linux/x11/MenuTheme.h"
 #include "backends/linux/x11/PixelFormat.h"
 #include "platform/foundation/Result.h"
 
 #include <memory>
 #include <optional>
-#include <string>
 #include <vector>
 
 namespace backends {
-
-// One row of a menu as it is written there.
-struct MenuRow {
-    MenuLayout::Row kind = MenuLayout::Row::Enabled;
-    std::string title {};
-    std::string shortcut {};
-    bool hasSubmenu = false;
-};
 
 // Draws menus into memory, in a theme and at a scale. Main thread only.
 class MenuPainter {

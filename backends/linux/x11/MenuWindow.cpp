@@ -36,12 +36,12 @@ MenuWindow::~MenuWindow()
 {
     if (!m_connection.isAlive())
         return;
-    if (m_xid != XCB_WINDOW_NONE) {
-        xcb_unmap_window(m_connection.wire(), m_xid);
-        xcb_destroy_window(m_connection.wire(), m_xid);
-    }
     freePicture();
     xcb_free_gc(m_connection.wire(), m_context);
+    // Somebody else may have destroyed it, and then it cannot be done again.
+    auto const unmapping = xcb_unmap_window(m_connection.wire(), m_xid);
+    auto const destruction = xcb_destroy_window(m_connection.wire(), m_xid);
+    m_connection.askOutcome({ unmapping.sequence, destruction.sequence }, [](auto const*) {});
 }
 
 void MenuWindow::setProperties(std::string const& title)

@@ -25,8 +25,6 @@ public:
     void show(PixelRect const& place, PixelView const& picture);
     // A part of the picture is another one.
     void update(PixelView const& picture, PixelRect const& part);
-    // The server has destroyed it already.
-    void forget() { m_xid = XCB_WINDOW_NONE; }
 
 private:
     void setProperties(std::string const& title);

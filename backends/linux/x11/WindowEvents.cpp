@@ -44,9 +44,10 @@ xcb_window_t windowOf(xcb_generic_event_t const& event)
 
 WindowEvents::Registration WindowEvents::listen(xcb_window_t window, Handler handler)
 {
-    auto const shared = std::make_shared<Handler>(std::move(handler));
-    m_handlers.emplace(window, shared);
-    return Registration(shared);
+    std::erase_if(m_listeners, [](auto const& entry) { return !entry.second->isListening; });
+    auto const listener = std::make_shared<Registration::Listener>(Registration::Listener { std::move(handler) });
+    m_listeners.emplace(window, listener);
+    return Registration(listener);
 }
 
 void WindowEvents::handle(xcb_generic_event_t const& event)
@@ -55,18 +56,12 @@ void WindowEvents::handle(xcb_generic_event_t const& event)
     if (window == XCB_WINDOW_NONE)
         return;
     // A copy: a handler may begin or end any of them. One that ended before its turn is not called.
-    std::vector<std::weak_ptr<Handler>> concerned;
-    for (auto [handler, end] = m_handlers.equal_range(window); handler != end;) {
-        if (handler->second.expired()) {
-            handler = m_handlers.erase(handler);
-            continue;
-        }
-        concerned.push_back(handler->second);
-        ++handler;
-    }
-    for (auto const& weak : concerned) {
-        if (auto const handler = weak.lock())
-            (*handler)(event);
+    std::vector<std::shared_ptr<Registration::Listener>> concerned;
+    for (auto [entry, end] = m_listeners.equal_range(window); entry != end; ++entry)
+        concerned.push_back(entry->second);
+    for (auto const& listener : concerned) {
+        if (listener->isListening)
+            listener->handler(event);
     }
 }
 

@@ -14,18 +14,37 @@ class WindowEvents {
 public:
     using Handler = std::function<void(xcb_generic_event_t const&)>;
 
-    // Ends with its destructor, also from inside a handler. It may outlive the table.
+    // Ends with its destructor, also from inside a handler: what is dispatched from in there does not reach it any
+    // more. It may outlive the table.
     class [[nodiscard]] Registration {
     public:
         Registration() = default;
+        ~Registration() { end(); }
+        Registration(Registration&&) noexcept = default;
+        Registration& operator=(Registration&& other) noexcept
+        {
+            end();
+            m_listener = std::move(other.m_listener);
+            return *this;
+        }
 
     private:
         friend class WindowEvents;
-        explicit Registration(std::shared_ptr<Handler> handler)
-            : m_handler(std::move(handler))
+        struct Listener {
+            Handler handler;
+            bool isListening = true;
+        };
+        explicit Registration(std::shared_ptr<Listener> listener)
+            : m_listener(std::move(listener))
         {
         }
-        std::shared_ptr<Handler> m_handler;
+        void end()
+        {
+            if (m_listener)
+                m_listener->isListening = false;
+        }
+
+        std::shared_ptr<Listener> m_listener;
     };
 
     // Which events come is up to the window's event mask.
@@ -33,7 +52,7 @@ public:
     void handle(xcb_generic_event_t const& event);
 
 private:
-    std::multimap<xcb_window_t, std::weak_ptr<Handler>> m_handlers;
+    std::multimap<xcb_window_t, std::shared_ptr<Registration::Listener>> m_listeners;
 };
 
 } // namespace backends

@@ -65,10 +65,18 @@ void X11EventMonitor::allow(std::uint8_t mode, xcb_timestamp_t time)
 void X11EventMonitor::handle(xcb_generic_event_t const& event)
 {
     auto const type = event.response_type & 0x7F;
+    if (type != XCB_KEY_PRESS && type != XCB_KEY_RELEASE)
+        return;
+    auto const& key = reinterpret_cast<xcb_key_press_event_t const&>(event);
+    // What a window of our own connection gets, as an open menu does, is read there. Its grab has ended ours.
+    if (m_connection.clientBase(key.event) == m_connection.ownBase()) {
+        m_swallowed.reset();
+        return;
+    }
     if (type == XCB_KEY_PRESS)
-        handlePress(reinterpret_cast<xcb_key_press_event_t const&>(event));
-    else if (type == XCB_KEY_RELEASE)
-        handleRelease(reinterpret_cast<xcb_key_release_event_t const&>(event));
+        handlePress(key);
+    else
+        handleRelease(key);
 }
 
 void X11EventMonitor::handlePress(xcb_key_press_event_t const& event)

@@ -106,14 +106,8 @@ void X11Menu::readRows()
     session.rows.clear();
     std::vector<MenuLayout::Row> kinds;
     for (auto const& item : session.items) {
-        MenuRow row { .title = item->title(), .hasSubmenu = item->submenu() != nullptr };
-        if (item->isSeparatorItem())
-            row.kind = MenuLayout::Row::Separator;
-        else if (!item->isEnabled() || row.hasSubmenu)
-            row.kind = MenuLayout::Row::Disabled;
-        row.shortcut = shortcutText(*item, m_keyboard.modifierKeys());
-        kinds.push_back(row.kind);
-        session.rows.push_back(std::move(row));
+        session.rows.push_back(MenuRow::of(*item));
+        kinds.push_back(session.rows.back().kind);
     }
     session.layout = MenuLayout(std::move(kinds), session.painter->measure(session.rows), session.monitor);
     if (session.current && (*session.current >= session.rows.size() || !session.layout.isEnabled(*session.current)))
@@ -139,8 +133,9 @@ void X11Menu::grabsAnswered(std::optional<MenuGrabs::Pointer> const& pointer)
 
 void X11Menu::close()
 {
+    // The rest of a click elsewhere may still be kept from others then.
     if (!isOpen())
-        return m_grabs.release();
+        return;
     m_grabs.release();
     endSession();
 }
@@ -199,8 +194,6 @@ void X11Menu::handle(xcb_generic_event_t const& event)
 {
     switch (event.response_type & 0x7F) {
     case XCB_DESTROY_NOTIFY:
-        m_session->window.forget();
-        return close();
     case XCB_UNMAP_NOTIFY:
         return close();
     case XCB_LEAVE_NOTIFY:
@@ -232,7 +225,7 @@ void X11Menu::handleKey(xcb_key_press_event_t const& event)
     auto const map = m_keyboard.map();
     MenuKeyPress const press { *map, event.detail, event.state };
     for (std::size_t row = 0; row < session.items.size(); ++row) {
-        if (session.layout.isEnabled(row) && isShortcut(*session.items[row], press, m_keyboard.modifierKeys()))
+        if (session.layout.isEnabled(row) && isShortcut(*session.items[row], press))
             return choose(row, event.time);
     }
     session.isCurrentByPointer = false;

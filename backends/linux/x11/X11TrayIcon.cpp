@@ -31,7 +31,8 @@ std::uint8_t depthOf(xcb_screen_t const& screen, xcb_visualid_t visual)
 
 } // namespace
 
-X11TrayIcon::X11TrayIcon(Connection& connection, X11Tray& tray, Identity const& identity, Observer observer)
+X11TrayIcon::X11TrayIcon(Connection& connection, EventLoop& loop, X11Tray& tray, Identity const& identity,
+    std::weak_ptr<platform::NSView> view, Observer observer, platform::OSLog const& log)
     : m_connection(connection)
     , m_tray(tray)
     , m_observer(std::move(observer))
@@ -44,12 +45,14 @@ X11TrayIcon::X11TrayIcon(Connection& connection, X11Tray& tray, Identity const& 
 {
     createWindow();
     describeWindow(identity);
+    m_drops = std::make_unique<X11DropTarget>(connection, loop, m_window, std::move(view), log);
     m_events = connection.windowEvents().listen(m_window, [this](auto const& event) { handle(event); });
     tray.askForDock(m_window);
 }
 
 X11TrayIcon::~X11TrayIcon()
 {
+    m_drops.reset();
     if (!m_isGone)
         xcb_destroy_window(m_connection.wire(), m_window);
     if (m_colormap != XCB_NONE)

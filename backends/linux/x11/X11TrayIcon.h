@@ -3,15 +3,21 @@
 #include "backends/linux/x11/Connection.h"
 #include "backends/linux/x11/IconPainter.h"
 #include "backends/linux/x11/PixelRect.h"
+#include "backends/linux/x11/X11DropTarget.h"
 #include "backends/linux/x11/X11Tray.h"
 
 #include <functional>
 #include <string>
 
+namespace platform {
+class NSView;
+}
+
 namespace backends {
 
-// A window of ours inside a tray: asks to be taken in (XEmbed), draws a picture in the size that the tray gives it, and
-// tells presses. A tray that goes drops the window, and so does this: a new tray takes a new icon. Main thread only.
+// A window of ours inside a tray: asks to be taken in (XEmbed), draws a picture in the size that the tray gives it,
+// tells presses, and takes drops for a view. A tray that goes drops the window, and so does this: a new tray takes a
+// new icon. Main thread only.
 class X11TrayIcon {
 public:
     struct Press {
@@ -39,7 +45,8 @@ public:
     };
 
     // The tray has an owner.
-    X11TrayIcon(Connection& connection, X11Tray& tray, Identity const& identity, Observer observer);
+    X11TrayIcon(Connection& connection, EventLoop& loop, X11Tray& tray, Identity const& identity,
+        std::weak_ptr<platform::NSView> view, Observer observer, platform::OSLog const& log);
     ~X11TrayIcon();
     X11TrayIcon(X11TrayIcon const&) = delete;
     X11TrayIcon& operator=(X11TrayIcon const&) = delete;
@@ -70,6 +77,7 @@ private:
     int m_requestedSide;
     bool m_isDocked = false;
     bool m_isGone = false;
+    std::unique_ptr<X11DropTarget> m_drops;
     WindowEvents::Registration m_events;
 };
 

@@ -33,6 +33,7 @@ X11World::X11World(std::unique_ptr<Connection> connection, platform::NSApplicati
     , m_monitors(*m_connection, m_keyboard)
     , m_hotKeys(*m_connection, m_keyboard, loop)
     , m_tray(*m_connection)
+    , m_menu(*m_connection, loop, m_screen, m_keyboard)
     , m_buttons(*m_connection,
           [this] { forEachWindow([](X11Window& window) { window.liveResize().buttonsWereReleased(); }); })
     , m_finder(*m_connection,
@@ -235,10 +236,11 @@ bool X11World::beginMove(xcb_window_t xid, int rootX, int rootY, int button)
     return true;
 }
 
-std::unique_ptr<X11TrayIcon> X11World::makeTrayIcon(
-    X11TrayIcon::Identity const& identity, X11TrayIcon::Observer observer)
+std::unique_ptr<X11TrayIcon> X11World::makeTrayIcon(X11TrayIcon::Identity const& identity,
+    std::weak_ptr<platform::NSView> view, X11TrayIcon::Observer observer, platform::OSLog const& log)
 {
-    return std::make_unique<X11TrayIcon>(*m_connection, m_tray, identity, std::move(observer));
+    return std::make_unique<X11TrayIcon>(
+        *m_connection, m_context.loop, m_tray, identity, std::move(view), std::move(observer), log);
 }
 
 void X11World::activate() { m_activationEnd = m_clock.now() + activationTime; }
@@ -246,6 +248,7 @@ void X11World::activate() { m_activationEnd = m_clock.now() + activationTime; }
 void X11World::connectionWasLost()
 {
     m_hotKeys.connectionWasLost();
+    m_menu.close();
     m_tray.connectionWasLost();
     forEachWindow(
         [this](X11Window& window) { remove(std::static_pointer_cast<X11Window>(window.shared_from_this())); });

@@ -9,6 +9,7 @@
 #include "backends/linux/x11/X11EventMonitor.h"
 #include "backends/linux/x11/X11HotKeys.h"
 #include "backends/linux/x11/X11Keyboard.h"
+#include "backends/linux/x11/X11Menu.h"
 #include "backends/linux/x11/X11Screen.h"
 #include "backends/linux/x11/X11Tray.h"
 #include "backends/linux/x11/X11TrayIcon.h"
@@ -48,13 +49,16 @@ public:
     X11Keyboard const& keyboard() const { return m_keyboard; }
     X11Screen const& screen() const { return m_screen; }
     X11Tray& tray() { return m_tray; }
+    // Of icons in the tray.
+    X11Menu& menu() { return m_menu; }
     std::optional<platform::NSScreen> mainScreen() const;
 
     bool announce(xcb_window_t xid);
     std::shared_ptr<X11Window> window(xcb_window_t xid) const;
     bool beginMove(xcb_window_t xid, int rootX, int rootY, int button);
-    // Asks the tray, which has an owner, to take in an icon.
-    std::unique_ptr<X11TrayIcon> makeTrayIcon(X11TrayIcon::Identity const& identity, X11TrayIcon::Observer observer);
+    // Asks the tray, which has an owner, to take in an icon. What is dropped on it is dropped on the view.
+    std::unique_ptr<X11TrayIcon> makeTrayIcon(X11TrayIcon::Identity const& identity,
+        std::weak_ptr<platform::NSView> view, X11TrayIcon::Observer observer, platform::OSLog const& log);
     // The window that is raised or mapped next may come forward with the right of the latest event.
     void activate();
 
@@ -92,6 +96,7 @@ private:
     X11EventMonitor m_monitors;
     X11HotKeys m_hotKeys;
     X11Tray m_tray;
+    X11Menu m_menu;
     PointerButtons m_buttons;
     WindowFinder m_finder;
     X11Context m_context;

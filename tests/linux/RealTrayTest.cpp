@@ -1,0 +1,132 @@
+#include "tests/linux/RealTray.h"
+#include "tests/linux/DragProgram.h"
+#include "tests/linux/TrayFixture.h"
+
+#include <ostream>
+
+// The item in trays that people have, used by a hand that nobody can tell from a person's.
+namespace paneweld_tests {
+
+using platform::StatusItemPlace;
+using Actions = std::vector<std::string>;
+
+struct TrayCase {
+    RealTray::Program program;
+    char const* name;
+};
+
+// For messages.
+void PrintTo(TrayCase const& one, std::ostream* stream) { *stream << one.name; }
+
+class RealTrayTest : public TrayFixture, public ::testing::WithParamInterface<TrayCase> {
+protected:
+    void start()
+    {
+        tray = std::make_unique<RealTray>(GetParam().program);
+        startDesktop(SessionBus::Services::Installed);
+        desktop->startWindowManager();
+        tray->start(desktop->display());
+        fillMenu();
+        startItem();
+        ASSERT_TRUE(comesTo(StatusItemPlace::Tray));
+        ASSERT_TRUE(pump([&] { return icon() != XCB_WINDOW_NONE; }));
+    }
+    void keep(std::string const& name) { keepPicture(desktop->display(), GetParam().name + ("-" + name)); }
+    // Trays move their icons about when they start.
+    Geometry iconAtRest()
+    {
+        Geometry last;
+        int looks = 0;
+        pump([&] {
+            auto const now = toolkit->geometry(icon());
+            looks = now == last ? looks + 1 : 0;
+            last = now;
+            return looks > 20;
+        });
+        return last;
+    }
+    void dragFiles(DragProgram::Kind kind)
+    {
+        DragProgram program(*toolkit, kind, 1, { "/tmp/z \xC3\xBC 100%.txt", "/tmp/a\n#1?" });
+        ASSERT_TRUE(pump([&] { return program.isReady(); }));
+        auto const place = iconAtRest();
+        dragsEntered = 0;
+        dropped.reset();
+        program.press();
+        int movesInside = 0;
+        ASSERT_TRUE(pump([&] {
+            program.moveTowards(place);
+            return dragsEntered > 0 && ++movesInside > 20;
+        }));
+        keep(kind == DragProgram::Kind::Gtk ? "gtk-drag" : "qt-drag");
+        program.release();
+        ASSERT_TRUE(pump([&] { return dropped.has_value(); }));
+        EXPECT_EQ(*dropped, (Actions { "file:///tmp/z%20%C3%BC%20100%25.txt", "file:///tmp/a%0A%231%3F" }));
+    }
+
+    std::unique_ptr<RealTray> tray;
+};
+
+TEST_P(RealTrayTest, ShowsTheItemWithItsClicksAndItsMenu)
+{
+    start();
+    auto const place = iconAtRest();
+    EXPECT_GE(place.width, 16);
+    EXPECT_GE(place.height, 16);
+    keep("icon");
+    click(place, 1);
+    ASSERT_TRUE(pump([&] { return actions.size() == 1; }));
+    click(place, 3);
+    ASSERT_TRUE(pump([&] { return openMenu() != XCB_WINDOW_NONE; }));
+    constexpr xcb_keycode_t downKey = 116, returnKey = 36;
+    strike(downKey);
+    strike(downKey);
+    pumpFor(std::chrono::milliseconds(100));
+    keep("menu");
+    strike(returnKey);
+    ASSERT_TRUE(pump([&] { return actions.size() == 3; }));
+    settle();
+    EXPECT_EQ(actions, (Actions { "left", "right", "new" }));
+    EXPECT_EQ(openMenu(), XCB_WINDOW_NONE);
+}
+
+TEST_P(RealTrayTest, HasTheItemAgainWhenItStartsAgain)
+{
+    start();
+    tray->kill();
+    ASSERT_TRUE(pump([&] { return !places.empty() && places.back() != StatusItemPlace::Tray; }));
+    tray->start(desktop->display());
+    ASSERT_TRUE(comesTo(StatusItemPlace::Tray));
+    ASSERT_TRUE(pump([&] { return icon() != XCB_WINDOW_NONE; }));
+    click(iconAtRest(), 1);
+    ASSERT_TRUE(pump([&] { return actions.size() == 1; }));
+    settle();
+    EXPECT_EQ(actions, Actions { "left" });
+}
+
+INSTANTIATE_TEST_SUITE_P(All, RealTrayTest,
+    ::testing::Values(TrayCase { RealTray::Program::Trayer, "trayer" }, TrayCase { RealTray::Program::Tint2, "tint2" },
+        TrayCase { RealTray::Program::XfcePanel, "xfce4-panel" }),
+    [](auto const& one) { return std::string(one.param.name).substr(0, 5); });
+
+// Tint2 keeps what is dragged over it for itself.
+class RealTrayDropTest : public RealTrayTest { };
+
+TEST_P(RealTrayDropTest, LetsFilesThroughFromGtk)
+{
+    start();
+    dragFiles(DragProgram::Kind::Gtk);
+}
+
+TEST_P(RealTrayDropTest, LetsFilesThroughFromQt)
+{
+    start();
+    dragFiles(DragProgram::Kind::Qt);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, RealTrayDropTest,
+    ::testing::Values(
+        TrayCase { RealTray::Program::Trayer, "trayer" }, TrayCase { RealTray::Program::XfcePanel, "xfce4-panel" }),
+    [](auto const& one) { return std::string(one.param.name).substr(0, 5); });
+
+} // namespace paneweld_tests

@@ -1,0 +1,100 @@
+#include "tests/linux/TrayFixture.h"
+
+#include "backends/linux/x11/Handles.h"
+#include "platform/appkit/NSDraggingInfo.h"
+#include "platform/appkit/NSImage.h"
+#include "platform/appkit/NSPasteboard.h"
+
+namespace paneweld_tests {
+
+class TrayFixture::View : public platform::NSView {
+public:
+    explicit View(TrayFixture& test)
+        : m_test(test)
+    {
+    }
+
+    void mouseDown(platform::NSEvent const&) override { m_test.actions.push_back("left"); }
+    void rightMouseDown(platform::NSEvent const&) override
+    {
+        m_test.actions.push_back("right");
+        if (!m_test.menu->itemArray().empty())
+            m_test.menu->popUpMenuPositioningItem(nullptr, {}, *m_test.item->button());
+    }
+    platform::NSDragOperation draggingEntered(platform::NSDraggingInfo&) override
+    {
+        ++m_test.dragsEntered;
+        return platform::NSDragOperation::Copy;
+    }
+    bool performDragOperation(platform::NSDraggingInfo& info) override
+    {
+        m_test.dropped.emplace();
+        auto const read = info.draggingPasteboard().readObjectsForClasses({ platform::PasteboardClass::URL });
+        for (auto const& url : read.value_or(platform::List {}))
+            m_test.dropped->push_back(url.asURL()->absoluteString());
+        return read.has_value();
+    }
+
+private:
+    TrayFixture& m_test;
+};
+
+TrayFixture::~TrayFixture() = default;
+
+void TrayFixture::startDesktop(SessionBus::Services services)
+{
+    bus = std::make_unique<SessionBus>(services);
+    desktop = std::make_unique<Desktop>();
+    toolkit = std::make_unique<Toolkit>(desktop->display());
+    onlooker = std::make_unique<Onlooker>(desktop->display());
+}
+
+void TrayFixture::startItem()
+{
+    ASSERT_NO_FATAL_FAILURE(installBackend());
+    backend->statusBar()->setPlaceHandler([this] { places.push_back(place()); });
+    item = backend->statusBar()->statusItemWithLength(platform::NSVariableStatusItemLength);
+    auto const image = std::make_shared<platform::NSImage>(
+        platform::URL::fileURL(PANEWELD_TEST_BUNDLE "/Resources/icon.pdf", platform::URL::IsDirectory::No));
+    image->setTemplate(true);
+    item->button()->setImage(image);
+    item->button()->addSubview(std::make_shared<View>(*this), platform::ViewPosition::Above, nullptr);
+}
+
+bool TrayFixture::comesTo(platform::StatusItemPlace wanted)
+{
+    return pump([&] { return place() == wanted; });
+}
+
+void TrayFixture::click(Geometry const& icon, int button)
+{
+    toolkit->movePointer(icon.x + icon.width / 2, icon.y + icon.height / 2);
+    toolkit->button(button, true);
+    toolkit->button(button, false);
+}
+
+void TrayFixture::strike(xcb_keycode_t key)
+{
+    toolkit->press(key);
+    toolkit->release(key);
+}
+
+xcb_window_t TrayFixture::icon() { return find(toolkit->root(), "app.quorvel.iosapp"); }
+
+xcb_window_t TrayFixture::openMenu() { return find(toolkit->root(), "Paneweld"); }
+
+xcb_window_t TrayFixture::find(xcb_window_t below, std::string const& windowClass)
+{
+    auto const text = toolkit->text(below, "WM_CLASS");
+    if (text && text->find(std::string(1, '\0') + windowClass) != std::string::npos && toolkit->isViewable(below))
+        return below;
+    auto const cookie = xcb_query_tree(toolkit->wire(), below);
+    backends::XHandle<xcb_query_tree_reply_t> const tree(xcb_query_tree_reply(toolkit->wire(), cookie, nullptr));
+    for (int i = 0; tree && i < xcb_query_tree_children_length(tree.get()); ++i) {
+        if (auto const found = find(xcb_query_tree_children(tree.get())[i], windowClass))
+            return found;
+    }
+    return XCB_WINDOW_NONE;
+}
+
+} // namespace paneweld_tests
