@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -57,20 +58,25 @@ public:
     StatusNotifierItem(Bus& bus, EventLoop& loop, Identity identity, platform::OSLog log, Observer observer);
 
     StatusWatcher::State state() const { return m_watcher.state(); }
-    void setIcon(StatusIcon icon);
+    // It is drawn when somebody looks, and again by another call; who has looked is told of a change.
+    void setIcon(std::function<StatusIcon()> draw);
     void setTitle(std::string title);
 
 private:
     BusInterface interface();
     std::string nameForWatcher() const;
     void activate();
+    StatusIcon const& icon();
+    StatusIcon drawn() const;
     void emit(std::string const& signal);
 
     Bus& m_bus;
     Identity m_identity;
     platform::OSLog m_log;
     Observer m_observer;
-    StatusIcon m_icon;
+    std::function<StatusIcon()> m_draw;
+    // As somebody has seen it. Absent until then.
+    std::optional<StatusIcon> m_icon;
     std::string m_activationToken;
     std::string m_name;
     bool m_hasName = true;
