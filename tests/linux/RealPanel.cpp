@@ -3,6 +3,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <gtest/gtest.h>
 
 namespace paneweld_tests {
 
@@ -51,6 +52,17 @@ alignment=Left
 type=statusnotifier
 )";
 
+constexpr auto tint2Configuration = R"(panel_items = S
+panel_position = top right horizontal
+panel_size = 300 32
+panel_monitor = all
+rounded = 0
+background_color = #2a2e38 100
+panel_background_id = 1
+systray_padding = 4 4 4
+systray_icon_size = 22
+)";
+
 } // namespace
 
 RealPanel::RealPanel(Program program)
@@ -85,7 +97,25 @@ RealPanel::Program RealPanel::lxqt()
     return { "LXQt", { "lxqt-panel" }, { { ".config/lxqt/panel.conf", lxqtConfiguration } } };
 }
 
+RealPanel::Program RealPanel::trayer()
+{
+    return { "trayer", { "trayer", "--edge", "top", "--align", "right", "--widthtype", "request", "--height", "28" },
+        {} };
+}
+
+RealPanel::Program RealPanel::tint2()
+{
+    return { "tint2", { "tint2" }, { { ".config/tint2/tint2rc", tint2Configuration } } };
+}
+
 void RealPanel::start() { m_process = ChildProcess(m_program.command); }
+
+void RealPanel::startAsTray(std::string const& display)
+{
+    start();
+    Client client(display);
+    EXPECT_TRUE(client.waitUntil([&] { return client.selectionOwner("_NET_SYSTEM_TRAY_S0") != XCB_WINDOW_NONE; }));
+}
 
 void RealPanel::end() { m_process.end(SIGKILL); }
 

@@ -1,5 +1,5 @@
-#include "tests/linux/RealTray.h"
 #include "tests/linux/DragProgram.h"
+#include "tests/linux/RealPanel.h"
 #include "tests/linux/TrayFixture.h"
 
 #include <ostream>
@@ -11,7 +11,7 @@ using platform::StatusItemPlace;
 using Actions = std::vector<std::string>;
 
 struct TrayCase {
-    RealTray::Program program;
+    RealPanel::Program (*program)();
     char const* name;
 };
 
@@ -22,16 +22,16 @@ class RealTrayTest : public TrayFixture, public ::testing::WithParamInterface<Tr
 protected:
     void start()
     {
-        tray = std::make_unique<RealTray>(GetParam().program);
+        tray = std::make_unique<RealPanel>(GetParam().program());
         startDesktop(SessionBus::Services::Installed);
         desktop->startWindowManager();
-        tray->start(desktop->display());
+        tray->startAsTray(desktop->display());
         fillMenu();
         startItem();
         ASSERT_TRUE(comesTo(StatusItemPlace::Tray));
         ASSERT_TRUE(pump([&] { return icon() != XCB_WINDOW_NONE; }));
     }
-    void keep(std::string const& name) { keepPicture(desktop->display(), GetParam().name + ("-" + name)); }
+    void keep(std::string const& name) { RealPanel::screen(*toolkit).keep(GetParam().name + ("-" + name)); }
     // Trays move their icons about when they start.
     Geometry iconAtRest()
     {
@@ -64,7 +64,7 @@ protected:
         EXPECT_EQ(*dropped, (Actions { "file:///tmp/z%20%C3%BC%20100%25.txt", "file:///tmp/a%0A%231%3F" }));
     }
 
-    std::unique_ptr<RealTray> tray;
+    std::unique_ptr<RealPanel> tray;
 };
 
 TEST_P(RealTrayTest, ShowsTheItemWithItsClicksAndItsMenu)
@@ -93,9 +93,9 @@ TEST_P(RealTrayTest, ShowsTheItemWithItsClicksAndItsMenu)
 TEST_P(RealTrayTest, HasTheItemAgainWhenItStartsAgain)
 {
     start();
-    tray->kill();
+    tray->end();
     ASSERT_TRUE(pump([&] { return !places.empty() && places.back() != StatusItemPlace::Tray; }));
-    tray->start(desktop->display());
+    tray->startAsTray(desktop->display());
     ASSERT_TRUE(comesTo(StatusItemPlace::Tray));
     ASSERT_TRUE(pump([&] { return icon() != XCB_WINDOW_NONE; }));
     click(iconAtRest(), 1);
@@ -105,8 +105,8 @@ TEST_P(RealTrayTest, HasTheItemAgainWhenItStartsAgain)
 }
 
 INSTANTIATE_TEST_SUITE_P(All, RealTrayTest,
-    ::testing::Values(TrayCase { RealTray::Program::Trayer, "trayer" }, TrayCase { RealTray::Program::Tint2, "tint2" },
-        TrayCase { RealTray::Program::XfcePanel, "xfce4-panel" }),
+    ::testing::Values(TrayCase { &RealPanel::trayer, "trayer" }, TrayCase { &RealPanel::tint2, "tint2" },
+        TrayCase { &RealPanel::xfce, "xfce4-panel" }),
     [](auto const& one) { return std::string(one.param.name).substr(0, 5); });
 
 // Tint2 keeps what is dragged over it for itself.
@@ -125,8 +125,7 @@ TEST_P(RealTrayDropTest, LetsFilesThroughFromQt)
 }
 
 INSTANTIATE_TEST_SUITE_P(All, RealTrayDropTest,
-    ::testing::Values(
-        TrayCase { RealTray::Program::Trayer, "trayer" }, TrayCase { RealTray::Program::XfcePanel, "xfce4-panel" }),
+    ::testing::Values(TrayCase { &RealPanel::trayer, "trayer" }, TrayCase { &RealPanel::xfce, "xfce4-panel" }),
     [](auto const& one) { return std::string(one.param.name).substr(0, 5); });
 
 } // namespace paneweld_tests
