@@ -5,6 +5,7 @@
 #include "tests/support/TemporaryFolder.h"
 
 #include <optional>
+#include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -22,6 +23,8 @@ public:
         std::vector<std::string> command;
         // Files below the home.
         std::vector<std::pair<std::string, std::string>> files;
+        // For messages.
+        friend void PrintTo(Program const& program, std::ostream* stream) { *stream << program.name; }
     };
     explicit RealPanel(Program program);
 
