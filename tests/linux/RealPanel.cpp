@@ -3,6 +3,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <gtest/gtest.h>
 
 namespace paneweld_tests {
 
@@ -98,16 +99,23 @@ RealPanel::Program RealPanel::lxqt()
 
 RealPanel::Program RealPanel::trayer()
 {
-    return { "Trayer", { "trayer", "--edge", "top", "--align", "right", "--widthtype", "request", "--height", "28" },
+    return { "trayer", { "trayer", "--edge", "top", "--align", "right", "--widthtype", "request", "--height", "28" },
         {} };
 }
 
 RealPanel::Program RealPanel::tint2()
 {
-    return { "Tint2", { "tint2" }, { { ".config/tint2/tint2rc", tint2Configuration } } };
+    return { "tint2", { "tint2" }, { { ".config/tint2/tint2rc", tint2Configuration } } };
 }
 
 void RealPanel::start() { m_process = ChildProcess(m_program.command); }
+
+void RealPanel::startAsTray(std::string const& display)
+{
+    start();
+    Client client(display);
+    EXPECT_TRUE(client.waitUntil([&] { return client.selectionOwner("_NET_SYSTEM_TRAY_S0") != XCB_WINDOW_NONE; }));
+}
 
 void RealPanel::end() { m_process.end(SIGKILL); }
 

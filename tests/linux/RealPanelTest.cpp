@@ -29,11 +29,11 @@ backends::IconRendering filled(int size)
 } // namespace
 
 // An item on the session bus in front of a panel of others and a user with a mouse.
-class RealPanelTest : public StatusItemTest, public ::testing::WithParamInterface<RealPanel::Program (*)()> {
+class RealPanelTest : public StatusItemTest, public ::testing::WithParamInterface<RealPanel::Program> {
 protected:
     void startDesktop()
     {
-        realPanel = std::make_unique<RealPanel>(GetParam()());
+        realPanel = std::make_unique<RealPanel>(GetParam());
         desktop = std::make_unique<Desktop>("800x600x24");
         desktop->startWindowManager();
         // Panels keep their settings in services.
@@ -121,7 +121,7 @@ TEST_P(RealPanelTest, ShowsTheItemAndItsMenuAndGetsItBack)
     EXPECT_EQ(lines.messages, Texts {});
 }
 
-INSTANTIATE_TEST_SUITE_P(All, RealPanelTest, ::testing::Values(&RealPanel::xfce, &RealPanel::lxqt),
-    [](auto const& program) { return program.param().name; });
+INSTANTIATE_TEST_SUITE_P(All, RealPanelTest, ::testing::Values(RealPanel::xfce(), RealPanel::lxqt()),
+    [](auto const& program) { return program.param.name; });
 
 } // namespace paneweld_tests

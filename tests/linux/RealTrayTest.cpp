@@ -8,15 +8,15 @@ namespace paneweld_tests {
 using platform::StatusItemPlace;
 using Actions = std::vector<std::string>;
 
-class RealTrayTest : public TrayFixture, public ::testing::WithParamInterface<RealPanel::Program (*)()> {
+class RealTrayTest : public TrayFixture, public ::testing::WithParamInterface<RealPanel::Program> {
 protected:
     void start()
     {
-        panel = std::make_unique<RealPanel>(GetParam()());
+        panel = std::make_unique<RealPanel>(GetParam());
         // Panels keep their settings in services.
         startDesktop(SessionBus::Services::Installed);
         desktop->startWindowManager();
-        panel->start();
+        panel->startAsTray(desktop->display());
         fillMenu();
         startItem();
         ASSERT_TRUE(comesTo(StatusItemPlace::Tray));
@@ -86,7 +86,7 @@ TEST_P(RealTrayTest, HasTheItemAgainWhenItStartsAgain)
     start();
     panel->end();
     ASSERT_TRUE(pump([&] { return !places.empty() && places.back() != StatusItemPlace::Tray; }));
-    panel->start();
+    panel->startAsTray(desktop->display());
     ASSERT_TRUE(comesTo(StatusItemPlace::Tray));
     ASSERT_TRUE(pump([&] { return icon() != XCB_WINDOW_NONE; }));
     click(iconAtRest(), 1);
@@ -95,8 +95,9 @@ TEST_P(RealTrayTest, HasTheItemAgainWhenItStartsAgain)
     EXPECT_EQ(actions, Actions { "left" });
 }
 
-INSTANTIATE_TEST_SUITE_P(All, RealTrayTest, ::testing::Values(&RealPanel::trayer, &RealPanel::tint2, &RealPanel::xfce),
-    [](auto const& program) { return program.param().name; });
+INSTANTIATE_TEST_SUITE_P(All, RealTrayTest,
+    ::testing::Values(RealPanel::trayer(), RealPanel::tint2(), RealPanel::xfce()),
+    [](auto const& program) { return program.param.name; });
 
 // Tint2 keeps what is dragged over it for itself.
 class RealTrayDropTest : public RealTrayTest { };
@@ -113,7 +114,7 @@ TEST_P(RealTrayDropTest, LetsFilesThroughFromQt)
     dragFiles(DragProgram::Kind::Qt);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, RealTrayDropTest, ::testing::Values(&RealPanel::trayer, &RealPanel::xfce),
-    [](auto const& program) { return program.param().name; });
+INSTANTIATE_TEST_SUITE_P(All, RealTrayDropTest, ::testing::Values(RealPanel::trayer(), RealPanel::xfce()),
+    [](auto const& program) { return program.param.name; });
 
 } // namespace paneweld_tests
