@@ -71,8 +71,12 @@ void DBusStatusItem::serve()
     auto identity = m_options.identity;
     identity.menuPath = menuPath;
     StatusNotifierItem::Observer observer;
-    observer.didActivate = [this](std::string const& token) { press(token); };
-    observer.didAskForMenu = [this] { m_menu->demand(); };
+    observer.didActivate = [this](auto place, auto const& token) { press(place, token); };
+    observer.didAskForMenu = [this](auto place) {
+        if (m_options.willPress)
+            m_options.willPress(place);
+        m_menu->demand();
+    };
     observer.stateDidChange = m_options.stateDidChange;
     m_item = std::make_unique<StatusNotifierItem>(*m_bus, m_loop, std::move(identity), m_log, std::move(observer));
     redraw();
@@ -111,10 +115,12 @@ void DBusStatusItem::showMenu(std::shared_ptr<platform::NSMenu> const& menu)
         m_menu->setMenu(menu);
 }
 
-void DBusStatusItem::press(std::string const& activationToken)
+void DBusStatusItem::press(std::optional<StatusNotifierItem::Place> place, std::string const& activationToken)
 {
     // Held: a press may end the item.
     auto const button = m_button;
+    if (m_options.willPress)
+        m_options.willPress(place);
     if (auto const willActivate = m_options.willActivate; willActivate && !activationToken.empty())
         willActivate(activationToken);
     button->reportMouseDown(NSEvent { EventType::LeftMouseDown });

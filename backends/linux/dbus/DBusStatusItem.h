@@ -30,6 +30,8 @@ public:
         std::function<std::vector<IconPixmap>(platform::NSImage const&)> drawIcon {};
         // A name of the icon theme, for an item that has nothing else to show.
         std::string standInIconName {};
+        // Just before a press, with its place where the desktop tells it.
+        std::function<void(std::optional<StatusNotifierItem::Place>)> willPress {};
         // Just before a press that the desktop gave an activation token for (xdg-activation).
         std::function<void(std::string const& activationToken)> willActivate {};
         // Called from the loop.
@@ -51,7 +53,7 @@ private:
     void connectAgain();
     void serve();
     void busDidGo();
-    void press(std::string const& activationToken);
+    void press(std::optional<StatusNotifierItem::Place> place, std::string const& activationToken);
     StatusIcon icon() const;
 
     EventLoop& m_loop;

@@ -23,6 +23,15 @@ List pixmapsOf(StatusIcon const& icon)
     return pixmaps;
 }
 
+std::optional<StatusNotifierItem::Place> placeIn(List const& arguments)
+{
+    auto const number = [&](std::size_t index) { return static_cast<int>(*arguments.at(index).asInt()); };
+    StatusNotifierItem::Place const place { number(0), number(1) };
+    if (place.x == 0 && place.y == 0)
+        return std::nullopt;
+    return place;
+}
+
 bool isWhole(IconPixmap const& pixmap)
 {
     constexpr int sizeLimit = 1024;
@@ -68,14 +77,14 @@ BusInterface StatusNotifierItem::interface()
     BusInterface table { interfaceName };
     auto const nothing = List {};
     table.methods = {
-        { "Activate", "ii", "", {}, [this](auto const&) { activate(); } },
+        { "Activate", "ii", "", {}, [this](auto const& arguments) { activate(placeIn(arguments)); } },
         // The middle button and the wheel mean nothing here.
         { "SecondaryActivate", "ii", "" },
         { "Scroll", "is", "" },
         { "ContextMenu", "ii", "", {},
-            [this](auto const&) {
+            [this](auto const& arguments) {
                 if (auto const didAskForMenu = m_observer.didAskForMenu)
-                    didAskForMenu();
+                    didAskForMenu(placeIn(arguments));
             } },
         { "ProvideXdgActivationToken", "s", "",
             [this](auto const& arguments) {
@@ -153,11 +162,11 @@ void StatusNotifierItem::setTitle(std::string title)
     emit("NewToolTip");
 }
 
-void StatusNotifierItem::activate()
+void StatusNotifierItem::activate(std::optional<Place> place)
 {
     auto const token = std::exchange(m_activationToken, {});
     if (auto const didActivate = m_observer.didActivate)
-        didActivate(token);
+        didActivate(place, token);
 }
 
 void StatusNotifierItem::emit(std::string const& signal) { m_bus.emit({ {}, object, interfaceName, signal }, "", {}); }

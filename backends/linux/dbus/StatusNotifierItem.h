@@ -44,13 +44,18 @@ public:
         // The object that serves the menu, on the same connection.
         std::string menuPath;
     };
+    // In pixels of the X screen. Absent when the desktop does not tell; some say 0, 0 then.
+    struct Place {
+        int x = 0;
+        int y = 0;
+    };
     // Called from the loop.
     struct Observer {
         // The left button. The token is the desktop's permission to bring a window forward (xdg-activation), and may
         // be empty.
-        std::function<void(std::string const& activationToken)> didActivate {};
+        std::function<void(std::optional<Place>, std::string const& activationToken)> didActivate {};
         // The right button, where the desktop does not draw menus.
-        std::function<void()> didAskForMenu {};
+        std::function<void(std::optional<Place>)> didAskForMenu {};
         std::function<void()> stateDidChange {};
     };
 
@@ -65,7 +70,7 @@ public:
 private:
     BusInterface interface();
     std::string nameForWatcher() const;
-    void activate();
+    void activate(std::optional<Place> place);
     StatusIcon const& icon();
     StatusIcon drawn() const;
     void emit(std::string const& signal);
