@@ -73,9 +73,7 @@ public:
         , m_hostname(*m_loop, Bus::systemAddress())
         , m_machineInfo({}, [this] { return m_hostname.prettyName(); })
         , m_nestedLoop(*m_loop)
-        , m_folderDialogs(*m_loop, m_nestedLoop,
-              { Bus::sessionAddress(), options.bundleIdentifier.value_or(""), [this] { return keyWindow(); } },
-              log("picker"))
+        , m_folderDialogs(*m_loop, m_nestedLoop, folderDialogs(options), log("picker"))
         , m_workspace(*m_loop,
               { Bus::sessionAddress(), options.bundleIdentifier.value_or(""), [this] { return keyWindow(); } },
               log("workspace"))
@@ -238,6 +236,17 @@ private:
     std::vector<std::uint16_t> positionsOf(std::uint32_t keysym) const
     {
         return m_x11 ? m_x11->keyboard().map()->virtualKeyCodes(keysym) : std::vector<std::uint16_t> {};
+    }
+
+    FolderDialogs::Options folderDialogs(LinuxOptions const& options)
+    {
+        auto const ifX11 = [this](auto work) {
+            if (m_x11)
+                work(*m_x11);
+        };
+        return { Bus::sessionAddress(), options.bundleIdentifier.value_or(""), [this] { return keyWindow(); },
+            [ifX11](auto parent) { ifX11([parent](X11World& world) { world.makeWayForDialog(parent); }); },
+            [ifX11] { ifX11([](X11World& world) { world.dialogHasClosed(); }); } };
     }
 
     std::optional<std::uint32_t> keyWindow() const

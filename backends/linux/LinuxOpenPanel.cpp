@@ -64,6 +64,7 @@ void FolderDialogs::openFirst()
     auto& dialog = *m_line.front();
     // As it is now: who waited in line may see another window in front.
     dialog.question.parentWindow = m_options.parentWindow();
+    m_options.makeWay(dialog.question.parentWindow);
     askDesktop(dialog);
 }
 
@@ -92,6 +93,8 @@ void FolderDialogs::askDesktop(Dialog& dialog)
 
 void FolderDialogs::askProgram(Dialog& dialog)
 {
+    // Not every program that is told its parent stays above it.
+    m_options.makeWay(std::nullopt);
     auto program = PickerProgram::start(
         m_loop, dialog.question, [this, &dialog](FolderAnswer const& answer) { finish(dialog, answer); });
     if (program)
@@ -106,7 +109,9 @@ void FolderDialogs::finish(Dialog& dialog, FolderAnswer const& answer)
         m_log.error("no folders: %{public}s", { answer.error().localizedDescription });
     dialog.answer = answer ? onlyOfKind(answer.value(), dialog.question.isForFolders) : std::vector<URL> {};
     m_line.pop_front();
-    if (!m_line.empty())
+    if (m_line.empty())
+        m_options.hasClosed();
+    else
         openFirst();
 }
 

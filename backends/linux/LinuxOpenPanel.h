@@ -25,6 +25,9 @@ public:
         std::string appID {};
         // The window that has the keyboard, where a dialog belongs.
         std::function<std::optional<std::uint32_t>()> parentWindow {};
+        // A dialog opens, above that window for certain where one is given; and the last one has closed.
+        std::function<void(std::optional<std::uint32_t> parent)> makeWay {};
+        std::function<void()> hasClosed {};
     };
     FolderDialogs(EventLoop& loop, NestedLoop& wait, Options options, platform::OSLog log);
     ~FolderDialogs();
