@@ -132,8 +132,9 @@ std::optional<std::string> rebased(std::string const& path, std::string const& f
     auto const base = without(from);
     if (!path.starts_with(base) || (path.size() > base.size() && path[base.size()] != '/'))
         return std::nullopt;
-    auto const moved = without(to) + path.substr(base.size());
-    return moved.empty() || moved == "/" ? (to.empty() ? "/" : to) : moved;
+    auto const below = path.substr(base.size());
+    auto const moved = without(to) + (below == "/" ? std::string() : below);
+    return moved.empty() ? "/" : moved;
 }
 
 } // namespace backends
