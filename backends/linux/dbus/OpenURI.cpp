@@ -30,6 +30,7 @@ bool OpenURI::open(platform::URL const& url, int descriptor, std::optional<std::
     if (!connect())
         return false;
     auto const opening = m_openings.insert(m_openings.end(), { std::move(done), {} });
+    // A folder goes like a file: the method for folders shows it in the one that it is in.
     bool const isFile = descriptor >= 0;
     platform::Value const what = isFile ? platform::Value(descriptor) : platform::Value(url.absoluteString());
     auto request = m_portal->ask("OpenURI", isFile ? "OpenFile" : "OpenURI", isFile ? "sh" : "ss",

@@ -149,13 +149,17 @@ Data encodeBookmark(BookmarkData const& bookmark)
         body.bytes(step.name);
         body.identity(step.identity);
     }
-    auto const bytes = body.take();
+    return sealBookmark(body.take());
+}
+
+Data sealBookmark(std::vector<std::uint8_t> const& body)
+{
     Writer whole;
     for (char const letter : mark)
         whole.number(static_cast<std::uint8_t>(letter), 1);
     whole.number(version, 1);
-    whole.bytes(bytes);
-    whole.number(checkSumOf(bytes.data(), bytes.size()), 8);
+    whole.bytes(body);
+    whole.number(checkSumOf(body.data(), body.size()), 8);
     return { whole.take() };
 }
 

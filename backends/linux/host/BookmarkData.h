@@ -57,6 +57,8 @@ struct BookmarkData {
 };
 
 platform::Data encodeBookmark(BookmarkData const& bookmark);
+// The body of a bookmark with its mark, version and check sum around it.
+platform::Data sealBookmark(std::vector<std::uint8_t> const& body);
 // Fails for bytes that are malformed, cut short, changed or of another version. What it reads is written back as the
 // same bytes.
 platform::Result<BookmarkData> decodeBookmark(platform::Data const& data);

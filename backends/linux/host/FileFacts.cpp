@@ -7,9 +7,11 @@
 #include <fcntl.h>
 #include <memory>
 #include <sstream>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <sys/statfs.h>
 #include <sys/sysmacros.h>
+#include <unistd.h>
 
 namespace backends {
 
@@ -67,6 +69,32 @@ std::string uuidOf(std::string const& device)
     return {};
 }
 
+// Kernels from 6.9 on tell it themselves (FS_IOC_GETFSUUID), where nobody keeps the links.
+std::string uuidFromKernel(std::string const& folder)
+{
+    struct Answer {
+        std::uint8_t length;
+        std::uint8_t bytes[16];
+    } answer {};
+    constexpr auto question = _IOR(0x15, 0, Answer);
+    int const descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0)
+        return {};
+    int const result = ioctl(descriptor, question, &answer);
+    close(descriptor);
+    if (result != 0 || answer.length != sizeof answer.bytes)
+        return {};
+    constexpr auto digits = "0123456789abcdef";
+    std::string text;
+    for (std::size_t i = 0; i < sizeof answer.bytes; ++i) {
+        if (i == 4 || i == 6 || i == 8 || i == 10)
+            text += '-';
+        text += digits[answer.bytes[i] >> 4];
+        text += digits[answer.bytes[i] & 0xF];
+    }
+    return text;
+}
+
 } // namespace
 
 std::optional<FileFacts> factsOf(std::string const& path, LastLink lastLink)
@@ -118,6 +146,9 @@ VolumeIdentity volumeOf(Mount const& mount)
     VolumeIdentity volume;
     volume.type = mount.type;
     volume.uuid = uuidOf(mount.device);
+    // The parts of one of these share it; the number below tells them apart.
+    if (volume.uuid.empty() && mount.type != "btrfs")
+        volume.uuid = uuidFromKernel(mount.point);
     struct statfs found {};
     if (statfs(mount.point.c_str(), &found) == 0) {
         static_assert(sizeof found.f_fsid == sizeof volume.number);
