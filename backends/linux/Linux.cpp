@@ -9,10 +9,10 @@
 #include "backends/linux/dbus/Hostname.h"
 #include "backends/linux/host/BundleDirectory.h"
 #include "backends/linux/host/FileSystem.h"
+#include "backends/linux/host/FolderBookmarks.h"
 #include "backends/linux/host/IconRenderings.h"
 #include "backends/linux/host/MachineInfo.h"
 #include "backends/linux/host/StandardErrorLog.h"
-#include "backends/linux/host/FolderBookmarks.h"
 #include "backends/linux/loop/DisplayTicker.h"
 #include "backends/linux/loop/EventLoop.h"
 #include "backends/linux/loop/MainQueue.h"
@@ -166,10 +166,7 @@ public:
         if (m_x11)
             m_x11->eventMonitors().setComposingText(isComposing);
     }
-    void setNestedIteration(std::function<void()> iterate) override
-    {
-        m_nestedLoop.setIteration(std::move(iterate));
-    }
+    void setNestedIteration(std::function<void()> iterate) override { m_nestedLoop.setIteration(std::move(iterate)); }
     bool hasNestedIteration() const override { return m_nestedLoop.hasIteration(); }
     void setTerminateHandler(std::function<void()> handler) override
     {

@@ -68,8 +68,8 @@ public:
     // While the host composes text with an input method, keys of interest go to it and not to monitors.
     virtual void setComposingText(bool isComposing) = 0;
 
-    // One turn of the host's own loop, for waits inside a call (the folder dialog). Without one only our side runs then,
-    // and the host's windows stand still.
+    // One turn of the host's own loop, for waits inside a call (the folder dialog). Without one only our side runs
+    // then, and the host's windows stand still.
     virtual void setNestedIteration(std::function<void()> iterate) = 0;
     virtual bool hasNestedIteration() const = 0;
 

@@ -19,7 +19,7 @@ std::vector<URL> onlyOfKind(std::vector<URL> const& chosen, bool isForFolders)
     std::vector<URL> urls;
     for (auto const& url : chosen) {
         auto const path = url.filePath();
-        struct stat facts {};
+        struct stat facts { };
         bool const isFolder = path && stat(path->c_str(), &facts) == 0 && S_ISDIR(facts.st_mode);
         if (path && isFolder == isForFolders)
             urls.push_back(URL::fileURL(*path, isFolder ? URL::IsDirectory::Yes : URL::IsDirectory::No));

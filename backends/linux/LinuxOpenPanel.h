@@ -32,8 +32,8 @@ public:
     FolderDialogs(EventLoop& loop, NestedLoop& wait, Options options, platform::OSLog log);
     ~FolderDialogs();
 
-    // Waits until the user has answered. A question that comes meanwhile, from inside the wait, gets a dialog of its own
-    // after this one. Empty when nothing was chosen, and when there is nobody who could ask; then the log says why.
+    // Waits until the user has answered. A question that comes meanwhile, from inside the wait, gets a dialog of its
+    // own after this one. Empty when nothing was chosen, and when there is nobody who could ask; then the log says why.
     std::vector<platform::URL> ask(FolderQuestion question);
 
 private:

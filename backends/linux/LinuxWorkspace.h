@@ -13,8 +13,8 @@
 
 namespace backends {
 
-// Opens addresses with the program that the user chose for them: through the desktop's portal, else through an opener of
-// the desktop.
+// Opens addresses with the program that the user chose for them: through the desktop's portal, else through an opener
+// of the desktop.
 class LinuxWorkspace : public platform::NSWorkspace {
 public:
     struct Options {

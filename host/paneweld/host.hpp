@@ -82,8 +82,8 @@ public:
     void run();
     void stop();
     // How a call that waits, such as the folder picker, keeps the host alive: one turn of the host's own loop, which
-    // waits until something happens, and in which the descriptor above is served as always. It may be called from inside
-    // dispatch. The adapters set it; an empty one takes it away.
+    // waits until something happens, and in which the descriptor above is served as always. It may be called from
+    // inside dispatch. The adapters set it; an empty one takes it away.
     void setNestedIteration(std::function<void()> iterate);
     ModalWindows modalWindows() const;
 
@@ -137,8 +137,8 @@ public:
     // Where that folder is now. Fails when it is not found any more: it is never another one under its name.
     platform::Result<platform::URL> resolveBookmark(platform::Data const& bookmark);
 
-    // Told once for each address that "OpenFileURL" went to open, from dispatch: without an error when a program has it,
-    // else with the reason. An empty one takes it away.
+    // Told once for each address that "OpenFileURL" went to open, from dispatch: without an error when a program has
+    // it, else with the reason. An empty one takes it away.
     void setOpenHandler(
         std::function<void(platform::URL const& url, std::optional<platform::NSError> const& error)> handler);
 

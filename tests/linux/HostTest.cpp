@@ -3,8 +3,8 @@
 #include "backends/linux/host/BundleDirectory.h"
 #include "backends/linux/host/FileSystem.h"
 #include "backends/linux/host/MachineInfo.h"
-#include "backends/linux/host/StandardErrorLog.h"
 #include "backends/linux/host/OpenerPrograms.h"
+#include "backends/linux/host/StandardErrorLog.h"
 #include "backends/linux/host/UserEnvironment.h"
 #include "backends/linux/loop/EventLoop.h"
 #include "backends/linux/loop/MonotonicClock.h"
@@ -246,8 +246,8 @@ TEST_F(HostFiles, OpenersGetTheAddressAsItIsAndTheUsersEnvironment)
     EXPECT_FALSE(error) << "the call does not wait";
     ASSERT_TRUE(runUntil(*loop, [&] { return error.has_value(); }));
     EXPECT_EQ(read("/address"), url.absoluteString());
-    EXPECT_EQ(error->localizedDescription,
-        root + "/nothing: No such file or directory; " + opener + " failed: exit code 3");
+    EXPECT_EQ(
+        error->localizedDescription, root + "/nothing: No such file or directory; " + opener + " failed: exit code 3");
     auto const environment = "\n" + read("/environment");
     EXPECT_NE(environment.find("\nLD_LIBRARY_PATH=/users/lib\n"), std::string::npos);
     EXPECT_NE(environment.find("\nXDG_DATA_DIRS=/users/share\n"), std::string::npos);

@@ -66,8 +66,9 @@ void FileChooser::ask(FolderQuestion const& question)
         options["accept_label"] = withoutMnemonic(question.prompt);
     if (!question.folder.empty())
         options["current_folder"] = pathValue(question.folder);
-    m_request = m_portal->ask("FileChooser", "OpenFile", "ss", { portalWindowHandle(question.parentWindow), question.message },
-        std::move(options), [this](auto const& response) { handleResponse(response); });
+    m_request = m_portal->ask("FileChooser", "OpenFile", "ss",
+        { portalWindowHandle(question.parentWindow), question.message }, std::move(options),
+        [this](auto const& response) { handleResponse(response); });
 }
 
 void FileChooser::handleResponse(Portal::Response const& response)

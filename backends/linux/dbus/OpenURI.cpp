@@ -34,9 +34,8 @@ bool OpenURI::open(platform::URL const& url, int descriptor, std::optional<std::
     bool const isFile = descriptor >= 0;
     platform::Value const what = isFile ? platform::Value(descriptor) : platform::Value(url.absoluteString());
     auto request = m_portal->ask("OpenURI", isFile ? "OpenFile" : "OpenURI", isFile ? "sh" : "ss",
-        { portalWindowHandle(parentWindow), what }, {}, [this, opening](auto const& response) {
-            finish(opening, response);
-        });
+        { portalWindowHandle(parentWindow), what }, {},
+        [this, opening](auto const& response) { finish(opening, response); });
     opening->request = std::move(request);
     return true;
 }

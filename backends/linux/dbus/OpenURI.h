@@ -12,8 +12,8 @@
 
 namespace backends {
 
-// Opens addresses through the desktop's portal (org.freedesktop.portal.OpenURI), which may ask the user for the program.
-// Main thread only.
+// Opens addresses through the desktop's portal (org.freedesktop.portal.OpenURI), which may ask the user for the
+// program. Main thread only.
 class OpenURI {
 public:
     enum class Outcome {

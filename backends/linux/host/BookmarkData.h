@@ -14,8 +14,8 @@ struct FileIdentity {
     std::uint64_t inode = 0;
     // When it was made, in nanoseconds since 1970; 0 where the file system does not keep it.
     std::int64_t birth = 0;
-    // The handle that a file server would know it by (name_to_handle_at(2)), which holds the number's generation. Type 0
-    // and empty where there is none.
+    // The handle that a file server would know it by (name_to_handle_at(2)), which holds the number's generation. Type
+    // 0 and empty where there is none.
     std::int32_t handleType = 0;
     std::vector<std::uint8_t> handle {};
 

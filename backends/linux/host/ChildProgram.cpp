@@ -89,9 +89,8 @@ int ChildProgram::spawn(std::vector<std::string>& arguments, Output output)
     if (m_outputDescriptor >= 0)
         m_outputSource = m_loop.whenReadable(m_outputDescriptor, [this] { readOutput(); });
     // A host that ignores the signal of children sees none after its end, nor do we.
-    m_processSource = m_processDescriptor >= 0
-        ? m_loop.whenReadable(m_processDescriptor, [this] { mayHaveEnded(); })
-        : m_loop.soon([this] { mayHaveEnded(); });
+    m_processSource = m_processDescriptor >= 0 ? m_loop.whenReadable(m_processDescriptor, [this] { mayHaveEnded(); })
+                                               : m_loop.soon([this] { mayHaveEnded(); });
     return 0;
 }
 

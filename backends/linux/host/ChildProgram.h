@@ -10,9 +10,9 @@
 
 namespace backends {
 
-// A program of the user's system at work beside us, with the user's environment. It is waited for by a descriptor of its
-// own, because the signal of children that end is the host's, and leaves no zombie. It goes on when the object goes.
-// Main thread only.
+// A program of the user's system at work beside us, with the user's environment. It is waited for by a descriptor of
+// its own, because the signal of children that end is the host's, and leaves no zombie. It goes on when the object
+// goes. Main thread only.
 class ChildProgram {
 public:
     // How it ended: the exit code, or the negative of the signal that ended it; 0 as well when a host that waits for

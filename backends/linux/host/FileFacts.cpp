@@ -60,7 +60,7 @@ std::string uuidOf(std::string const& device)
         auto const* const entry = readdir(folder.get());
         if (!entry)
             break;
-        struct stat facts {};
+        struct stat facts { };
         if (stat((std::string(volumesByUUID) + "/" + entry->d_name).c_str(), &facts) != 0 || !S_ISBLK(facts.st_mode))
             continue;
         if (std::to_string(major(facts.st_rdev)) + ":" + std::to_string(minor(facts.st_rdev)) == device)
@@ -100,7 +100,7 @@ std::string uuidFromKernel(std::string const& folder)
 std::optional<FileFacts> factsOf(std::string const& path, LastLink lastLink)
 {
     bool const follows = lastLink == LastLink::Follow;
-    struct statx found {};
+    struct statx found { };
     // What a remote file system remembers is good enough, and does not wait.
     int const flags = (follows ? 0 : AT_SYMLINK_NOFOLLOW) | AT_STATX_DONT_SYNC | AT_NO_AUTOMOUNT;
     if (statx(AT_FDCWD, path.c_str(), flags, STATX_BASIC_STATS | STATX_BTIME | STATX_MNT_ID, &found) != 0)
@@ -149,7 +149,7 @@ VolumeIdentity volumeOf(Mount const& mount)
     // The parts of one of these share it; the number below tells them apart.
     if (volume.uuid.empty() && mount.type != "btrfs")
         volume.uuid = uuidFromKernel(mount.point);
-    struct statfs found {};
+    struct statfs found { };
     if (statfs(mount.point.c_str(), &found) == 0) {
         static_assert(sizeof found.f_fsid == sizeof volume.number);
         std::memcpy(&volume.number, &found.f_fsid, sizeof volume.number);

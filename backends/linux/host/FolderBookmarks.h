@@ -4,10 +4,10 @@
 
 namespace backends {
 
-// Bookmarks of this machine's files. A file is known by its file system, its number there and the time when it was made,
-// so it is found again after a restart, on another mount point, and after it or a folder above it was renamed where it
-// is. What was moved into another folder is refused. There is no secret in a bookmark: it is good for what the process
-// may read anyway.
+// Bookmarks of this machine's files. A file is known by its file system, its number there and the time when it was
+// made, so it is found again after a restart, on another mount point, and after it or a folder above it was renamed
+// where it is. What was moved into another folder is refused. There is no secret in a bookmark: it is good for what the
+// process may read anyway.
 class FolderBookmarks : public platform::Bookmarks {
 public:
     platform::Result<platform::Data> bookmarkData(

@@ -20,9 +20,8 @@ void OpenerPrograms::open(platform::URL const& url, std::function<void(std::opti
 
 void OpenerPrograms::tryNext(std::list<Opening>::iterator opening)
 {
-    auto const note = [opening](std::string const& reason) {
-        opening->reasons += (opening->reasons.empty() ? "" : "; ") + reason;
-    };
+    auto const note
+        = [opening](std::string const& reason) { opening->reasons += (opening->reasons.empty() ? "" : "; ") + reason; };
     while (opening->next < m_programs.size()) {
         auto arguments = m_programs[opening->next++];
         auto const program = arguments.front();

@@ -27,7 +27,7 @@ bool isKDE()
 
 bool isFolder(std::string const& path)
 {
-    struct stat facts {};
+    struct stat facts { };
     return stat(path.c_str(), &facts) == 0 && S_ISDIR(facts.st_mode);
 }
 
@@ -96,8 +96,8 @@ platform::Result<std::unique_ptr<PickerProgram>> PickerProgram::start(
                 else if (end.status == exitCancelled)
                     answer(std::vector<URL> {});
                 else
-                    answer(NSError { errorDomain, didNotFinish,
-                        program + " ended with status " + std::to_string(end.status) });
+                    answer(NSError {
+                        errorDomain, didNotFinish, program + " ended with status " + std::to_string(end.status) });
             });
         if (child) {
             picker->m_child = child.take();
