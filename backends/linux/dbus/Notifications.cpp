@@ -1,7 +1,5 @@
 #include "backends/linux/dbus/Notifications.h"
 
-#include "backends/linux/dbus/BusVariant.h"
-
 #include <cstdint>
 #include <utility>
 
@@ -86,12 +84,11 @@ void Notifications::send()
         actions.emplace_back(name);
         actions.emplace_back(text);
     }
-    constexpr std::int64_t normal = 1;
-    Dictionary hints { { "urgency", BusVariant::make("y", Value(normal)) } };
+    Dictionary hints;
     if (!m_appIdentifier.empty())
         hints["desktop-entry"] = Value(m_appIdentifier);
     if (m_notice.percent)
-        hints["value"] = BusVariant::make("i", Value(*m_notice.percent));
+        hints["value"] = Value(*m_notice.percent);
     m_showing = m_bus->call(member("Notify"), "susssasa{sv}i",
         { Value(m_appName), Value(m_shown), Value(""), Value(m_notice.title), Value(withoutMarkup(m_notice.body)),
             Value(actions), Value(hints), Value(m_notice.isLasting ? never : asTheServerLikes) },
