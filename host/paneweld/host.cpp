@@ -178,6 +178,11 @@ platform::NSEventModifierFlags Host::shortcutModifiers(std::uint32_t x11State) c
 
 platform::StatusItemPlace Host::statusItemPlace() const { return m_private->platform->statusBar()->place(); }
 
+std::optional<platform::Rect> Host::statusItemPressedFrame() const
+{
+    return m_private->platform->statusBar()->pressedFrame();
+}
+
 void Host::setStatusItemPlaceHandler(std::function<void()> handler)
 {
     m_private->platform->statusBar()->setPlaceHandler(std::move(handler));

@@ -112,6 +112,9 @@ public:
 
     // Where the status item is seen now. While it is Nowhere or Waiting, hide no window that only the item brings back.
     platform::StatusItemPlace statusItemPlace() const;
+    // Where on the screen it was when it was pressed last, in points of the desktop, y upward: for a window that is to
+    // open beside it. A point alone where the desktop tells no more; absent when it does not tell.
+    std::optional<platform::Rect> statusItemPressedFrame() const;
     // Called from dispatch when the place is another one. An empty one takes it away.
     void setStatusItemPlaceHandler(std::function<void()> handler);
 
