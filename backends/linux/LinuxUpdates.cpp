@@ -6,8 +6,8 @@
 #include "platform/foundation/Bundle.h"
 
 #include <chrono>
-#include <cstdlib>
 #include <cstdint>
+#include <cstdlib>
 #include <fstream>
 #include <sys/utsname.h>
 #include <utility>
@@ -204,9 +204,8 @@ void LinuxUpdates::fetchUpdate(
     download.userAgent = userAgent();
     download.maximum = item.length.value_or(mostBytesOfUpdate);
     download.length = item.length;
-    download.progress = [&mainQueue = m_around.mainQueue, progress = std::move(progress)](double fraction) {
-        mainQueue.async([progress, fraction] { progress(fraction); });
-    };
+    download.progress = [&mainQueue = m_around.mainQueue, progress = std::move(progress)](
+                            double fraction) { mainQueue.async([progress, fraction] { progress(fraction); }); };
     elsewhere(
         [course = m_course, item, keys = settings.publicKeys, download = std::move(download),
             isCancelled = m_isCancelled]() mutable -> std::optional<NSError> {

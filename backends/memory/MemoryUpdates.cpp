@@ -107,17 +107,17 @@ void MemoryUpdates::fetchUpdate(
 {
     m_ledger.note("update fetch " + item.url);
     m_cancelled = [answered] { answered(NSError { "Updates", updateCancelled, "cancelled" }); };
-    whenNetworkIsThere([this, item, keys = settings.publicKeys, progress = std::move(progress),
-                           answered = std::move(answered)] {
-        // Cancelled meanwhile, and answered.
-        if (!std::exchange(m_cancelled, nullptr))
-            return;
-        progress(1);
-        if (std::find(keys.begin(), keys.end(), item.signature) == keys.end())
-            answered(NSError { "Updates", 3001, "the update is not signed with a key of the app" });
-        else
-            answered(std::nullopt);
-    });
+    whenNetworkIsThere(
+        [this, item, keys = settings.publicKeys, progress = std::move(progress), answered = std::move(answered)] {
+            // Cancelled meanwhile, and answered.
+            if (!std::exchange(m_cancelled, nullptr))
+                return;
+            progress(1);
+            if (std::find(keys.begin(), keys.end(), item.signature) == keys.end())
+                answered(NSError { "Updates", 3001, "the update is not signed with a key of the app" });
+            else
+                answered(std::nullopt);
+        });
 }
 
 void MemoryUpdates::installUpdate(UpdateItem const& item, Answer answered)

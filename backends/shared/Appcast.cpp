@@ -18,10 +18,7 @@ namespace {
 
 constexpr std::string_view blanks = " \t\r\n";
 
-std::string sparkle(std::string const& name)
-{
-    return "http://www.andymatuschak.org/xml-namespaces/sparkle " + name;
-}
+std::string sparkle(std::string const& name) { return "http://www.andymatuschak.org/xml-namespaces/sparkle " + name; }
 
 std::string textOf(XMLElement const& parent, std::string const& name)
 {

@@ -28,8 +28,7 @@ std::optional<FeedSignature> feedSignatureIn(std::string_view feed)
         return std::nullopt;
     auto const comment = feed.substr(start);
     // The end of the comment is the end of the feed: nothing unsigned may follow.
-    if (comment.find(closing) != comment.rfind(closing)
-        || !platform::trimmed(comment, blanks).ends_with(closing))
+    if (comment.find(closing) != comment.rfind(closing) || !platform::trimmed(comment, blanks).ends_with(closing))
         return std::nullopt;
     auto const signature = valueIn(comment, "edSignature:");
     auto const length = valueIn(comment, "length:");

@@ -19,8 +19,8 @@ public:
     // Whether to look for updates from time to time. No answer is none: it is asked again some other time.
     virtual void showPermissionRequest(std::function<void(bool isAllowed)> answered) = 0;
     // With a problem the update can be told of, but not installed.
-    virtual void showUpdate(UpdateItem const& item, std::optional<platform::NSError> const& problem,
-        std::function<void(Choice)> answered)
+    virtual void showUpdate(
+        UpdateItem const& item, std::optional<platform::NSError> const& problem, std::function<void(Choice)> answered)
         = 0;
     // An update that is only there to be read about: Install opens its page.
     virtual void showInformation(UpdateItem const& item, std::function<void(Choice)> answered) = 0;

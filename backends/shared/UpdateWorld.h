@@ -45,8 +45,7 @@ public:
     // Whether the app could be replaced where it is. Changes nothing.
     virtual void checkWhetherReplaceable(Answer answered) = 0;
     // Downloads what the item offers and checks all of it against the keys. The fraction is between 0 and 1.
-    virtual void fetchUpdate(
-        UpdateItem const& item, UpdateSettings const& settings, Progress progress, Answer answered)
+    virtual void fetchUpdate(UpdateItem const& item, UpdateSettings const& settings, Progress progress, Answer answered)
         = 0;
     // Puts what was fetched last in the place of the app, as a whole or not at all.
     virtual void installUpdate(UpdateItem const& item, Answer answered) = 0;

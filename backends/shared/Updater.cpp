@@ -104,10 +104,10 @@ void Updater::startCycle()
         schedule();
         return;
     }
-    // At its first start an app has other things to say.
+    // At its first start an app has other things to say, and without a feed there is nothing to ask about.
     if (keptText(m_world, launchedKey).empty())
         m_world.keep(launchedKey, "YES");
-    else
+    else if (!settings().feedURL.empty() && !settings().checksAutomatically)
         askPermission();
 }
 
@@ -130,7 +130,8 @@ void Updater::schedule()
         m_world.keep(lastCheckKey, textOf(m_world.now()));
     auto const delay = delayOfNextCheck(current.checksAutomatically.value_or(false), current.checkInterval, since);
     if (delay)
-        m_timer = m_world.after(Seconds { *delay }, inThisSession([](Updater& self) { self.check(Manner::Scheduled); }));
+        m_timer
+            = m_world.after(Seconds { *delay }, inThisSession([](Updater& self) { self.check(Manner::Scheduled); }));
 }
 
 void Updater::checkForUpdates()
@@ -176,8 +177,7 @@ void Updater::check(Manner manner)
         }
     }
     m_world.keep(lastCheckKey, textOf(m_world.now()));
-    m_world.fetchFeed(
-        settings(), inThisSession([](Updater& self, auto const& feed) { self.handleFeed(feed); }));
+    m_world.fetchFeed(settings(), inThisSession([](Updater& self, auto const& feed) { self.handleFeed(feed); }));
 }
 
 void Updater::handleFeed(platform::Result<UpdateFeed> const& feed)
@@ -207,9 +207,8 @@ void Updater::handleFeed(platform::Result<UpdateFeed> const& feed)
     m_log.info("version %{public}s is available", { item->version });
     if (isInformationalFor(*item, current.hostVersion)) {
         m_state = State::Offering;
-        m_driver.showInformation(*item, inThisSession([item](Updater& self, Choice choice) {
-            self.handleChoice(*item, choice, false);
-        }));
+        m_driver.showInformation(
+            *item, inThisSession([item](Updater& self, Choice choice) { self.handleChoice(*item, choice, false); }));
         return;
     }
     // Before anything is downloaded, so that nobody waits for what cannot come to anything.
@@ -220,8 +219,8 @@ void Updater::handleFeed(platform::Result<UpdateFeed> const& feed)
 void Updater::offer(UpdateItem const& item, std::optional<NSError> const& problem)
 {
     if (problem)
-        m_log.error("version %{public}s cannot be installed: %{public}s",
-            { item.version, problem->localizedDescription });
+        m_log.error(
+            "version %{public}s cannot be installed: %{public}s", { item.version, problem->localizedDescription });
     auto const current = settings();
     if (m_manner == Manner::Scheduled && current.updatesAutomatically && !problem
         && !isMajorFor(item, current.hostVersion)) {
@@ -230,10 +229,9 @@ void Updater::offer(UpdateItem const& item, std::optional<NSError> const& proble
         return;
     }
     m_state = State::Offering;
-    m_driver.showUpdate(item, problem,
-        inThisSession([item, isReplaceable = !problem](Updater& self, Choice choice) {
-            self.handleChoice(item, choice, isReplaceable);
-        }));
+    m_driver.showUpdate(item, problem, inThisSession([item, isReplaceable = !problem](Updater& self, Choice choice) {
+        self.handleChoice(item, choice, isReplaceable);
+    }));
 }
 
 void Updater::handleChoice(UpdateItem const& item, Choice choice, bool isReplaceable)
@@ -248,8 +246,8 @@ void Updater::handleChoice(UpdateItem const& item, Choice choice, bool isReplace
         m_world.openPage(item.link);
     if (choice == Choice::Skip) {
         m_world.keep(skippedKey, item.version);
-        m_world.keep(skippedMajorKey,
-            isMajorFor(item, settings().hostVersion) ? item.minimumAutomaticVersion : std::string());
+        m_world.keep(
+            skippedMajorKey, isMajorFor(item, settings().hostVersion) ? item.minimumAutomaticVersion : std::string());
     }
     finish();
 }
@@ -258,8 +256,7 @@ void Updater::fetch(UpdateItem const& item)
 {
     m_state = State::Downloading;
     showProgress(item, 0);
-    m_world.fetchUpdate(
-        item, settings(),
+    m_world.fetchUpdate(item, settings(),
         inThisSession([item](Updater& self, double fraction) { self.showProgress(item, fraction); }),
         inThisSession([item](Updater& self, auto const& error) {
             if (error)

@@ -26,8 +26,8 @@ ReleasedApp::ReleasedApp(std::string const& version, std::string info)
     writeApp("apps/Ideas", version, info, "org.example.Ideas");
 }
 
-void ReleasedApp::writeApp(std::string const& folder, std::string const& version, std::string const& info,
-    std::string const& identifier) const
+void ReleasedApp::writeApp(
+    std::string const& folder, std::string const& version, std::string const& info, std::string const& identifier) const
 {
     m_folder.write(folder + "/Info.plist",
         "{ CFBundleIdentifier = \"" + identifier + "\"; CFBundleVersion = \"" + version + "\"; " + info + " }");
@@ -50,7 +50,8 @@ std::string ReleasedApp::archive(
     auto const folder = "releases/" + version;
     writeApp(folder + "/Ideas", version, info, identifier);
     auto const file = m_folder.path() + "/releases/" + version + ".tar.gz";
-    outputOf({ "tar", "--create", "--gzip", "--file=" + file, "--directory=" + m_folder.path() + "/" + folder, "Ideas" });
+    outputOf(
+        { "tar", "--create", "--gzip", "--file=" + file, "--directory=" + m_folder.path() + "/" + folder, "Ideas" });
     auto const bytes = backends::readFile(file);
     EXPECT_TRUE(bytes.hasValue());
     return bytes ? bytes.value() : std::string();

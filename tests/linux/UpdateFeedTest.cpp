@@ -84,9 +84,10 @@ TEST(UpdateSignature, SaysWhatIsMissing)
 {
     SigningKey const key(1);
     std::string const archive = "the archive";
-    auto const words = [&](std::string const& bytes, std::string const& signature, std::vector<std::string> const& keys) {
-        return whyNotSigned(bytesOf(bytes), signature, keys).value_or(platform::NSError {}).localizedDescription;
-    };
+    auto const words
+        = [&](std::string const& bytes, std::string const& signature, std::vector<std::string> const& keys) {
+              return whyNotSigned(bytesOf(bytes), signature, keys).value_or(platform::NSError {}).localizedDescription;
+          };
     EXPECT_EQ(words(archive, key.sign(archive), {}), "the app has no key to check updates with");
     EXPECT_EQ(words(archive, key.sign(archive), { "short" }), "the app has no key to check updates with");
     EXPECT_EQ(words(archive, "", { key.publicKey() }), "it is not signed");

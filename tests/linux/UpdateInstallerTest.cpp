@@ -54,8 +54,8 @@ std::vector<std::string> stepsOf(
     UpdateTarget const& target, std::string const& archive, UpdateItem const& item, SigningKey const& key)
 {
     std::vector<std::string> steps;
-    EXPECT_EQ(update(target, archive, item, { key.publicKey() }, [&](char const* name) { steps.emplace_back(name); }),
-        "");
+    EXPECT_EQ(
+        update(target, archive, item, { key.publicKey() }, [&](char const* name) { steps.emplace_back(name); }), "");
     return steps;
 }
 
@@ -91,8 +91,8 @@ TEST(UpdateInstaller, AFolderSurvivesAKillAtEveryStep)
         EXPECT_TRUE(app.leftovers().empty());
     }
     EXPECT_EQ(steps,
-        (std::vector<std::string> { "prepared", "verified", "unpacked", "as the old one", "on the disk", "in its place",
-            "cleared" }));
+        (std::vector<std::string> {
+            "prepared", "verified", "unpacked", "as the old one", "on the disk", "in its place", "cleared" }));
     bool isNew = false;
     for (std::size_t i = 0; i < steps.size(); ++i) {
         ReleasedApp const app("1.0");
@@ -144,8 +144,8 @@ TEST(UpdateInstaller, TheNewFolderHasTheModeOfTheOldOne)
     ReleasedApp const app("1.0");
     chmod(app.path().c_str(), 0711);
     auto const archive = app.archive("2.0");
-    EXPECT_EQ(update({ Kind::Folder, app.path() }, archive, ReleasedApp::item("2.0", archive, key), { key.publicKey() }),
-        "");
+    EXPECT_EQ(
+        update({ Kind::Folder, app.path() }, archive, ReleasedApp::item("2.0", archive, key), { key.publicKey() }), "");
     EXPECT_EQ(modeOf(app.path()), 0711u);
     EXPECT_EQ(modeOf(app.path() + "/start"), 0755u);
 }
@@ -184,8 +184,8 @@ TEST(UpdateInstaller, AnArchiveHoldsTheAppThatTheFeedPromises)
     SigningKey const key(1);
     ReleasedApp const app("1.0");
     auto const tried = [&](std::string const& archive, std::string const& promised) {
-        return update({ Kind::Folder, app.path() }, archive, ReleasedApp::item(promised, archive, key),
-            { key.publicKey() });
+        return update(
+            { Kind::Folder, app.path() }, archive, ReleasedApp::item(promised, archive, key), { key.publicKey() });
     };
     // Rightly signed once, and sent again under a new number.
     EXPECT_EQ(tried(app.archive("0.9"), "2.0"), "the archive holds version 0.9 and not 2.0");

@@ -85,8 +85,8 @@ protected:
 
     static std::string feed(std::vector<backends::UpdateItem> const& items, std::string const& more = {})
     {
-        std::string text = "<rss version=\"2.0\" xmlns:s=\"http://www.andymatuschak.org/xml-namespaces/sparkle\"><channel>"
-            + more;
+        std::string text
+            = "<rss version=\"2.0\" xmlns:s=\"http://www.andymatuschak.org/xml-namespaces/sparkle\"><channel>" + more;
         for (auto const& item : items) {
             text += "<item><s:version>" + item.version + "</s:version>"
                 + (item.link.empty() ? "" : "<link>" + item.link + "</link>") + "<enclosure url=\"" + item.url

@@ -95,7 +95,8 @@ TEST_F(UpdateControllerTest, LogsEachRequestAndChecksOnce)
     EXPECT_FALSE(controller->canCheckForUpdates());
     controller->checkForUpdates();
     EXPECT_EQ(ledger(), (Lines { "update feed https://example.org/feed" }));
-    EXPECT_EQ(log(), (Lines { "info: sparkle updater started", "debug: check for updates", "debug: check for updates" }));
+    EXPECT_EQ(
+        log(), (Lines { "info: sparkle updater started", "debug: check for updates", "debug: check for updates" }));
     EXPECT_EQ(log("updates"), (Lines { "error: no check for updates: one is under way" }));
     world.updates().holdNetwork(false);
     world.settle();
@@ -121,7 +122,8 @@ TEST_F(UpdateControllerTest, AnswersByName)
     EXPECT_EQ(platform::perform(*controller, "canCheckForUpdates"), platform::Value(true));
     EXPECT_TRUE(platform::perform(*controller, "checkForUpdates").has_value());
     EXPECT_EQ(log().back(), "debug: check for updates");
-    EXPECT_EQ(platform::perform(*controller, "updater:mayPerformUpdateCheck:error:", { platform::Value(), platform::Value(0), platform::Value() }),
+    EXPECT_EQ(platform::perform(*controller,
+                  "updater:mayPerformUpdateCheck:error:", { platform::Value(), platform::Value(0), platform::Value() }),
         platform::Value(true));
     world.settle();
 }
@@ -319,8 +321,8 @@ TEST_F(UpdateControllerTest, InformationLeadsToItsPage)
     world.updates().answerNextUpdate(Choice::Install);
     check();
     EXPECT_EQ(ledger(),
-        (Lines { "update feed https://example.org/feed", "update shown information 2.0",
-            "open https://example.org/news" }));
+        (Lines {
+            "update feed https://example.org/feed", "update shown information 2.0", "open https://example.org/news" }));
 }
 
 TEST_F(UpdateControllerTest, AnAppWithoutAVersionIsToldSoAfterAWhile)

@@ -308,7 +308,8 @@ TEST(FeedDate, IsReadInTheFormsThatFeedsHave)
     EXPECT_EQ(dateFromText("Thu, 01 Jan 1970 00:00:00 GMT"), 0);
     EXPECT_EQ(dateFromText("1 Jan 1970 01:00 +0100"), 0);
     EXPECT_EQ(dateFromText("Tue, 29 Feb 2028 12:30:45 -0230"), 1835449245);
-    for (auto const* text : { "", "yesterday", "Wed, 30 Feb 2022 00:00:00 GMT", "1 Jan 1970", "1 Jan 1970 25:00 GMT",
-             "1 Jan 1970 00:00:00 MEZ", "1 Jan 99999999999 00:00:00 GMT", "-1 Jan 1970 00:00:00 GMT", "1 Jan 1970 0:0" })
+    for (auto const* text :
+        { "", "yesterday", "Wed, 30 Feb 2022 00:00:00 GMT", "1 Jan 1970", "1 Jan 1970 25:00 GMT",
+            "1 Jan 1970 00:00:00 MEZ", "1 Jan 99999999999 00:00:00 GMT", "-1 Jan 1970 00:00:00 GMT", "1 Jan 1970 0:0" })
         EXPECT_FALSE(dateFromText(text)) << text;
 }

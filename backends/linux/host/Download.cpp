@@ -39,7 +39,8 @@ std::size_t take(char* bytes, std::size_t size, std::size_t count, void* context
     auto const length = size * count;
     course.received += length;
     if (course.received > course.most()) {
-        course.problem = course.download.length ? "the download is longer than the feed says" : "the download is too long";
+        course.problem
+            = course.download.length ? "the download is longer than the feed says" : "the download is too long";
         return CURL_WRITEFUNC_ERROR;
     }
     if (!course.sink({ bytes, length })) {

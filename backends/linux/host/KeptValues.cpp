@@ -17,9 +17,9 @@ KeptValues::KeptValues(std::string path)
     if (!object)
         return;
     // Every key is known by name, so that a file that somebody else filled costs nothing.
-    for (auto const* key : { "SULastCheckTime", "SUHasLaunchedBefore", "SUEnableAutomaticChecks", "SUAutomaticallyUpdate",
-             "SUScheduledCheckInterval", "SUSkippedVersion", "SUSkippedMajorVersion", "SUUpdateGroupIdentifier",
-             "SULastFeedDate" }) {
+    for (auto const* key : { "SULastCheckTime", "SUHasLaunchedBefore", "SUEnableAutomaticChecks",
+             "SUAutomaticallyUpdate", "SUScheduledCheckInterval", "SUSkippedVersion", "SUSkippedMajorVersion",
+             "SUUpdateGroupIdentifier", "SULastFeedDate" }) {
         if (auto value = object->string(key))
             m_values.emplace(key, std::move(*value));
     }

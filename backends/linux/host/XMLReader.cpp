@@ -135,8 +135,7 @@ platform::Result<XMLElement> readXML(std::string_view bytes)
     auto const status = expat.XML_Parse(parser.get(), bytes.data(), static_cast<int>(bytes.size()), XML_TRUE);
     if (status == XML_STATUS_OK)
         return std::move(tree.root);
-    auto const* const words
-        = tree.problem ? tree.problem : expat.XML_ErrorString(expat.XML_GetErrorCode(parser.get()));
+    auto const* const words = tree.problem ? tree.problem : expat.XML_ErrorString(expat.XML_GetErrorCode(parser.get()));
     return NSError { "XML", 3,
         "line " + std::to_string(expat.XML_GetCurrentLineNumber(parser.get())) + ": " + (words ? words : "unknown") };
 }
