@@ -377,3 +377,17 @@ TEST_F(UpdateControllerTest, ADelegateMayRefuseACheck)
     EXPECT_EQ(ledger(), (Lines { "update shown error not now" }));
     EXPECT_TRUE(updater->updater().canCheckForUpdates());
 }
+
+TEST_F(UpdateControllerTest, WithoutAFeedNobodyIsAskedForPermission)
+{
+    world.files().addFile("/opt/ideas/Info.plist", "{ CFBundleIdentifier = a; CFBundleVersion = 1; }");
+    world.bundles().setMainBundle("/opt/ideas");
+    for (int i = 0; i < 3; ++i) {
+        controller = paneweld::UpdateController::create(world);
+        start();
+    }
+    EXPECT_EQ(ledger(), Lines {});
+    EXPECT_TRUE(controller->canCheckForUpdates());
+    check();
+    EXPECT_EQ(ledger().back(), "update shown error the app names no feed of updates");
+}
