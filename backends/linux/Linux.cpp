@@ -4,6 +4,7 @@
 #include "backends/linux/LinuxHotKeys.h"
 #include "backends/linux/LinuxOpenPanel.h"
 #include "backends/linux/LinuxStatusBar.h"
+#include "backends/linux/LinuxUpdates.h"
 #include "backends/linux/LinuxWorkspace.h"
 #include "backends/linux/SystemShortcuts.h"
 #include "backends/linux/dbus/Hostname.h"
@@ -22,6 +23,7 @@
 #include "backends/linux/x11/KeyLabel.h"
 #include "backends/linux/x11/X11World.h"
 #include "backends/shared/Animator.h"
+#include "backends/shared/StandardUpdaterController.h"
 #include "platform/appkit/NSEventMonitors.h"
 #include "platform/appkit/NSImage.h"
 #include "platform/foundation/Bundles.h"
@@ -70,6 +72,7 @@ public:
         , m_animator(m_clock, m_ticker, m_mainQueue)
         , m_application(*m_loop)
         , m_subsystem(options.bundleIdentifier.value_or(namelessSubsystem))
+        , m_appName(options.appName.value_or(m_subsystem.substr(m_subsystem.rfind('.') + 1)))
         , m_hostname(*m_loop, Bus::systemAddress())
         , m_machineInfo({}, [this] { return m_hostname.prettyName(); })
         , m_nestedLoop(*m_loop)
@@ -86,7 +89,7 @@ public:
         m_bundles.setMainBundle(folder.value_or("/"), options.bundleIdentifier);
         connect(options);
         makeHotKeys(options);
-        makeStatusBar(options);
+        makeStatusBar();
     }
 
     platform::LogSink& logSink() override { return m_log; }
@@ -110,6 +113,19 @@ public:
     platform::EventHotKeys* eventHotKeys() override { return m_hotKeys.get(); }
     platform::NSStatusBar* statusBar() override { return m_statusBar.get(); }
     platform::SymbolicHotKeys* symbolicHotKeys() override { return &m_systemShortcuts; }
+    std::unique_ptr<platform::SPUStandardUpdaterController> makeStandardUpdaterController(
+        platform::StartingUpdater startingUpdater, std::weak_ptr<platform::SPUUpdaterDelegate> delegate) override
+    {
+        // One world for all controllers: they replace the same app.
+        if (!m_updates) {
+            m_updates = std::make_unique<LinuxUpdates>(LinuxUpdates::Surroundings { *m_loop, m_mainQueue, m_clock,
+                                                           m_bundles, m_workspace, m_appName, Bus::sessionAddress() },
+                log("updates"));
+        }
+        return std::make_unique<StandardUpdaterController>(
+            std::make_shared<Updater>(*m_updates, m_updates->userDriver(), log("updates"), std::move(delegate)),
+            startingUpdater);
+    }
     platform::NSEventMonitors& eventMonitors() override
     {
         if (m_x11)
@@ -209,12 +225,12 @@ private:
         m_hotKeys = std::make_unique<LinuxHotKeys>(std::move(session), *m_loop, m_mainQueue, log("hotkeys"));
     }
 
-    void makeStatusBar(LinuxOptions const& options)
+    void makeStatusBar()
     {
         LinuxStatusBar::Options bar;
         bar.busAddress = Bus::sessionAddress();
         bar.id = m_subsystem;
-        bar.title = options.appName.value_or(m_subsystem.substr(m_subsystem.rfind('.') + 1));
+        bar.title = m_appName;
         bar.renderings = [this](platform::NSImage const& image) { return renderings(image); };
         bar.x11 = m_x11.get();
         m_statusBar = std::make_unique<LinuxStatusBar>(*m_loop, std::move(bar), log("statusitem"));
@@ -260,6 +276,7 @@ private:
     Animator m_animator;
     LinuxApplication m_application;
     std::string m_subsystem;
+    std::string m_appName;
     Hostname m_hostname;
     MachineInfo m_machineInfo;
     FileSystem m_fileSystem;
@@ -274,6 +291,7 @@ private:
     SystemShortcuts m_systemShortcuts;
     std::unique_ptr<LinuxHotKeys> m_hotKeys;
     std::unique_ptr<LinuxStatusBar> m_statusBar;
+    std::unique_ptr<LinuxUpdates> m_updates;
     // Last, so that its work has ended before anything that it uses.
     SerialQueue m_background { "hotkeys" };
 };

@@ -1,5 +1,8 @@
 #include "backends/memory/Memory.h"
 
+#include "backends/shared/StandardUpdaterController.h"
+#include "platform/log/OSLog.h"
+
 #include <algorithm>
 
 namespace backends {
@@ -134,6 +137,14 @@ std::unique_ptr<platform::Queue> MemoryPlatform::makeSerialQueue(std::string con
 }
 
 std::unique_ptr<platform::NSOpenPanel> MemoryPlatform::makeOpenPanel() { return std::make_unique<OpenPanel>(*this); }
+
+std::unique_ptr<platform::SPUStandardUpdaterController> MemoryPlatform::makeStandardUpdaterController(
+    platform::StartingUpdater startingUpdater, std::weak_ptr<platform::SPUUpdaterDelegate> delegate)
+{
+    auto updater = std::make_shared<Updater>(
+        m_updates, m_updates, platform::OSLog(m_log, "memory", "updates"), std::move(delegate));
+    return std::make_unique<StandardUpdaterController>(std::move(updater), startingUpdater);
+}
 
 std::shared_ptr<platform::NSEventMonitor> MemoryPlatform::Monitors::addLocalMonitorForEventsMatchingMask(
     platform::EventMask mask, std::set<std::uint16_t> keyCodes, Handler handler)

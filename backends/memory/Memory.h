@@ -7,6 +7,7 @@
 #include "backends/memory/MemoryStatusBar.h"
 #include "backends/memory/MemorySymbolicHotKeys.h"
 #include "backends/memory/MemoryTime.h"
+#include "backends/memory/MemoryUpdates.h"
 #include "backends/memory/MemoryWindow.h"
 #include "backends/shared/Animator.h"
 #include "platform/Platform.h"
@@ -68,6 +69,8 @@ public:
     MemoryHotKeys& hotKeys() { return m_hotKeys; }
     // A world without them has no shortcuts of the system either: both are lent as null.
     void setHasHotKeys(bool hasHotKeys) { m_hasHotKeys = hasHotKeys; }
+    // The feed, the installed version and the user's answers.
+    MemoryUpdates& updates() { return m_updates; }
     // A world without a status bar lends null.
     void setHasStatusBar(bool hasStatusBar) { m_hasStatusBar = hasStatusBar; }
 
@@ -115,6 +118,8 @@ public:
     MemoryHotKeys* eventHotKeys() override { return m_hasHotKeys ? &m_hotKeys : nullptr; }
     MemoryStatusBar* statusBar() override { return m_hasStatusBar ? &m_statusBar : nullptr; }
     MemorySymbolicHotKeys* symbolicHotKeys() override { return m_hasHotKeys ? &m_symbolicHotKeys : nullptr; }
+    std::unique_ptr<platform::SPUStandardUpdaterController> makeStandardUpdaterController(
+        platform::StartingUpdater startingUpdater, std::weak_ptr<platform::SPUUpdaterDelegate> delegate) override;
 
 private:
     struct Log : platform::LogSink {
@@ -215,6 +220,7 @@ private:
     bool m_hasHotKeys = true;
     MemoryStatusBar m_statusBar { m_ledger };
     bool m_hasStatusBar = true;
+    MemoryUpdates m_updates { m_ledger, m_mainQueue, m_bundles };
     std::vector<std::weak_ptr<MemoryQueue>> m_serialQueues;
     std::optional<platform::NSScreen> m_screen;
     std::deque<PanelAnswer> m_panelAnswers;

@@ -80,10 +80,15 @@ TEST_F(Loading, AHostFindsThePlugInAndBringsItToLife)
     EXPECT_EQ(controller->classDescription()->name, "PaneweldAppKitController");
 }
 
-TEST_F(Loading, TheUpdaterIsAbsentAndTheRestStillWorks)
+TEST_F(Loading, TheUpdaterIsMadeByNameAndStarted)
 {
     auto const host = start();
-    EXPECT_EQ(NSBundle::updateController(*host->plugin()), nullptr);
+    auto const updater = NSBundle::updateController(*host->plugin());
+    ASSERT_TRUE(updater);
+    EXPECT_EQ(platform::perform(*updater, "canCheckForUpdates"), platform::Value(false));
+    // This program says nowhere which version it is, so it has no updates.
+    EXPECT_TRUE(platform::perform(*updater, "startUpdater"));
+    EXPECT_EQ(platform::perform(*updater, "canCheckForUpdates"), platform::Value(false));
     EXPECT_TRUE(NSBundle::appKitController(*host->plugin()));
 }
 
