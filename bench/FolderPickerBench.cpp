@@ -37,7 +37,7 @@ public:
         // A call wakes it.
         sd_bus* bus = nullptr;
         sd_bus_open_user(&bus);
-        sd_bus_call_method(bus, service, object, "bench", "End", nullptr, nullptr, "");
+        sd_bus_call_method(bus, service, object, "app.bench", "End", nullptr, nullptr, "");
         sd_bus_flush_close_unref(bus);
         m_thread.join();
     }
@@ -65,7 +65,8 @@ private:
     {
         auto& self = *static_cast<Portal*>(context);
         if (!sd_bus_message_is_method_call(message, nullptr, "OpenFile"))
-            return sd_bus_message_is_method_call(message, "bench", "End") ? sd_bus_reply_method_return(message, "") : 0;
+            return sd_bus_message_is_method_call(message, "app.bench", "End") ? sd_bus_reply_method_return(message, "")
+                                                                              : 0;
         self.m_calledAt = Clock::now();
         std::string sender = sd_bus_message_get_sender(message) + 1;
         std::replace(sender.begin(), sender.end(), '.', '_');
@@ -96,12 +97,18 @@ private:
     std::thread m_thread;
 };
 
+Portal const& thePortal()
+{
+    static Portal const portal;
+    return portal;
+}
+
 double seconds(Clock::duration time) { return std::chrono::duration<double>(time).count(); }
 
 void requestToPortal(benchmark::State& state)
 {
     static auto const world = backends::makeLinuxPlatform({}).take();
-    Portal const portal;
+    auto const& portal = thePortal();
     for (auto _ : state) {
         auto const panel = world->makeOpenPanel();
         panel->canChooseDirectories = true;
@@ -115,7 +122,7 @@ void requestToPortal(benchmark::State& state)
 // A bare client that does nothing else.
 void requestToPortalFloor(benchmark::State& state)
 {
-    Portal const portal;
+    auto const& portal = thePortal();
     for (auto _ : state) {
         auto const start = Clock::now();
         sd_bus* bus = nullptr;
