@@ -2,20 +2,23 @@
 
 #include "backends/linux/LinuxApplication.h"
 #include "backends/linux/LinuxHotKeys.h"
+#include "backends/linux/LinuxOpenPanel.h"
 #include "backends/linux/LinuxStatusBar.h"
 #include "backends/linux/LinuxUpdates.h"
+#include "backends/linux/LinuxWorkspace.h"
 #include "backends/linux/SystemShortcuts.h"
 #include "backends/linux/dbus/Hostname.h"
 #include "backends/linux/host/BundleDirectory.h"
 #include "backends/linux/host/FileSystem.h"
+#include "backends/linux/host/FolderBookmarks.h"
 #include "backends/linux/host/IconRenderings.h"
 #include "backends/linux/host/MachineInfo.h"
 #include "backends/linux/host/StandardErrorLog.h"
-#include "backends/linux/host/Workspace.h"
 #include "backends/linux/loop/DisplayTicker.h"
 #include "backends/linux/loop/EventLoop.h"
 #include "backends/linux/loop/MainQueue.h"
 #include "backends/linux/loop/MonotonicClock.h"
+#include "backends/linux/loop/NestedLoop.h"
 #include "backends/linux/loop/SerialQueue.h"
 #include "backends/linux/x11/KeyLabel.h"
 #include "backends/linux/x11/X11World.h"
@@ -72,7 +75,11 @@ public:
         , m_appName(options.appName.value_or(m_subsystem.substr(m_subsystem.rfind('.') + 1)))
         , m_hostname(*m_loop, Bus::systemAddress())
         , m_machineInfo({}, [this] { return m_hostname.prettyName(); })
-        , m_workspace(*m_loop, log("workspace"))
+        , m_nestedLoop(*m_loop)
+        , m_folderDialogs(*m_loop, m_nestedLoop, folderDialogs(options), log("picker"))
+        , m_workspace(*m_loop,
+              { Bus::sessionAddress(), options.bundleIdentifier.value_or(""), [this] { return keyWindow(); } },
+              log("workspace"))
         , m_bundleDirectory(log("bundle"))
         , m_bundles(m_bundleDirectory)
         , m_systemShortcuts(
@@ -97,6 +104,11 @@ public:
     platform::HostInfo& hostInfo() override { return m_machineInfo; }
     platform::NSApplication& application() override { return m_application; }
     platform::NSAnimationContext& animationContext() override { return m_animator; }
+    std::unique_ptr<platform::NSOpenPanel> makeOpenPanel() override
+    {
+        return std::make_unique<LinuxOpenPanel>(m_folderDialogs);
+    }
+    platform::Bookmarks* bookmarks() override { return &m_bookmarks; }
     platform::NSWorkspace* workspace() override { return &m_workspace; }
     platform::EventHotKeys* eventHotKeys() override { return m_hotKeys.get(); }
     platform::NSStatusBar* statusBar() override { return m_statusBar.get(); }
@@ -170,6 +182,8 @@ public:
         if (m_x11)
             m_x11->eventMonitors().setComposingText(isComposing);
     }
+    void setNestedIteration(std::function<void()> iterate) override { m_nestedLoop.setIteration(std::move(iterate)); }
+    bool hasNestedIteration() const override { return m_nestedLoop.hasIteration(); }
     void setTerminateHandler(std::function<void()> handler) override
     {
         m_application.setTerminateHandler(std::move(handler));
@@ -237,6 +251,23 @@ private:
         return m_x11 ? m_x11->keyboard().map()->virtualKeyCodes(keysym) : std::vector<std::uint16_t> {};
     }
 
+    FolderDialogs::Options folderDialogs(LinuxOptions const& options)
+    {
+        auto const ifX11 = [this](auto work) {
+            if (m_x11)
+                work(*m_x11);
+        };
+        return { Bus::sessionAddress(), options.bundleIdentifier.value_or(""), [this] { return keyWindow(); },
+            [ifX11](auto parent) { ifX11([parent](X11World& world) { world.makeWayForDialog(parent); }); },
+            [ifX11] { ifX11([](X11World& world) { world.dialogHasClosed(); }); } };
+    }
+
+    std::optional<std::uint32_t> keyWindow() const
+    {
+        auto const key = m_application.keyWindow();
+        return key ? x11Window(*key) : std::nullopt;
+    }
+
     std::unique_ptr<EventLoop> m_loop;
     StandardErrorLog m_log;
     MonotonicClock m_clock;
@@ -249,7 +280,10 @@ private:
     Hostname m_hostname;
     MachineInfo m_machineInfo;
     FileSystem m_fileSystem;
-    Workspace m_workspace;
+    NestedLoop m_nestedLoop;
+    FolderDialogs m_folderDialogs;
+    LinuxWorkspace m_workspace;
+    FolderBookmarks m_bookmarks;
     BundleDirectory m_bundleDirectory;
     platform::Bundles m_bundles;
     NoEventMonitors m_noMonitors;

@@ -162,7 +162,19 @@ URL MemoryPlatform::Files::homeDirectoryForCurrentUser() const
 bool MemoryPlatform::Workspace::openURL(URL const& url)
 {
     ledger.note("open " + url.absoluteString());
+    later.async([this, url, outcome = error] { reportDidOpen(url, outcome); });
     return true;
+}
+
+Result<platform::Data> MemoryPlatform::GrantedFolders::bookmarkData(URL const& url, platform::BookmarkCreationOptions)
+{
+    ledger.note("bookmark " + url.absoluteString());
+    if (!url.isFileURL())
+        return NSError { "Bookmarks", 22, "no file: " + url.absoluteString() };
+    // No text that a test would use.
+    platform::Data data { { 0xB0, static_cast<std::uint8_t>(facts.size()) } };
+    facts[data.bytes] = { url, true };
+    return data;
 }
 
 Result<URL> MemoryPlatform::GrantedFolders::resolve(
@@ -181,6 +193,14 @@ bool MemoryPlatform::GrantedFolders::startAccessingSecurityScopedResource(URL co
         [&](auto const& fact) { return fact.second.resolvesTo == url && fact.second.grantsAccess; });
     ledger.note("start accessing " + url.absoluteString() + (grants ? "" : " refused"));
     return grants;
+}
+
+void MemoryPlatform::GrantedFolders::move(URL const& from, std::optional<URL> const& to)
+{
+    for (auto& [data, fact] : facts) {
+        if (fact.resolvesTo == from)
+            fact.resolvesTo = to;
+    }
 }
 
 void MemoryPlatform::GrantedFolders::stopAccessingSecurityScopedResource(URL const& url)

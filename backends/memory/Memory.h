@@ -92,6 +92,11 @@ public:
     {
         m_bookmarks.facts[data.bytes] = std::move(facts);
     }
+    // What was bookmarked is renamed, or removed for good.
+    void renameFile(platform::URL const& from, platform::URL const& to) { m_bookmarks.move(from, to); }
+    void removeFile(platform::URL const& url) { m_bookmarks.move(url, std::nullopt); }
+    // Why addresses cannot be opened from now on; absent: they can.
+    void setOpenError(std::optional<platform::NSError> error) { m_workspace.error = std::move(error); }
     void setReadable(std::string path) { m_fileManager.readable.insert(std::move(path)); }
     void setLocalizedHostName(std::optional<std::string> name) { m_hostInfo.name = std::move(name); }
     void setMachineModel(std::optional<std::string> model) { m_hostInfo.model = std::move(model); }
@@ -166,12 +171,15 @@ private:
     };
 
     struct Workspace : platform::NSWorkspace {
-        explicit Workspace(Ledger& toldLedger)
+        Workspace(Ledger& toldLedger, platform::Queue& laterQueue)
             : ledger(toldLedger)
+            , later(laterQueue)
         {
         }
         bool openURL(platform::URL const& url) override;
         Ledger& ledger;
+        platform::Queue& later;
+        std::optional<platform::NSError> error {};
     };
 
     struct GrantedFolders : platform::Bookmarks {
@@ -179,10 +187,13 @@ private:
             : ledger(toldLedger)
         {
         }
+        platform::Result<platform::Data> bookmarkData(
+            platform::URL const& url, platform::BookmarkCreationOptions options) override;
         platform::Result<platform::URL> resolve(
             platform::Data const& bookmark, platform::BookmarkResolutionOptions options) override;
         bool startAccessingSecurityScopedResource(platform::URL const& url) override;
         void stopAccessingSecurityScopedResource(platform::URL const& url) override;
+        void move(platform::URL const& from, std::optional<platform::URL> const& to);
 
         Ledger& ledger;
         std::map<std::vector<std::uint8_t>, BookmarkFacts> facts {};
@@ -202,7 +213,7 @@ private:
     Monitors m_monitors;
     Files m_fileManager;
     Machine m_hostInfo;
-    Workspace m_workspace { m_ledger };
+    Workspace m_workspace { m_ledger, m_mainQueue };
     GrantedFolders m_bookmarks { m_ledger };
     MemoryHotKeys m_hotKeys { m_ledger, m_mainQueue };
     MemorySymbolicHotKeys m_symbolicHotKeys;
