@@ -28,7 +28,8 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     circumstances.systemVersion = "6.1";
     circumstances.isUserInitiated = true;
     auto const chosen = chooseUpdate(feed.value(), circumstances);
-    if (chosen && (compareVersions(chosen->version, "1.0") <= 0 || (chosen->url.empty() && chosen->link.empty())))
+    if (chosen
+        && (backends::compareVersions(chosen->version, "1.0") <= 0 || (chosen->url.empty() && chosen->link.empty())))
         __builtin_trap();
     return 0;
 }

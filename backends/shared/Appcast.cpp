@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace backends {
 
@@ -120,7 +121,8 @@ platform::Result<UpdateItem> itemFrom(XMLElement const& element)
 {
     UpdateItem item;
     item.title = textOf(element, "title");
-    item.link = textOf(element, "link");
+    if (auto link = textOf(element, "link"); isWebAddress(link))
+        item.link = std::move(link);
     auto const problem = readEnclosure(element, item);
     if (problem)
         return NSError { "Updates", 1, "an item of the feed " + *problem };
@@ -133,8 +135,6 @@ platform::Result<UpdateItem> itemFrom(XMLElement const& element)
     item.channel = textOf(element, sparkle("channel"));
     if (!isChannelName(item.channel))
         return NSError { "Updates", 3, "an item of the feed has a channel with an odd name" };
-    if (!item.link.empty() && !isWebAddress(item.link))
-        item.link.clear();
     item.releaseNotesURL = textOf(element, sparkle("releaseNotesLink"));
     item.minimumSystemVersion = textOf(element, sparkle("minimumSystemVersion"));
     item.maximumSystemVersion = textOf(element, sparkle("maximumSystemVersion"));

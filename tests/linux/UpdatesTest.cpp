@@ -139,6 +139,7 @@ TEST_F(UpdatesTest, ADownloadIsCancelledFromItsNotice)
     desktop.press("cancel");
     pumpUntil([&] { return desktop.open().empty() && app->leftovers().empty(); });
     EXPECT_EQ(app->start(), "1.0");
+    startInstalled();
     release("2.0", key, {});
     updateTo("2.0");
 }

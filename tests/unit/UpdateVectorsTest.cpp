@@ -293,6 +293,10 @@ TEST(Appcast, OneBadItemFailsTheFeed)
     EXPECT_FALSE(fails(good));
     for (auto const* url : { "ftp://h/a", "file:///a", "https://", "a.zip", "https://h/\na", "javascript:a" })
         EXPECT_TRUE(fails(itemOf({ { "version", "1" }, { "url", url } }))) << url;
+    odd.children.back() = element("link", "mailto:a@h");
+    EXPECT_TRUE(fails(odd));
+    odd.children.back() = element("link", "https://h/");
+    EXPECT_FALSE(fails(odd));
     odd.children.push_back(element(std::string(sparkle) + "channel", "be ta"));
     EXPECT_TRUE(fails(odd));
     odd = good;
