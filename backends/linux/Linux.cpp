@@ -2,6 +2,7 @@
 
 #include "backends/linux/LinuxApplication.h"
 #include "backends/linux/LinuxHotKeys.h"
+#include "backends/linux/LinuxMail.h"
 #include "backends/linux/LinuxStatusBar.h"
 #include "backends/linux/SystemShortcuts.h"
 #include "backends/linux/dbus/Hostname.h"
@@ -9,6 +10,7 @@
 #include "backends/linux/host/FileSystem.h"
 #include "backends/linux/host/IconRenderings.h"
 #include "backends/linux/host/MachineInfo.h"
+#include "backends/linux/host/ScriptEngine.h"
 #include "backends/linux/host/StandardErrorLog.h"
 #include "backends/linux/host/Workspace.h"
 #include "backends/linux/loop/DisplayTicker.h"
@@ -27,6 +29,7 @@
 #include <limits>
 #include <set>
 #include <string_view>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -70,6 +73,7 @@ public:
         , m_hostname(*m_loop, Bus::systemAddress())
         , m_machineInfo({}, [this] { return m_hostname.prettyName(); })
         , m_workspace(*m_loop, log("workspace"))
+        , m_mail(*m_loop, m_mainQueue, mailOptions(options), log("mail"))
         , m_bundleDirectory(log("bundle"))
         , m_bundles(m_bundleDirectory)
         , m_systemShortcuts(
@@ -89,12 +93,14 @@ public:
     {
         return std::make_unique<SerialQueue>(label);
     }
+    void sleepForTimeInterval(platform::Seconds interval) override { std::this_thread::sleep_for(interval); }
     platform::Bundles& bundles() override { return m_bundles; }
     platform::FileManager& fileManager() override { return m_fileSystem; }
     platform::HostInfo& hostInfo() override { return m_machineInfo; }
     platform::NSApplication& application() override { return m_application; }
     platform::NSAnimationContext& animationContext() override { return m_animator; }
     platform::NSWorkspace* workspace() override { return &m_workspace; }
+    platform::NSAppleScripts* appleScripts() override { return &m_scripts; }
     platform::EventHotKeys* eventHotKeys() override { return m_hotKeys.get(); }
     platform::NSStatusBar* statusBar() override { return m_statusBar.get(); }
     platform::SymbolicHotKeys* symbolicHotKeys() override { return &m_systemShortcuts; }
@@ -195,6 +201,14 @@ private:
         m_hotKeys = std::make_unique<LinuxHotKeys>(std::move(session), *m_loop, m_mainQueue, log("hotkeys"));
     }
 
+    static LinuxMail::Options mailOptions(LinuxOptions const& options)
+    {
+        LinuxMail::Options mail;
+        mail.busAddress = Bus::sessionAddress();
+        mail.appID = options.bundleIdentifier.value_or("");
+        return mail;
+    }
+
     void makeStatusBar(LinuxOptions const& options)
     {
         LinuxStatusBar::Options bar;
@@ -233,6 +247,8 @@ private:
     MachineInfo m_machineInfo;
     FileSystem m_fileSystem;
     Workspace m_workspace;
+    LinuxMail m_mail;
+    ScriptEngine m_scripts { m_mail.functions() };
     BundleDirectory m_bundleDirectory;
     platform::Bundles m_bundles;
     NoEventMonitors m_noMonitors;
