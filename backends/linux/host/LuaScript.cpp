@@ -169,15 +169,15 @@ std::optional<NSAppleEventDescriptor> LuaScript::executeAppleEvent(
     m_arguments = arguments ? *arguments : NSAppleEventDescriptor();
     m_isHandlerFound = false;
     std::optional<NSAppleEventDescriptor> reply;
-    if (run(callHandler, errorInfo))
+    bool const hasRun = run(callHandler, errorInfo);
+    if (hasRun && m_isHandlerFound)
         reply = readDescriptor(m_lua, m_state, -1);
     pop(1);
     m_arguments = {};
-    if (m_isHandlerFound || m_isOutOfTime)
-        return reply;
-    errorInfo = { { platform::NSAppleScriptErrorMessage, "the script has no handler " + m_handler },
-        { platform::NSAppleScriptErrorNumber, platform::errAEEventNotHandled } };
-    return std::nullopt;
+    if (hasRun && !m_isHandlerFound)
+        errorInfo = { { platform::NSAppleScriptErrorMessage, "the script has no handler " + m_handler },
+            { platform::NSAppleScriptErrorNumber, platform::errAEEventNotHandled } };
+    return reply;
 }
 
 bool LuaScript::pushHandler()
@@ -186,9 +186,9 @@ bool LuaScript::pushHandler()
     m_lua.lua_pushnil(m_state);
     while (m_lua.lua_next(m_state, -2)) {
         std::size_t length = 0;
-        bool const isFunction
-            = m_lua.lua_type(m_state, -2) == LUA_TSTRING && m_lua.lua_type(m_state, -1) == LUA_TFUNCTION;
-        if (isFunction && isSameName(m_lua.lua_tolstring(m_state, -2, &length), length, m_handler))
+        bool const hasText = m_lua.lua_type(m_state, -2) == LUA_TSTRING;
+        auto const* const name = hasText ? m_lua.lua_tolstring(m_state, -2, &length) : nullptr;
+        if (name && m_lua.lua_type(m_state, -1) == LUA_TFUNCTION && isSameName(name, length, m_handler))
             return true;
         pop(1);
     }

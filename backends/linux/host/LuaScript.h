@@ -56,8 +56,9 @@ private:
     Functions const& m_functions;
     ScriptEngine::Limits const m_limits;
     std::mutex m_mutex;
-    lua_State* m_state = nullptr;
+    // Before the state, which takes of it while it is made.
     std::size_t m_usedBytes = 0;
+    lua_State* m_state = nullptr;
     Clock::time_point m_deadline {};
     bool m_isOutOfTime = false;
 
