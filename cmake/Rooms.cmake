@@ -54,11 +54,18 @@ function(paneweld_gather target)
     endforeach()
 endfunction()
 
-# Copies a folder at build time, and again when one of its files changes.
+# paneweld_copy_tree(target from to [EXCEPT file...]): copies a folder at build time, and again when one of its files
+# changes.
 function(paneweld_copy_tree target from to)
+    cmake_parse_arguments(TREE "" "" "EXCEPT" ${ARGN})
+    list(TRANSFORM TREE_EXCEPT PREPEND ${to}/)
+    if(TREE_EXCEPT)
+        set(drop COMMAND ${CMAKE_COMMAND} -E rm -f ${TREE_EXCEPT})
+    endif()
     file(GLOB_RECURSE files CONFIGURE_DEPENDS ${from}/*)
     add_custom_command(OUTPUT ${to}/.copied
         COMMAND ${CMAKE_COMMAND} -E copy_directory ${from} ${to}
+        ${drop}
         COMMAND ${CMAKE_COMMAND} -E touch ${to}/.copied
         DEPENDS ${files})
     add_custom_target(${target} ALL DEPENDS ${to}/.copied)

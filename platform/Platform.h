@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/appkit/Forward.h"
+#include "platform/dispatch/Clock.h"
 #include "platform/foundation/Forward.h"
 
 #include <memory>
@@ -10,11 +11,11 @@
 namespace platform {
 
 class Bookmarks;
-class Clock;
 class EventHotKeys;
 class FileManager;
 class HostInfo;
 class LogSink;
+class NSAppleScripts;
 class Queue;
 class SPUStandardUpdaterController;
 class SPUUpdaterDelegate;
@@ -22,7 +23,8 @@ class SymbolicHotKeys;
 enum class StartingUpdater;
 
 // The lender of everything that needs a world: one object of a backend, chosen at start and alive to the end. A
-// service that a world does not have is lent as null. Main thread only, but for the log and the queues.
+// service that a world does not have is lent as null. Main thread only, but for the log, the queues, sleeping and
+// scripts.
 class Platform {
 public:
     virtual ~Platform() = default;
@@ -38,6 +40,9 @@ public:
     virtual Clock& clock() = 0;
     virtual Queue& mainQueue() = 0;
     virtual std::unique_ptr<Queue> makeSerialQueue(std::string const& label) = 0;
+    // Holds up the serial queue whose work calls it (NSThread). The last thing that a piece of work does: in a world
+    // whose clock is moved by hand the call returns at once, and the queue's next piece waits.
+    virtual void sleepForTimeInterval(Seconds interval) = 0;
 
     virtual Bundles& bundles() = 0;
     virtual FileManager& fileManager() = 0;
@@ -58,6 +63,7 @@ public:
     // may be null. Null where nothing can be updated.
     virtual std::unique_ptr<SPUStandardUpdaterController> makeStandardUpdaterController(
         StartingUpdater startingUpdater, std::weak_ptr<SPUUpdaterDelegate> updaterDelegate);
+    virtual NSAppleScripts* appleScripts() { return nullptr; }
 };
 
 } // namespace platform

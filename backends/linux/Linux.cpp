@@ -2,6 +2,7 @@
 
 #include "backends/linux/LinuxApplication.h"
 #include "backends/linux/LinuxHotKeys.h"
+#include "backends/linux/LinuxMail.h"
 #include "backends/linux/LinuxOpenPanel.h"
 #include "backends/linux/LinuxStatusBar.h"
 #include "backends/linux/LinuxUpdates.h"
@@ -13,6 +14,7 @@
 #include "backends/linux/host/FolderBookmarks.h"
 #include "backends/linux/host/IconRenderings.h"
 #include "backends/linux/host/MachineInfo.h"
+#include "backends/linux/host/ScriptEngine.h"
 #include "backends/linux/host/StandardErrorLog.h"
 #include "backends/linux/loop/DisplayTicker.h"
 #include "backends/linux/loop/EventLoop.h"
@@ -32,6 +34,7 @@
 #include <limits>
 #include <set>
 #include <string_view>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -80,6 +83,7 @@ public:
         , m_workspace(*m_loop,
               { Bus::sessionAddress(), options.bundleIdentifier.value_or(""), [this] { return keyWindow(); } },
               log("workspace"))
+        , m_mail(*m_loop, m_mainQueue, mailOptions(options), log("mail"))
         , m_bundleDirectory(log("bundle"))
         , m_bundles(m_bundleDirectory)
         , m_systemShortcuts(
@@ -99,6 +103,7 @@ public:
     {
         return std::make_unique<SerialQueue>(label);
     }
+    void sleepForTimeInterval(platform::Seconds interval) override { std::this_thread::sleep_for(interval); }
     platform::Bundles& bundles() override { return m_bundles; }
     platform::FileManager& fileManager() override { return m_fileSystem; }
     platform::HostInfo& hostInfo() override { return m_machineInfo; }
@@ -110,6 +115,7 @@ public:
     }
     platform::Bookmarks* bookmarks() override { return &m_bookmarks; }
     platform::NSWorkspace* workspace() override { return &m_workspace; }
+    platform::NSAppleScripts* appleScripts() override { return &m_scripts; }
     platform::EventHotKeys* eventHotKeys() override { return m_hotKeys.get(); }
     platform::NSStatusBar* statusBar() override { return m_statusBar.get(); }
     platform::SymbolicHotKeys* symbolicHotKeys() override { return &m_systemShortcuts; }
@@ -225,6 +231,14 @@ private:
         m_hotKeys = std::make_unique<LinuxHotKeys>(std::move(session), *m_loop, m_mainQueue, log("hotkeys"));
     }
 
+    static LinuxMail::Options mailOptions(LinuxOptions const& options)
+    {
+        LinuxMail::Options mail;
+        mail.busAddress = Bus::sessionAddress();
+        mail.appID = options.bundleIdentifier.value_or("");
+        return mail;
+    }
+
     void makeStatusBar()
     {
         LinuxStatusBar::Options bar;
@@ -284,6 +298,8 @@ private:
     FolderDialogs m_folderDialogs;
     LinuxWorkspace m_workspace;
     FolderBookmarks m_bookmarks;
+    LinuxMail m_mail;
+    ScriptEngine m_scripts { m_mail.functions() };
     BundleDirectory m_bundleDirectory;
     platform::Bundles m_bundles;
     NoEventMonitors m_noMonitors;

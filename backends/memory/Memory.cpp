@@ -82,17 +82,18 @@ MemoryPlatform& MemoryPlatform::install()
 void MemoryPlatform::settle()
 {
     auto const isIdle = [&] {
-        return m_mainQueue.isEmpty() && std::all_of(m_serialQueues.begin(), m_serialQueues.end(), [](auto const& weak) {
-            auto const queue = weak.lock();
-            return !queue || queue->isEmpty();
-        });
+        return m_mainQueue.isIdle(m_clock.now())
+            && std::all_of(m_serialQueues.begin(), m_serialQueues.end(), [&](auto const& weak) {
+                   auto const queue = weak.lock();
+                   return !queue || queue->isIdle(m_clock.now());
+               });
     };
     while (!isIdle()) {
-        m_mainQueue.runTurn();
+        m_mainQueue.runTurn(m_clock.now());
         auto const serialQueues = m_serialQueues;
         for (auto const& weak : serialQueues) {
             if (auto const queue = weak.lock())
-                queue->runTurn();
+                queue->runTurn(m_clock.now());
         }
     }
 }
@@ -134,6 +135,14 @@ std::unique_ptr<platform::Queue> MemoryPlatform::makeSerialQueue(std::string con
     auto work = std::make_shared<MemoryQueue>();
     m_serialQueues.push_back(work);
     return std::make_unique<SerialQueue>(std::move(work));
+}
+
+void MemoryPlatform::sleepForTimeInterval(Seconds interval)
+{
+    for (auto const& weak : m_serialQueues) {
+        if (auto const queue = weak.lock(); queue && queue->isRunning())
+            queue->sleepUntil(m_clock.now() + interval);
+    }
 }
 
 std::unique_ptr<platform::NSOpenPanel> MemoryPlatform::makeOpenPanel() { return std::make_unique<OpenPanel>(*this); }

@@ -4,6 +4,7 @@
 #include "backends/memory/MemoryBundleFiles.h"
 #include "backends/memory/MemoryHotKeys.h"
 #include "backends/memory/MemoryPasteboard.h"
+#include "backends/memory/MemoryScripts.h"
 #include "backends/memory/MemoryStatusBar.h"
 #include "backends/memory/MemorySymbolicHotKeys.h"
 #include "backends/memory/MemoryTime.h"
@@ -97,6 +98,10 @@ public:
     void removeFile(platform::URL const& url) { m_bookmarks.move(url, std::nullopt); }
     // Why addresses cannot be opened from now on; absent: they can.
     void setOpenError(std::optional<platform::NSError> error) { m_workspace.error = std::move(error); }
+    // What the scripts of this world do.
+    MemoryScripts& scripts() { return m_scripts; }
+    // A world without them lends null.
+    void setHasScripts(bool hasScripts) { m_hasScripts = hasScripts; }
     void setReadable(std::string path) { m_fileManager.readable.insert(std::move(path)); }
     void setLocalizedHostName(std::optional<std::string> name) { m_hostInfo.name = std::move(name); }
     void setMachineModel(std::optional<std::string> model) { m_hostInfo.model = std::move(model); }
@@ -105,6 +110,7 @@ public:
     platform::Clock& clock() override { return m_clock; }
     platform::Queue& mainQueue() override { return m_mainQueue; }
     std::unique_ptr<platform::Queue> makeSerialQueue(std::string const& label) override;
+    void sleepForTimeInterval(platform::Seconds interval) override;
     platform::Bundles& bundles() override { return m_bundles; }
     platform::FileManager& fileManager() override { return m_fileManager; }
     platform::HostInfo& hostInfo() override { return m_hostInfo; }
@@ -115,6 +121,7 @@ public:
     std::unique_ptr<platform::NSOpenPanel> makeOpenPanel() override;
     platform::NSWorkspace* workspace() override { return &m_workspace; }
     platform::Bookmarks* bookmarks() override { return &m_bookmarks; }
+    MemoryScripts* appleScripts() override { return m_hasScripts ? &m_scripts : nullptr; }
     MemoryHotKeys* eventHotKeys() override { return m_hasHotKeys ? &m_hotKeys : nullptr; }
     MemoryStatusBar* statusBar() override { return m_hasStatusBar ? &m_statusBar : nullptr; }
     MemorySymbolicHotKeys* symbolicHotKeys() override { return m_hasHotKeys ? &m_symbolicHotKeys : nullptr; }
@@ -221,6 +228,8 @@ private:
     MemoryStatusBar m_statusBar { m_ledger };
     bool m_hasStatusBar = true;
     MemoryUpdates m_updates { m_ledger, m_mainQueue, m_bundles };
+    MemoryScripts m_scripts { m_ledger };
+    bool m_hasScripts = true;
     std::vector<std::weak_ptr<MemoryQueue>> m_serialQueues;
     std::optional<platform::NSScreen> m_screen;
     std::deque<PanelAnswer> m_panelAnswers;

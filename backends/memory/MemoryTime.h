@@ -37,18 +37,27 @@ private:
     std::function<void()> m_tick;
 };
 
-// A queue that runs when it is told to. Work that comes during a turn waits for the next one.
+// A queue that runs when it is told to. Work that comes during a turn waits for the next one, and while the queue
+// sleeps all of it waits.
 class MemoryQueue : public platform::Queue {
 public:
     void async(std::function<void()> work) override;
 
-    bool isEmpty() const;
-    // Runs what was there when the turn began.
-    void runTurn();
+    // Nothing to do, or asleep.
+    bool isIdle(platform::Seconds now) const;
+    // Runs what was there when the turn began, until a piece of it puts the queue to sleep.
+    void runTurn(platform::Seconds now);
+
+    bool isRunning() const { return m_isRunning; }
+    void sleepUntil(platform::Seconds time) { m_wakingTime = time; }
 
 private:
+    bool isAsleep(platform::Seconds now) const;
+
     mutable std::mutex m_mutex;
     std::deque<std::function<void()>> m_work;
+    bool m_isRunning = false;
+    platform::Seconds m_wakingTime {};
 };
 
 } // namespace backends

@@ -119,7 +119,7 @@ TEST_F(Loading, HostAndPlugInShareOneNotificationCentre)
             .userInfo() });
     isDone.wait(false);
     ASSERT_TRUE(answer);
-    EXPECT_EQ(answer->localizedDescription, "MailHandlers.scpt not found in bundle");
+    EXPECT_EQ(answer->localizedDescription, "the script has no handler h");
 }
 
 TEST_F(Loading, TypesAreTheSameOnBothSidesOfTheBorder)

@@ -33,7 +33,7 @@ private:
 };
 
 // A connection to a message bus, carried by the loop, whose handlers run like all others of the loop. Nothing here
-// waits: a bus that is dead or silent costs nothing but the answer. Main thread only.
+// waits: a bus that is dead or silent costs nothing but the answer. For the thread of the loop only.
 class Bus {
 public:
     // The address as in the D-Bus specification, "unix:path=/run/dbus/system_bus_socket". Fails when nobody listens.

@@ -16,7 +16,7 @@ namespace backends {
 class EventLoop;
 
 // The desktop's portal on the session bus (org.freedesktop.portal.Desktop): what an app may ask the desktop for,
-// sandboxed or not. Most questions are answered by the user, who may take their time. Main thread only.
+// sandboxed or not. Most questions are answered by the user, who may take their time. For the thread of the loop only.
 class Portal {
 public:
     // Fails when there is no bus. Whether there is a portal shows with the first question. The app's identifier may be

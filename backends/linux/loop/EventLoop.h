@@ -36,8 +36,8 @@ private:
 };
 
 // Everything that a backend waits for, behind one descriptor that any other loop can carry. Handlers run from dispatch
-// and never inside the waiting itself, so that a handler may run a nested loop which dispatches again. Main thread
-// only, but for wakeUp.
+// and never inside the waiting itself, so that a handler may run a nested loop which dispatches again. For the thread
+// that made it, which is the main thread but for short errands elsewhere; wakeUp for any.
 class EventLoop {
 public:
     static platform::Result<std::unique_ptr<EventLoop>> create();
