@@ -11,7 +11,7 @@
 #include "backends/linux/host/IconRenderings.h"
 #include "backends/linux/host/MachineInfo.h"
 #include "backends/linux/host/ScriptEngine.h"
-#include "backends/linux/host/StandardErrorLog.h"
+#include "backends/linux/host/SystemLog.h"
 #include "backends/linux/host/Workspace.h"
 #include "backends/linux/loop/DisplayTicker.h"
 #include "backends/linux/loop/EventLoop.h"
@@ -236,7 +236,7 @@ private:
     }
 
     std::unique_ptr<EventLoop> m_loop;
-    StandardErrorLog m_log;
+    SystemLog m_log;
     MonotonicClock m_clock;
     MainQueue m_mainQueue;
     DisplayTicker m_ticker;

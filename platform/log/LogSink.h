@@ -12,6 +12,10 @@ struct LogRecord {
     std::string subsystem;
     std::string category;
     std::string message;
+    // As the line was written, with the marks of its values: "opened %{public}s for %s".
+    std::string format {};
+    // A value of it is private, whether it is hidden in the message or not.
+    bool hasPrivateValues = false;
 };
 
 // Where log lines go. Any thread.

@@ -6,13 +6,15 @@ namespace {
 
 enum class Privacy { Unmarked, Public, Private };
 
-std::string textOf(LogArgument const& argument, Privacy privacy, bool showsPrivateValues)
+bool isPrivate(LogArgument const& argument, Privacy privacy)
 {
-    auto const* const text = std::get_if<std::string>(&argument);
-    bool const isPrivate = privacy == Privacy::Private || (privacy == Privacy::Unmarked && text != nullptr);
-    if (isPrivate && !showsPrivateValues)
-        return "<private>";
-    if (text)
+    bool const isText = std::holds_alternative<std::string>(argument);
+    return privacy == Privacy::Private || (privacy == Privacy::Unmarked && isText);
+}
+
+std::string textOf(LogArgument const& argument)
+{
+    if (auto const* const text = std::get_if<std::string>(&argument))
         return *text;
     return std::visit(
         [](auto const& value) -> std::string {
@@ -36,17 +38,15 @@ Privacy takePrivacy(std::string_view& rest)
     return mark == "public" ? Privacy::Public : Privacy::Private;
 }
 
-} // namespace
+struct Text {
+    std::string message {};
+    bool hasPrivateValues = false;
+};
 
-char const* nameOf(LogLevel level)
+Text composed(std::string_view format, std::initializer_list<LogArgument> arguments, bool showsPrivateValues)
 {
-    constexpr char const* names[] = { "debug", "info", "default", "error", "fault" };
-    return names[static_cast<int>(level)];
-}
-
-std::string logMessage(std::string_view format, std::initializer_list<LogArgument> arguments, bool showsPrivateValues)
-{
-    std::string message;
+    Text text;
+    auto& message = text.message;
     auto argument = arguments.begin();
     for (auto rest = format; !rest.empty();) {
         auto const percent = rest.find('%');
@@ -65,17 +65,36 @@ std::string logMessage(std::string_view format, std::initializer_list<LogArgumen
             rest.remove_prefix(1);
         if (!rest.empty())
             rest.remove_prefix(1);
-        if (argument != arguments.end())
-            message += textOf(*argument++, privacy, showsPrivateValues);
+        if (argument == arguments.end())
+            continue;
+        bool const isSecret = isPrivate(*argument, privacy);
+        text.hasPrivateValues |= isSecret;
+        message += isSecret && !showsPrivateValues ? "<private>" : textOf(*argument);
+        ++argument;
     }
-    return message;
+    return text;
+}
+
+} // namespace
+
+char const* nameOf(LogLevel level)
+{
+    constexpr char const* names[] = { "debug", "info", "default", "error", "fault" };
+    return names[static_cast<int>(level)];
+}
+
+std::string logMessage(std::string_view format, std::initializer_list<LogArgument> arguments, bool showsPrivateValues)
+{
+    return composed(format, arguments, showsPrivateValues).message;
 }
 
 void OSLog::write(LogLevel level, std::string_view format, std::initializer_list<LogArgument> arguments) const
 {
     if (!m_sink->accepts(level))
         return;
-    m_sink->write({ level, m_subsystem, m_category, logMessage(format, arguments, m_sink->showsPrivateValues()) });
+    auto text = composed(format, arguments, m_sink->showsPrivateValues());
+    m_sink->write(
+        { level, m_subsystem, m_category, std::move(text.message), std::string(format), text.hasPrivateValues });
 }
 
 } // namespace platform

@@ -1,10 +1,12 @@
 #include "backends/linux/host/StandardErrorLog.h"
 
 #include <cerrno>
+#include <climits>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <poll.h>
 #include <pthread.h>
 #include <string_view>
 #include <unistd.h>
@@ -14,6 +16,10 @@ namespace backends {
 using platform::LogLevel;
 
 namespace {
+
+// What a pipe that is ready takes without blocking (pipe(7)).
+constexpr std::size_t longestLine = PIPE_BUF;
+constexpr std::string_view cutMark = "...";
 
 // A line is a line: what would break it, or the terminal, is written as an escape.
 void appendEscaped(std::string& line, std::string_view text)
@@ -63,9 +69,10 @@ private:
 
 } // namespace
 
-StandardErrorLog::Options StandardErrorLog::optionsFromEnvironment()
+StandardErrorLog::Options StandardErrorLog::optionsFromEnvironment(LogLevel otherwise)
 {
     Options options;
+    options.level = otherwise;
     char const* level = std::getenv("PANEWELD_LOG");
     std::string_view const word = level ? level : "";
     for (auto const candidate : { LogLevel::Debug, LogLevel::Info, LogLevel::Default, LogLevel::Error }) {
@@ -93,11 +100,17 @@ void StandardErrorLog::write(platform::LogRecord const& record)
     appendEscaped(line, record.category);
     line += ' ';
     appendEscaped(line, record.message);
+    if (line.size() >= longestLine)
+        line.replace(longestLine - cutMark.size() - 1, std::string::npos, cutMark);
     line += '\n';
-    // One call, so that lines of several threads do not mix. A reader that is full or gone loses the line.
-    PipeSignalBlocked const blocked;
+    // The descriptor is the host's, so it cannot be made one that never blocks: it is asked before. What is ready takes
+    // as much as the longest line. In one call, so that lines of several threads do not mix.
     auto const errorBefore = errno;
-    [[maybe_unused]] auto const bytes = ::write(m_options.descriptor, line.data(), line.size());
+    pollfd wait { m_options.descriptor, POLLOUT, 0 };
+    bool const isReady = poll(&wait, 1, 0) == 1 && (wait.revents & POLLOUT);
+    PipeSignalBlocked const blocked;
+    if (isReady) [[maybe_unused]]
+        auto const bytes = ::write(m_options.descriptor, line.data(), line.size());
     errno = errorBefore;
 }
 

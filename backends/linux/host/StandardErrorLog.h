@@ -7,7 +7,8 @@
 
 namespace backends {
 
-// The log on standard error: one line a record, "paneweld level subsystem:category message". Any thread.
+// The log on standard error: one line a record, "paneweld level subsystem:category message". A line that nobody takes
+// at once is lost, and an overlong one is cut, so that no caller ever waits. Any thread.
 class StandardErrorLog : public platform::LogSink {
 public:
     struct Options {
@@ -17,9 +18,9 @@ public:
         int descriptor = 2;
     };
 
-    // PANEWELD_LOG is "debug", "info", "default", "error" or "off", and "error" when it is not set or another word.
+    // PANEWELD_LOG is "debug", "info", "default", "error" or "off"; the given level when it is not set or another word.
     // PANEWELD_LOG_PRIVATE=1 shows values that are private otherwise.
-    static Options optionsFromEnvironment();
+    static Options optionsFromEnvironment(platform::LogLevel otherwise = platform::LogLevel::Error);
 
     StandardErrorLog()
         : StandardErrorLog(optionsFromEnvironment())
