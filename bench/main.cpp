@@ -1,5 +1,6 @@
 #include <benchmark/benchmark.h>
 
+#include <cctype>
 #include <cstdio>
 #include <map>
 #include <string>
@@ -8,27 +9,33 @@
 
 namespace {
 
-// Prints what Google Benchmark prints, and at the end each time as a multiple of its floor: machines differ, ratios
-// of one run can be compared.
+// Prints what Google Benchmark prints, and at the end each time and each counter as a multiple of its floor: machines
+// differ, ratios of one run can be compared.
 class RatioReporter : public benchmark::ConsoleReporter {
 public:
     void ReportRuns(std::vector<Run> const& runs) override
     {
         ConsoleReporter::ReportRuns(runs);
         for (auto const& run : runs) {
-            if (run.aggregate_name.empty() || run.aggregate_name == "median")
-                m_times[nameOf(run)] = run.GetAdjustedRealTime();
+            if (!run.aggregate_name.empty() && run.aggregate_name != "median")
+                continue;
+            auto& measures = m_measures[nameOf(run)];
+            measures["time"] = run.GetAdjustedRealTime();
+            for (auto const& [counter, value] : run.counters)
+                measures[counter] = value;
         }
     }
 
     void Finalize() override
     {
         ConsoleReporter::Finalize();
-        std::printf("\n%-40s %10s\n", "", "x floor");
-        for (auto const& [name, time] : m_times) {
-            auto const floor = m_times.find(name + "/floor");
-            if (floor != m_times.end())
-                std::printf("%-40s %10.2f\n", name.c_str(), time / floor->second);
+        std::printf("\n%-50s %10s\n", "", "x floor");
+        for (auto const& [name, measures] : m_measures) {
+            auto const floor = m_measures.find(name + "/floor");
+            if (floor == m_measures.end())
+                continue;
+            for (auto const& [measure, value] : measures)
+                std::printf("%-50s %10.2f\n", (name + " " + measure).c_str(), value / floor->second.at(measure));
         }
     }
 
@@ -37,14 +44,19 @@ private:
     static std::string nameOf(Run const& run)
     {
         auto name = run.benchmark_name();
-        for (std::string_view const addition : { "/manual_time", "_median" }) {
-            if (auto const place = name.rfind(addition); place != std::string::npos)
-                name.erase(place, addition.size());
+        for (std::string_view const addition : { "/manual_time", "_median", "/iterations:", "/repeats:" }) {
+            auto const place = name.rfind(addition);
+            if (place == std::string::npos)
+                continue;
+            auto end = place + addition.size();
+            while (addition.ends_with(':') && end < name.size() && std::isdigit(static_cast<unsigned char>(name[end])))
+                ++end;
+            name.erase(place, end - place);
         }
         return name;
     }
 
-    std::map<std::string, double> m_times;
+    std::map<std::string, std::map<std::string, double>> m_measures;
 };
 
 } // namespace

@@ -2,6 +2,7 @@
 #include "iOS/GlobalShortcutController.h"
 #include "iOS/HostNameProvider.h"
 #include "iOS/StatusItemController.h"
+#include "iOS/UpdateController.h"
 #include "iOS/WindowIdentifier.h"
 #include "iOS/WindowManager.h"
 #include "platform/Platform.h"
@@ -52,6 +53,7 @@ char const PaneweldVersionString[] = PANEWELD_VERSION;
     exportClass(bundlePath, withMaker<paneweld::AppKitController>());
     exportClass(bundlePath, withMaker<paneweld::GlobalShortcutController>());
     exportClass(bundlePath, withMaker<paneweld::StatusItemController>());
+    exportClass(bundlePath, withMaker<paneweld::UpdateController>());
     exportClass(bundlePath, withMaker<paneweld::WindowManager>());
     exportClass(bundlePath, paneweld::HostNameProvider::runtimeClass(&Platform::current));
     exportClass(bundlePath, paneweld::WindowIdentifier::runtimeClass());

@@ -5,6 +5,7 @@
 #include "platform/dispatch/Queue.h"
 #include "platform/foundation/Fatal.h"
 #include "platform/foundation/MainThread.h"
+#include "platform/sparkle/SPUStandardUpdaterController.h"
 
 namespace platform {
 
@@ -36,5 +37,11 @@ void Platform::install(std::unique_ptr<Platform> platform)
 }
 
 std::unique_ptr<NSOpenPanel> Platform::makeOpenPanel() { return nullptr; }
+
+std::unique_ptr<SPUStandardUpdaterController> Platform::makeStandardUpdaterController(
+    StartingUpdater, std::weak_ptr<SPUUpdaterDelegate>)
+{
+    return nullptr;
+}
 
 } // namespace platform

@@ -17,7 +17,10 @@ class HostInfo;
 class LogSink;
 class NSAppleScripts;
 class Queue;
+class SPUStandardUpdaterController;
+class SPUUpdaterDelegate;
 class SymbolicHotKeys;
+enum class StartingUpdater;
 
 // The lender of everything that needs a world: one object of a backend, chosen at start and alive to the end. A
 // service that a world does not have is lent as null. Main thread only, but for the log, the queues, sleeping and
@@ -56,6 +59,10 @@ public:
     virtual EventHotKeys* eventHotKeys() { return nullptr; }
     virtual NSStatusBar* statusBar() { return nullptr; }
     virtual SymbolicHotKeys* symbolicHotKeys() { return nullptr; }
+    // initWithStartingUpdater:updaterDelegate:userDriverDelegate: without the last, which no world asks. The delegate
+    // may be null. Null where nothing can be updated.
+    virtual std::unique_ptr<SPUStandardUpdaterController> makeStandardUpdaterController(
+        StartingUpdater startingUpdater, std::weak_ptr<SPUUpdaterDelegate> updaterDelegate);
     virtual NSAppleScripts* appleScripts() { return nullptr; }
 };
 

@@ -3,24 +3,29 @@
 #include "backends/linux/LinuxApplication.h"
 #include "backends/linux/LinuxHotKeys.h"
 #include "backends/linux/LinuxMail.h"
+#include "backends/linux/LinuxOpenPanel.h"
 #include "backends/linux/LinuxStatusBar.h"
+#include "backends/linux/LinuxUpdates.h"
+#include "backends/linux/LinuxWorkspace.h"
 #include "backends/linux/SystemShortcuts.h"
 #include "backends/linux/dbus/Hostname.h"
 #include "backends/linux/host/BundleDirectory.h"
 #include "backends/linux/host/FileSystem.h"
+#include "backends/linux/host/FolderBookmarks.h"
 #include "backends/linux/host/IconRenderings.h"
 #include "backends/linux/host/MachineInfo.h"
 #include "backends/linux/host/ScriptEngine.h"
 #include "backends/linux/host/SystemLog.h"
-#include "backends/linux/host/Workspace.h"
 #include "backends/linux/loop/DisplayTicker.h"
 #include "backends/linux/loop/EventLoop.h"
 #include "backends/linux/loop/MainQueue.h"
 #include "backends/linux/loop/MonotonicClock.h"
+#include "backends/linux/loop/NestedLoop.h"
 #include "backends/linux/loop/SerialQueue.h"
 #include "backends/linux/x11/KeyLabel.h"
 #include "backends/linux/x11/X11World.h"
 #include "backends/shared/Animator.h"
+#include "backends/shared/StandardUpdaterController.h"
 #include "platform/appkit/NSEventMonitors.h"
 #include "platform/appkit/NSImage.h"
 #include "platform/foundation/Bundles.h"
@@ -70,9 +75,14 @@ public:
         , m_animator(m_clock, m_ticker, m_mainQueue)
         , m_application(*m_loop)
         , m_subsystem(options.bundleIdentifier.value_or(namelessSubsystem))
+        , m_appName(options.appName.value_or(m_subsystem.substr(m_subsystem.rfind('.') + 1)))
         , m_hostname(*m_loop, Bus::systemAddress())
         , m_machineInfo({}, [this] { return m_hostname.prettyName(); })
-        , m_workspace(*m_loop, log("workspace"))
+        , m_nestedLoop(*m_loop)
+        , m_folderDialogs(*m_loop, m_nestedLoop, folderDialogs(options), log("picker"))
+        , m_workspace(*m_loop,
+              { Bus::sessionAddress(), options.bundleIdentifier.value_or(""), [this] { return keyWindow(); } },
+              log("workspace"))
         , m_mail(*m_loop, m_mainQueue, mailOptions(options), log("mail"))
         , m_bundleDirectory(log("bundle"))
         , m_bundles(m_bundleDirectory)
@@ -83,7 +93,7 @@ public:
         m_bundles.setMainBundle(folder.value_or("/"), options.bundleIdentifier);
         connect(options);
         makeHotKeys(options);
-        makeStatusBar(options);
+        makeStatusBar();
     }
 
     platform::LogSink& logSink() override { return m_log; }
@@ -99,11 +109,29 @@ public:
     platform::HostInfo& hostInfo() override { return m_machineInfo; }
     platform::NSApplication& application() override { return m_application; }
     platform::NSAnimationContext& animationContext() override { return m_animator; }
+    std::unique_ptr<platform::NSOpenPanel> makeOpenPanel() override
+    {
+        return std::make_unique<LinuxOpenPanel>(m_folderDialogs);
+    }
+    platform::Bookmarks* bookmarks() override { return &m_bookmarks; }
     platform::NSWorkspace* workspace() override { return &m_workspace; }
     platform::NSAppleScripts* appleScripts() override { return &m_scripts; }
     platform::EventHotKeys* eventHotKeys() override { return m_hotKeys.get(); }
     platform::NSStatusBar* statusBar() override { return m_statusBar.get(); }
     platform::SymbolicHotKeys* symbolicHotKeys() override { return &m_systemShortcuts; }
+    std::unique_ptr<platform::SPUStandardUpdaterController> makeStandardUpdaterController(
+        platform::StartingUpdater startingUpdater, std::weak_ptr<platform::SPUUpdaterDelegate> delegate) override
+    {
+        // One world for all controllers: they replace the same app.
+        if (!m_updates) {
+            m_updates = std::make_unique<LinuxUpdates>(LinuxUpdates::Surroundings { *m_loop, m_mainQueue, m_clock,
+                                                           m_bundles, m_workspace, m_appName, Bus::sessionAddress() },
+                log("updates"));
+        }
+        return std::make_unique<StandardUpdaterController>(
+            std::make_shared<Updater>(*m_updates, m_updates->userDriver(), log("updates"), std::move(delegate)),
+            startingUpdater);
+    }
     platform::NSEventMonitors& eventMonitors() override
     {
         if (m_x11)
@@ -160,6 +188,8 @@ public:
         if (m_x11)
             m_x11->eventMonitors().setComposingText(isComposing);
     }
+    void setNestedIteration(std::function<void()> iterate) override { m_nestedLoop.setIteration(std::move(iterate)); }
+    bool hasNestedIteration() const override { return m_nestedLoop.hasIteration(); }
     void setTerminateHandler(std::function<void()> handler) override
     {
         m_application.setTerminateHandler(std::move(handler));
@@ -209,12 +239,12 @@ private:
         return mail;
     }
 
-    void makeStatusBar(LinuxOptions const& options)
+    void makeStatusBar()
     {
         LinuxStatusBar::Options bar;
         bar.busAddress = Bus::sessionAddress();
         bar.id = m_subsystem;
-        bar.title = options.appName.value_or(m_subsystem.substr(m_subsystem.rfind('.') + 1));
+        bar.title = m_appName;
         bar.renderings = [this](platform::NSImage const& image) { return renderings(image); };
         bar.x11 = m_x11.get();
         m_statusBar = std::make_unique<LinuxStatusBar>(*m_loop, std::move(bar), log("statusitem"));
@@ -235,6 +265,23 @@ private:
         return m_x11 ? m_x11->keyboard().map()->virtualKeyCodes(keysym) : std::vector<std::uint16_t> {};
     }
 
+    FolderDialogs::Options folderDialogs(LinuxOptions const& options)
+    {
+        auto const ifX11 = [this](auto work) {
+            if (m_x11)
+                work(*m_x11);
+        };
+        return { Bus::sessionAddress(), options.bundleIdentifier.value_or(""), [this] { return keyWindow(); },
+            [ifX11](auto parent) { ifX11([parent](X11World& world) { world.makeWayForDialog(parent); }); },
+            [ifX11] { ifX11([](X11World& world) { world.dialogHasClosed(); }); } };
+    }
+
+    std::optional<std::uint32_t> keyWindow() const
+    {
+        auto const key = m_application.keyWindow();
+        return key ? x11Window(*key) : std::nullopt;
+    }
+
     std::unique_ptr<EventLoop> m_loop;
     SystemLog m_log;
     MonotonicClock m_clock;
@@ -243,10 +290,14 @@ private:
     Animator m_animator;
     LinuxApplication m_application;
     std::string m_subsystem;
+    std::string m_appName;
     Hostname m_hostname;
     MachineInfo m_machineInfo;
     FileSystem m_fileSystem;
-    Workspace m_workspace;
+    NestedLoop m_nestedLoop;
+    FolderDialogs m_folderDialogs;
+    LinuxWorkspace m_workspace;
+    FolderBookmarks m_bookmarks;
     LinuxMail m_mail;
     ScriptEngine m_scripts { m_mail.functions() };
     BundleDirectory m_bundleDirectory;
@@ -256,6 +307,7 @@ private:
     SystemShortcuts m_systemShortcuts;
     std::unique_ptr<LinuxHotKeys> m_hotKeys;
     std::unique_ptr<LinuxStatusBar> m_statusBar;
+    std::unique_ptr<LinuxUpdates> m_updates;
     // Last, so that its work has ended before anything that it uses.
     SerialQueue m_background { "hotkeys" };
 };

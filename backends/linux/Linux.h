@@ -68,6 +68,11 @@ public:
     // While the host composes text with an input method, keys of interest go to it and not to monitors.
     virtual void setComposingText(bool isComposing) = 0;
 
+    // One turn of the host's own loop, for waits inside a call (the folder dialog). Without one only our side runs
+    // then, and the host's windows stand still.
+    virtual void setNestedIteration(std::function<void()> iterate) = 0;
+    virtual bool hasNestedIteration() const = 0;
+
     // What terminate: does. Empty: ask all windows to close, then exit.
     virtual void setTerminateHandler(std::function<void()> handler) = 0;
 };

@@ -38,6 +38,10 @@ std::shared_ptr<platform::NSStatusItem> LinuxStatusBar::statusItemWithLength(dou
     options.willActivate = m_options.willActivate;
     options.x11 = m_options.x11;
     std::weak_ptr<bool> const life = m_life;
+    options.willPress = [this, life](auto const& area) {
+        if (!life.expired())
+            setPressedFrame(area ? pointsOf(*area) : std::nullopt);
+    };
     options.placeDidChange = [this, life] {
         if (!life.expired())
             update();
@@ -66,6 +70,18 @@ std::vector<std::shared_ptr<LinuxStatusItem>> LinuxStatusBar::livingItems() cons
             living.push_back(std::move(held));
     }
     return living;
+}
+
+std::optional<platform::Rect> LinuxStatusBar::pointsOf(PixelRect const& area) const
+{
+    // A panel that is no window of X counts in a way of its own.
+    if (!m_options.x11 || !m_options.x11->isAlive() || m_options.x11->isInsideWayland())
+        return std::nullopt;
+    auto const& screen = m_options.x11->screen();
+    // Not every panel tells the truth.
+    if (!screen.monitorAt(area).contains(area.middleX(), area.middleY()))
+        return std::nullopt;
+    return screen.scale().toPoints(area);
 }
 
 void LinuxStatusBar::update()

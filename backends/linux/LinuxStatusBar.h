@@ -37,6 +37,7 @@ public:
 
 private:
     std::vector<std::shared_ptr<LinuxStatusItem>> livingItems() const;
+    std::optional<platform::Rect> pointsOf(PixelRect const& area) const;
     void update();
 
     EventLoop& m_loop;

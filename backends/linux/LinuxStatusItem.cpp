@@ -122,8 +122,10 @@ void LinuxStatusItem::trayDidChange()
     }
     bool const hadTray = m_icon && m_icon->isDocked();
     leaveTray();
-    m_refusingTray = XCB_WINDOW_NONE;
-    m_timesPutOut = 0;
+    if (tray.owner() != m_refusingTray) {
+        m_refusingTray = XCB_WINDOW_NONE;
+        m_timesPutOut = 0;
+    }
     if (hadTray && !wantsTray())
         waitForTray();
     else
@@ -217,6 +219,10 @@ void LinuxStatusItem::connectBus()
     options.drawIcon = [this](auto const& image) { return panelPictures(image); };
     options.standInIconName = m_options.standInIconName;
     options.willActivate = m_options.willActivate;
+    options.willPress = [willPress = m_options.willPress](auto const& place) {
+        if (willPress)
+            willPress(place ? std::optional(PixelRect { place->x, place->y, 0, 0 }) : std::nullopt);
+    };
     options.stateDidChange = [this] { notify(); };
     m_bus = std::make_unique<DBusStatusItem>(m_loop, std::move(options), m_button, m_log);
 }
@@ -232,6 +238,8 @@ void LinuxStatusItem::showMenu(std::shared_ptr<platform::NSMenu> const& menu)
 void LinuxStatusItem::handlePress(X11TrayIcon::Press const& press)
 {
     m_press = press;
+    if (m_options.willPress)
+        m_options.willPress(press.area);
     // Held: a press may end the item.
     auto const button = m_button;
     if (press.button == X11TrayIcon::Press::Button::Left)

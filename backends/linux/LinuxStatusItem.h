@@ -10,6 +10,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,6 +32,8 @@ public:
         std::function<void(std::string const& activationToken)> willActivate {};
         // Null without an X server.
         X11World* x11 = nullptr;
+        // Just before a press: the item on the X screen, or the point of the press. Absent when nobody tells.
+        std::function<void(std::optional<PixelRect> const&)> willPress {};
         // Called from the loop.
         std::function<void()> placeDidChange {};
         std::function<void()> didEnd {};

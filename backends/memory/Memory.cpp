@@ -1,5 +1,8 @@
 #include "backends/memory/Memory.h"
 
+#include "backends/shared/StandardUpdaterController.h"
+#include "platform/log/OSLog.h"
+
 #include <algorithm>
 
 namespace backends {
@@ -144,6 +147,14 @@ void MemoryPlatform::sleepForTimeInterval(Seconds interval)
 
 std::unique_ptr<platform::NSOpenPanel> MemoryPlatform::makeOpenPanel() { return std::make_unique<OpenPanel>(*this); }
 
+std::unique_ptr<platform::SPUStandardUpdaterController> MemoryPlatform::makeStandardUpdaterController(
+    platform::StartingUpdater startingUpdater, std::weak_ptr<platform::SPUUpdaterDelegate> delegate)
+{
+    auto updater = std::make_shared<Updater>(
+        m_updates, m_updates, platform::OSLog(m_log, "memory", "updates"), std::move(delegate));
+    return std::make_unique<StandardUpdaterController>(std::move(updater), startingUpdater);
+}
+
 std::shared_ptr<platform::NSEventMonitor> MemoryPlatform::Monitors::addLocalMonitorForEventsMatchingMask(
     platform::EventMask mask, std::set<std::uint16_t> keyCodes, Handler handler)
 {
@@ -160,7 +171,19 @@ URL MemoryPlatform::Files::homeDirectoryForCurrentUser() const
 bool MemoryPlatform::Workspace::openURL(URL const& url)
 {
     ledger.note("open " + url.absoluteString());
+    later.async([this, url, outcome = error] { reportDidOpen(url, outcome); });
     return true;
+}
+
+Result<platform::Data> MemoryPlatform::GrantedFolders::bookmarkData(URL const& url, platform::BookmarkCreationOptions)
+{
+    ledger.note("bookmark " + url.absoluteString());
+    if (!url.isFileURL())
+        return NSError { "Bookmarks", 22, "no file: " + url.absoluteString() };
+    // No text that a test would use.
+    platform::Data data { { 0xB0, static_cast<std::uint8_t>(facts.size()) } };
+    facts[data.bytes] = { url, true };
+    return data;
 }
 
 Result<URL> MemoryPlatform::GrantedFolders::resolve(
@@ -179,6 +202,14 @@ bool MemoryPlatform::GrantedFolders::startAccessingSecurityScopedResource(URL co
         [&](auto const& fact) { return fact.second.resolvesTo == url && fact.second.grantsAccess; });
     ledger.note("start accessing " + url.absoluteString() + (grants ? "" : " refused"));
     return grants;
+}
+
+void MemoryPlatform::GrantedFolders::move(URL const& from, std::optional<URL> const& to)
+{
+    for (auto& [data, fact] : facts) {
+        if (fact.resolvesTo == from)
+            fact.resolvesTo = to;
+    }
 }
 
 void MemoryPlatform::GrantedFolders::stopAccessingSecurityScopedResource(URL const& url)

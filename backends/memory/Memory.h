@@ -8,6 +8,7 @@
 #include "backends/memory/MemoryStatusBar.h"
 #include "backends/memory/MemorySymbolicHotKeys.h"
 #include "backends/memory/MemoryTime.h"
+#include "backends/memory/MemoryUpdates.h"
 #include "backends/memory/MemoryWindow.h"
 #include "backends/shared/Animator.h"
 #include "platform/Platform.h"
@@ -69,6 +70,8 @@ public:
     MemoryHotKeys& hotKeys() { return m_hotKeys; }
     // A world without them has no shortcuts of the system either: both are lent as null.
     void setHasHotKeys(bool hasHotKeys) { m_hasHotKeys = hasHotKeys; }
+    // The feed, the installed version and the user's answers.
+    MemoryUpdates& updates() { return m_updates; }
     // A world without a status bar lends null.
     void setHasStatusBar(bool hasStatusBar) { m_hasStatusBar = hasStatusBar; }
 
@@ -90,6 +93,11 @@ public:
     {
         m_bookmarks.facts[data.bytes] = std::move(facts);
     }
+    // What was bookmarked is renamed, or removed for good.
+    void renameFile(platform::URL const& from, platform::URL const& to) { m_bookmarks.move(from, to); }
+    void removeFile(platform::URL const& url) { m_bookmarks.move(url, std::nullopt); }
+    // Why addresses cannot be opened from now on; absent: they can.
+    void setOpenError(std::optional<platform::NSError> error) { m_workspace.error = std::move(error); }
     // What the scripts of this world do.
     MemoryScripts& scripts() { return m_scripts; }
     // A world without them lends null.
@@ -117,6 +125,8 @@ public:
     MemoryHotKeys* eventHotKeys() override { return m_hasHotKeys ? &m_hotKeys : nullptr; }
     MemoryStatusBar* statusBar() override { return m_hasStatusBar ? &m_statusBar : nullptr; }
     MemorySymbolicHotKeys* symbolicHotKeys() override { return m_hasHotKeys ? &m_symbolicHotKeys : nullptr; }
+    std::unique_ptr<platform::SPUStandardUpdaterController> makeStandardUpdaterController(
+        platform::StartingUpdater startingUpdater, std::weak_ptr<platform::SPUUpdaterDelegate> delegate) override;
 
 private:
     struct Log : platform::LogSink {
@@ -168,12 +178,15 @@ private:
     };
 
     struct Workspace : platform::NSWorkspace {
-        explicit Workspace(Ledger& toldLedger)
+        Workspace(Ledger& toldLedger, platform::Queue& laterQueue)
             : ledger(toldLedger)
+            , later(laterQueue)
         {
         }
         bool openURL(platform::URL const& url) override;
         Ledger& ledger;
+        platform::Queue& later;
+        std::optional<platform::NSError> error {};
     };
 
     struct GrantedFolders : platform::Bookmarks {
@@ -181,10 +194,13 @@ private:
             : ledger(toldLedger)
         {
         }
+        platform::Result<platform::Data> bookmarkData(
+            platform::URL const& url, platform::BookmarkCreationOptions options) override;
         platform::Result<platform::URL> resolve(
             platform::Data const& bookmark, platform::BookmarkResolutionOptions options) override;
         bool startAccessingSecurityScopedResource(platform::URL const& url) override;
         void stopAccessingSecurityScopedResource(platform::URL const& url) override;
+        void move(platform::URL const& from, std::optional<platform::URL> const& to);
 
         Ledger& ledger;
         std::map<std::vector<std::uint8_t>, BookmarkFacts> facts {};
@@ -204,13 +220,14 @@ private:
     Monitors m_monitors;
     Files m_fileManager;
     Machine m_hostInfo;
-    Workspace m_workspace { m_ledger };
+    Workspace m_workspace { m_ledger, m_mainQueue };
     GrantedFolders m_bookmarks { m_ledger };
     MemoryHotKeys m_hotKeys { m_ledger, m_mainQueue };
     MemorySymbolicHotKeys m_symbolicHotKeys;
     bool m_hasHotKeys = true;
     MemoryStatusBar m_statusBar { m_ledger };
     bool m_hasStatusBar = true;
+    MemoryUpdates m_updates { m_ledger, m_mainQueue, m_bundles };
     MemoryScripts m_scripts { m_ledger };
     bool m_hasScripts = true;
     std::vector<std::weak_ptr<MemoryQueue>> m_serialQueues;

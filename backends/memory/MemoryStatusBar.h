@@ -37,6 +37,7 @@ public:
     // a panel.
     void setHasButton(bool hasButton) { m_hasButton = hasButton; }
     void setPlace(platform::StatusItemPlace place);
+    using NSStatusBar::setPressedFrame;
 
     // The item that was made last, while it lives, and what one sees of it; else null.
     std::shared_ptr<MemoryStatusItem> item() const { return m_item.lock(); }

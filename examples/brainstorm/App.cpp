@@ -47,12 +47,7 @@ App::App(Options const& options)
     });
 
     m_desktop = std::make_unique<Desktop>(m_activity, options.announcesWindows);
-    m_desktop->setRequests({
-        .openBrainstorm = [this] { openBrainstormFromElsewhere(); },
-        .openMainWindow = [this] { open(ActivityType::iOSAppWindow); },
-        .openSettings = [this] { open(ActivityType::settingsWindow); },
-        .quit = [] { gtk_main_quit(); },
-    });
+    m_desktop->setRequests(requests());
     if (!m_desktop->hasPlugin())
         std::cerr << "ideas: " << m_desktop->problem() << '\n';
     m_desktop->setMainMenu(makeMainMenu());
@@ -92,69 +87,118 @@ void App::run()
     gtk_main();
 }
 
-void App::open(char const* activityType)
+Desktop::Requests App::requests()
 {
-    open(Activities { std::make_shared<platform::NSUserActivity>(activityType) });
+    return {
+        .openBrainstorm = [this] { openFromElsewhere(ActivityType::brainstormWindow); },
+        .openMainWindow = [this] { openFromElsewhere(ActivityType::iOSAppWindow); },
+        .openSettings = [this] { openSettingsOrOnboarding(); },
+        .checkForUpdates = [this] { sayWhereUpdatesAre(); },
+        .importDropped = [this](std::vector<platform::URL> const& urls) { importDropped(urls); },
+        .quit = [] { gtk_main_quit(); },
+    };
 }
 
-void App::open(Activities const& activities)
+void App::openFromElsewhere(char const* activityType)
+{
+    if (auto* const window = open(activityType))
+        window->bringForward();
+}
+
+void App::openSettingsOrOnboarding()
+{
+    bool const hasUser = m_settings.values().hasSeenOnboarding;
+    // Said now and not at the start: the title is taken only once the menu has been open, which it has been here.
+    m_desktop->setHasUser(hasUser);
+    openFromElsewhere(hasUser ? ActivityType::settingsWindow : ActivityType::onboardingWindow);
+}
+
+void App::sayWhereUpdatesAre()
+{
+    openFromElsewhere(ActivityType::iOSAppWindow);
+    showStatus("Ideas is built from its sources, and as new as they are");
+}
+
+void App::importDropped(std::vector<platform::URL> const& urls)
+{
+    if (urls.empty())
+        return;
+    std::vector<std::string> addresses;
+    for (auto const& url : urls)
+        addresses.push_back(url.absoluteString());
+
+    auto const isPanel
+        = [](auto const& window) { return dynamic_cast<BrainstormPanel const*>(window.get()) != nullptr; };
+    auto const newest = std::find_if(m_windows.rbegin(), m_windows.rend(), isPanel);
+    HostWindow* window = nullptr;
+    if (newest != m_windows.rend()) {
+        window = newest->get();
+        static_cast<BrainstormPanel*>(window)->addIdeas(addresses);
+    } else {
+        auto const brainstormID = m_library.add();
+        m_library.addIdeas(brainstormID, addresses);
+        window = openBrainstorm(brainstormID);
+    }
+    window->bringForward();
+    showStatus(
+        urls.size() == 1 ? "1 file dropped on the icon" : std::to_string(urls.size()) + " files dropped on the icon");
+}
+
+HostWindow* App::open(char const* activityType)
+{
+    return open(Activities { std::make_shared<platform::NSUserActivity>(activityType) });
+}
+
+HostWindow* App::open(Activities const& activities)
 {
     auto const activity = paneweld::firstWindowActivity(activities);
     if (!activity)
-        return;
+        return nullptr;
     auto const& type = activity->activityType();
-    if (type == ActivityType::brainstormWindow) {
-        openBrainstorm(m_library.add());
-        return;
-    }
-    if (type == ActivityType::iOSAppWindow) {
-        openSingle("iOSApp", [this] { return makeAppWindow(); });
-    } else if (type == ActivityType::settingsWindow) {
-        openSingle("settings", [this] {
-            return std::make_unique<SettingsWindow>(
-                *m_desktop, m_settings, [this] { open(ActivityType::onboardingWindow); });
-        });
-    } else {
-        openSingle("onboarding", [this] {
-            return std::make_unique<OnboardingWindow>(*m_desktop,
-                [this] { m_settings.change([](Settings::Values& values) { values.hasSeenOnboarding = true; }); });
-        });
-    }
+    if (type == ActivityType::brainstormWindow)
+        return openBrainstorm(m_library.add());
+    if (type == ActivityType::iOSAppWindow)
+        return openSingle("iOSApp", [this] { return makeAppWindow(); });
+    if (type == ActivityType::onboardingWindow)
+        return openSingle("onboarding", [this] { return makeOnboardingWindow(); });
+    return openSingle("settings", [this] {
+        return std::make_unique<SettingsWindow>(
+            *m_desktop, m_settings, [this] { open(ActivityType::onboardingWindow); });
+    });
 }
 
-void App::openBrainstormFromElsewhere()
-{
-    open(ActivityType::brainstormWindow);
-    m_windows.back()->bringForward();
-}
-
-void App::openBrainstorm(std::string const& brainstormID)
+HostWindow* App::openBrainstorm(std::string const& brainstormID)
 {
     for (auto const& window : m_windows) {
         auto* const panel = dynamic_cast<BrainstormPanel*>(window.get());
         if (panel && panel->brainstormID() == brainstormID) {
             panel->present();
-            return;
+            return panel;
         }
     }
     auto panel = std::make_unique<BrainstormPanel>(*m_desktop, m_settings, m_library, brainstormID);
     panel->onSettings([this] { open(ActivityType::settingsWindow); });
     panel->onNewPanel([this] { open(ActivityType::brainstormWindow); });
-    panel->onStatus([this](std::string const& status) {
-        if (auto* const window = appWindow())
-            window->showStatus(status);
-    });
-    show(std::move(panel));
+    panel->onStatus([this](std::string const& status) { showStatus(status); });
+    return show(std::move(panel));
 }
 
-void App::openSingle(std::string const& kind, std::function<std::unique_ptr<HostWindow>()> const& make)
+HostWindow* App::openSingle(std::string const& kind, std::function<std::unique_ptr<HostWindow>()> const& make)
 {
     auto const open
         = std::find_if(m_windows.begin(), m_windows.end(), [&](auto const& window) { return window->is(kind); });
-    if (open != m_windows.end())
-        (*open)->present();
-    else
-        show(make());
+    if (open == m_windows.end())
+        return show(make());
+    (*open)->present();
+    return open->get();
+}
+
+std::unique_ptr<HostWindow> App::makeOnboardingWindow()
+{
+    return std::make_unique<OnboardingWindow>(*m_desktop, [this] {
+        m_settings.change([](Settings::Values& values) { values.hasSeenOnboarding = true; });
+        m_desktop->setHasUser(true);
+    });
 }
 
 std::unique_ptr<HostWindow> App::makeAppWindow()
@@ -168,13 +212,14 @@ std::unique_ptr<HostWindow> App::makeAppWindow()
         });
 }
 
-void App::show(std::unique_ptr<HostWindow> window)
+HostWindow* App::show(std::unique_ptr<HostWindow> window)
 {
     auto* const shown = window.get();
     // The window says that it has gone from within its own code, so it is let go of a turn later.
     shown->onClosed([this, shown] { later([this, shown] { release(shown); }); });
     m_windows.push_back(std::move(window));
     shown->present();
+    return shown;
 }
 
 void App::release(HostWindow const* window)
@@ -191,6 +236,12 @@ AppWindow* App::appWindow() const
             return static_cast<AppWindow*>(window.get());
     }
     return nullptr;
+}
+
+void App::showStatus(std::string const& status) const
+{
+    if (auto* const window = appWindow())
+        window->showStatus(status);
 }
 
 } // namespace ideas

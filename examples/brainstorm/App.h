@@ -26,21 +26,29 @@ public:
 private:
     using Activities = std::vector<std::shared_ptr<platform::NSUserActivity>>;
 
-    // Opens the window that the activities ask for, as a scene of a mobile app is opened.
-    void open(Activities const& activities);
-    void open(char const* activityType);
+    // What the user asks for by the icon or the shortcut, while any app may be in front.
+    Desktop::Requests requests();
+    void openFromElsewhere(char const* activityType);
+    void openSettingsOrOnboarding();
+    void sayWhereUpdatesAre();
+    // Into the panel that is open, or else into a new one.
+    void importDropped(std::vector<platform::URL> const& urls);
+
+    // Opens the window that the activities ask for, as a scene of a mobile app is opened. Null when they ask for none.
+    HostWindow* open(Activities const& activities);
+    HostWindow* open(char const* activityType);
     // One panel a brainstorm; an open one comes to the front.
-    void openBrainstorm(std::string const& brainstormID);
-    // The same when the user asks for it while another app is in front.
-    void openBrainstormFromElsewhere();
+    HostWindow* openBrainstorm(std::string const& brainstormID);
     // At most one window of the other kinds.
-    void openSingle(std::string const& kind, std::function<std::unique_ptr<HostWindow>()> const& make);
+    HostWindow* openSingle(std::string const& kind, std::function<std::unique_ptr<HostWindow>()> const& make);
+    std::unique_ptr<HostWindow> makeOnboardingWindow();
     std::unique_ptr<HostWindow> makeAppWindow();
 
     void settingsDidChange();
-    void show(std::unique_ptr<HostWindow> window);
+    HostWindow* show(std::unique_ptr<HostWindow> window);
     void release(HostWindow const* window);
     AppWindow* appWindow() const;
+    void showStatus(std::string const& status) const;
 
     Options m_options;
     Settings m_settings;

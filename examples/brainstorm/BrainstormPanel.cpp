@@ -163,7 +163,12 @@ void BrainstormPanel::addTypedIdea()
     if (*text == '\0')
         return;
     gtk_entry_set_text(GTK_ENTRY(m_entry), "");
-    m_library.addIdea(m_brainstormID, text.get());
+    addIdeas({ text.get() });
+}
+
+void BrainstormPanel::addIdeas(std::vector<std::string> const& ideas)
+{
+    m_library.addIdeas(m_brainstormID, ideas);
     showIdeas();
     requestHeight(m_settings.values().animatesHeight);
 }

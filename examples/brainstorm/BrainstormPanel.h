@@ -17,6 +17,8 @@ public:
     ~BrainstormPanel() override;
 
     std::string const& brainstormID() const { return m_brainstormID; }
+    // Below those that are there.
+    void addIdeas(std::vector<std::string> const& ideas);
     void onSettings(std::function<void()> handler) { m_onSettings = std::move(handler); }
     // Hears one short line about the panel's size at each of its changes.
     void onStatus(std::function<void(std::string const&)> handler) { m_onStatus = std::move(handler); }

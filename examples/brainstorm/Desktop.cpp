@@ -84,6 +84,12 @@ void Desktop::observe()
     ask(NotificationName::forceOpenNewBrainstormWindow(), &Requests::openBrainstorm);
     ask(NotificationName::openNewWindow(), &Requests::openMainWindow);
     ask(NotificationName::openSettingsOrOnboarding(), &Requests::openSettings);
+    ask(NotificationName::checkForUpdates(), &Requests::checkForUpdates);
+    on(NotificationName::importDroppedURLs(), [this](platform::Notification const& notification) {
+        auto const drop = paneweld::ImportDroppedURLs::from(notification);
+        if (drop && m_requests.importDropped)
+            m_requests.importDropped(drop->urls);
+    });
 }
 
 std::string Desktop::machineName() const
@@ -176,6 +182,22 @@ void Desktop::onShortcutTruth(std::function<void()> handler)
 {
     if (m_host)
         m_host->setShortcutTruthHandler(std::move(handler));
+}
+
+platform::StatusItemPlace Desktop::statusItemPlace() const
+{
+    return m_host ? m_host->statusItemPlace() : platform::StatusItemPlace::Nowhere;
+}
+
+void Desktop::onStatusItemPlace(std::function<void()> handler)
+{
+    if (m_host)
+        m_host->setStatusItemPlaceHandler(std::move(handler));
+}
+
+void Desktop::setHasUser(bool hasUser)
+{
+    post(paneweld::NotificationName::updateMenuItemTitle(), paneweld::UpdateMenuItemTitle { hasUser }.userInfo());
 }
 
 void Desktop::setMainMenu(std::shared_ptr<platform::NSMenu> menu)

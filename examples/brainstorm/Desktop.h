@@ -5,6 +5,8 @@
 #include "hotkey/KeyCombo.h"
 #include "paneweld/glib.hpp"
 #include "platform/appkit/NSMenu.h"
+#include "platform/appkit/NSStatusBar.h"
+#include "platform/foundation/URL.h"
 
 #include <functional>
 #include <map>
@@ -52,6 +54,13 @@ public:
     platform::HotKeyTruth shortcutTruth() const;
     // Called when the truth has changed.
     void onShortcutTruth(std::function<void()> handler);
+    // Where the app's icon can be seen.
+    platform::StatusItemPlace statusItemPlace() const;
+    // Called when it is another place.
+    void onStatusItemPlace(std::function<void()> handler);
+    // Without a user the icon's menu offers to sign in.
+    void setHasUser(bool hasUser);
+
     // What is checked when a shortcut is chosen.
     void setMainMenu(std::shared_ptr<platform::NSMenu> menu);
 
@@ -79,6 +88,8 @@ public:
         std::function<void()> openBrainstorm {};
         std::function<void()> openMainWindow {};
         std::function<void()> openSettings {};
+        std::function<void()> checkForUpdates {};
+        std::function<void(std::vector<platform::URL> const&)> importDropped {};
         std::function<void()> quit {};
     };
     void setRequests(Requests requests);

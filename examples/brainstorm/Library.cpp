@@ -1,4 +1,5 @@
 #include "examples/brainstorm/Library.h"
+#include "examples/brainstorm/Attachment.h"
 #include "examples/brainstorm/KeyFile.h"
 
 #include <algorithm>
@@ -21,7 +22,7 @@ std::string when(long seconds)
 
 } // namespace
 
-std::string Brainstorm::title() const { return ideas.empty() ? "New brainstorm" : ideas.front(); }
+std::string Brainstorm::title() const { return ideas.empty() ? "New brainstorm" : wordsOf(ideas.front()); }
 
 std::string Brainstorm::summary() const
 {
@@ -58,10 +59,10 @@ std::string Library::add()
     return id;
 }
 
-void Library::addIdea(std::string const& id, std::string const& idea)
+void Library::addIdeas(std::string const& id, std::vector<std::string> const& ideas)
 {
     if (auto* const brainstorm = lookUp(id)) {
-        brainstorm->ideas.push_back(idea);
+        brainstorm->ideas.insert(brainstorm->ideas.end(), ideas.begin(), ideas.end());
         save();
     }
 }

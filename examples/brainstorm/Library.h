@@ -10,6 +10,7 @@ namespace ideas {
 struct Brainstorm {
     std::string id;
     long created = 0; // seconds since 1970
+    // Sentences, and addresses of what was dropped among them (Attachment.h).
     std::vector<std::string> ideas {};
 
     // The first idea, which is what people remember a sitting by.
@@ -29,7 +30,7 @@ public:
 
     // A new, empty sitting; it is kept on disk from its first idea on.
     std::string add();
-    void addIdea(std::string const& id, std::string const& idea);
+    void addIdeas(std::string const& id, std::vector<std::string> const& ideas);
     void removeIdea(std::string const& id, std::size_t index);
     // Called when a panel goes: a sitting without ideas is no memory.
     void forgetIfEmpty(std::string const& id);

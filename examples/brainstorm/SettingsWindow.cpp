@@ -7,6 +7,22 @@ namespace {
 constexpr int openingWidth = 400;
 constexpr int openingHeight = 700;
 
+char const* describe(platform::StatusItemPlace place)
+{
+    using platform::StatusItemPlace;
+    switch (place) {
+    case StatusItemPlace::Tray:
+        return "In the tray. Files dropped on it become ideas.";
+    case StatusItemPlace::Panel:
+        return "In the panel, where files cannot be dropped on it.";
+    case StatusItemPlace::Waiting:
+        return "Waiting for a panel that shows it.";
+    case StatusItemPlace::Nowhere:
+        break;
+    }
+    return "This desktop has no place for it.";
+}
+
 } // namespace
 
 SettingsWindow::SettingsWindow(Desktop& desktop, Settings& settings, std::function<void()> openOnboarding)
@@ -35,10 +51,11 @@ SettingsWindow::SettingsWindow(Desktop& desktop, Settings& settings, std::functi
     add(makeLabel("Shortcut", "group-title"));
     add(m_shortcut.widget());
 
-    add(makeLabel("Look", "group-title"));
+    add(makeLabel("On the desktop", "group-title"));
     auto* const look = makeBox(GTK_ORIENTATION_VERTICAL, 0, "group");
     gtk_box_pack_start(GTK_BOX(look),
         makeSwitch("Dark appearance", "Easier on the eyes at night.", &Values::usesDarkAppearance), FALSE, FALSE, 0);
+    gtk_box_pack_start(GTK_BOX(look), makeIconRow(), FALSE, FALSE, 0);
     add(look);
 
     auto* const introduction = gtk_button_new_with_label("Show the introduction again");
@@ -50,7 +67,10 @@ SettingsWindow::SettingsWindow(Desktop& desktop, Settings& settings, std::functi
 
     gtk_container_add(GTK_CONTAINER(widget()), page);
     gtk_widget_show_all(page);
+    this->desktop().onStatusItemPlace([this] { showIconPlace(); });
 }
+
+SettingsWindow::~SettingsWindow() { desktop().onStatusItemPlace({}); }
 
 GtkWidget* SettingsWindow::makeSwitch(char const* title, char const* explanation, bool Settings::Values::*value)
 {
@@ -70,6 +90,22 @@ GtkWidget* SettingsWindow::makeSwitch(char const* title, char const* explanation
     gtk_box_pack_start(GTK_BOX(row), words, TRUE, TRUE, 0);
     gtk_box_pack_start(GTK_BOX(row), toggle, FALSE, FALSE, 0);
     return row;
+}
+
+GtkWidget* SettingsWindow::makeIconRow()
+{
+    m_iconPlace = makeLabel("", "row-explanation");
+    auto* const row = makeBox(GTK_ORIENTATION_VERTICAL, 2, "row");
+    gtk_box_pack_start(GTK_BOX(row), makeLabel("Icon", "row-title"), FALSE, FALSE, 0);
+    gtk_box_pack_start(GTK_BOX(row), m_iconPlace, FALSE, FALSE, 0);
+    showIconPlace();
+    return row;
+}
+
+void SettingsWindow::showIconPlace()
+{
+    if (widget())
+        gtk_label_set_text(GTK_LABEL(m_iconPlace), describe(desktop().statusItemPlace()));
 }
 
 } // namespace ideas

@@ -10,12 +10,16 @@ namespace ideas {
 class SettingsWindow : public HostWindow {
 public:
     SettingsWindow(Desktop& desktop, Settings& settings, std::function<void()> openOnboarding);
+    ~SettingsWindow() override;
 
 private:
     GtkWidget* makeSwitch(char const* title, char const* explanation, bool Settings::Values::*value);
+    GtkWidget* makeIconRow();
+    void showIconPlace();
 
     Settings& m_settings;
     ShortcutGroup m_shortcut;
+    GtkWidget* m_iconPlace = nullptr;
 };
 
 } // namespace ideas

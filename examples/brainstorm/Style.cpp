@@ -50,6 +50,7 @@ entry.thought selection { background: @accent; color: @accent_text; }
 .dot { min-width: 10px; min-height: 10px; border-radius: 5px; }
 .tint-0 { background: #f98b5c; } .tint-1 { background: #5c99f2; } .tint-2 { background: #52bd91; }
 .tint-3 { background: #b57bee; } .tint-4 { background: #eeb64c; }
+.attachment { color: @accent; margin: 0 -3px; }
 .idea-text { font-size: 16px; }
 button.icon-button.delete { min-width: 28px; min-height: 28px; border-radius: 14px; color: alpha(@faint, 0.7); }
 

@@ -24,13 +24,17 @@ public:
         g_source_set_priority(m_source, G_PRIORITY_DEFAULT);
         // A source with a descriptor passes it to its callback, which therefore has another shape than others.
         g_source_set_callback(m_source, G_SOURCE_FUNC(&readable), this, nullptr);
+        // A dialog that is waited for inside dispatch runs the loop, and still needs us.
+        g_source_set_can_recurse(m_source, TRUE);
         g_source_attach(m_source, context);
+        m_host.setNestedIteration([context] { g_main_context_iteration(context, TRUE); });
         // What became due before the loop knew of us makes no descriptor readable any more.
         m_host.dispatch();
     }
 
     ~GlibLoop()
     {
+        m_host.setNestedIteration({});
         g_source_destroy(m_source);
         g_source_unref(m_source);
     }

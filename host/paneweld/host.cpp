@@ -4,7 +4,9 @@
 #include "platform/Version.h"
 #include "platform/appkit/NSApplication.h"
 #include "platform/appkit/NSWindow.h"
+#include "platform/appkit/NSWorkspace.h"
 #include "platform/carbon/EventHotKeys.h"
+#include "platform/foundation/Bookmark.h"
 #include "platform/foundation/Bundle.h"
 #include "platform/foundation/Bundles.h"
 #include "platform/foundation/MainThread.h"
@@ -70,6 +72,8 @@ Host::~Host()
     setTerminateHandler({});
     setShortcutTruthHandler({});
     setStatusItemPlaceHandler({});
+    setNestedIteration({});
+    setOpenHandler({});
 }
 
 Result<std::unique_ptr<Host>> Host::start(HostOptions options)
@@ -123,6 +127,16 @@ void Host::run()
 }
 
 void Host::stop() { m_private->isRunning = false; }
+
+void Host::setNestedIteration(std::function<void()> iterate)
+{
+    m_private->platform->setNestedIteration(std::move(iterate));
+}
+
+ModalWindows Host::modalWindows() const
+{
+    return m_private->platform->hasNestedIteration() ? ModalWindows::Live : ModalWindows::FrozenWhileOpen;
+}
 
 WindowReach Host::windowReach() const
 {
@@ -178,9 +192,29 @@ platform::NSEventModifierFlags Host::shortcutModifiers(std::uint32_t x11State) c
 
 platform::StatusItemPlace Host::statusItemPlace() const { return m_private->platform->statusBar()->place(); }
 
+std::optional<platform::Rect> Host::statusItemPressedFrame() const
+{
+    return m_private->platform->statusBar()->pressedFrame();
+}
+
 void Host::setStatusItemPlaceHandler(std::function<void()> handler)
 {
     m_private->platform->statusBar()->setPlaceHandler(std::move(handler));
+}
+
+Result<platform::Data> Host::bookmarkData(platform::URL const& url)
+{
+    return m_private->platform->bookmarks()->bookmarkData(url, platform::BookmarkCreationOptions::WithSecurityScope);
+}
+
+Result<platform::URL> Host::resolveBookmark(platform::Data const& bookmark)
+{
+    return m_private->platform->bookmarks()->resolve(bookmark, platform::BookmarkResolutionOptions::WithSecurityScope);
+}
+
+void Host::setOpenHandler(std::function<void(platform::URL const&, std::optional<NSError> const&)> handler)
+{
+    m_private->platform->workspace()->setOpenHandler(std::move(handler));
 }
 
 void Host::setMainMenu(std::shared_ptr<platform::NSMenu> menu)

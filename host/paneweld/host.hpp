@@ -9,6 +9,8 @@
 #include "platform/carbon/HotKeyTruth.h"
 #include "platform/foundation/NotificationCenter.h"
 #include "platform/foundation/Result.h"
+#include "platform/foundation/URL.h"
+#include "platform/foundation/Value.h"
 #include "platform/runtime/Class.h"
 
 #include <cstdint>
@@ -54,6 +56,12 @@ enum class WindowReach {
     Unreachable, // no X server could be reached: there are no windows, everything else works
 };
 
+// What the host's windows do while a call of the plug-in waits for the user (the folder picker).
+enum class ModalWindows {
+    Live, // the host's loop goes on: windows repaint and answer
+    FrozenWhileOpen, // nobody has told how the host's loop is run from inside: only the library's own side goes on
+};
+
 // The host's hold on the library: one a process, made on the main thread before its first window, alive to the end.
 // Everything here is for the main thread. Nothing throws.
 class Host {
@@ -73,6 +81,11 @@ public:
     // For a host without a loop: waits and dispatches until stop is called.
     void run();
     void stop();
+    // How a call that waits, such as the folder picker, keeps the host alive: one turn of the host's own loop, which
+    // waits until something happens, and in which the descriptor above is served as always. It may be called from
+    // inside dispatch. The adapters set it; an empty one takes it away.
+    void setNestedIteration(std::function<void()> iterate);
+    ModalWindows modalWindows() const;
 
     WindowReach windowReach() const;
 
@@ -112,8 +125,22 @@ public:
 
     // Where the status item is seen now. While it is Nowhere or Waiting, hide no window that only the item brings back.
     platform::StatusItemPlace statusItemPlace() const;
+    // Where on the screen it was when it was pressed last, in points of the desktop, y upward: for a window that is to
+    // open beside it. A point alone where the desktop tells no more; absent when it does not tell.
+    std::optional<platform::Rect> statusItemPressedFrame() const;
     // Called from dispatch when the place is another one. An empty one takes it away.
     void setStatusItemPlaceHandler(std::function<void()> handler);
+
+    // What an app keeps of a folder or file that the user has granted, so that it finds it again after a restart, a
+    // rename or on another mount point; an "OpenFileURL" is given it as "data". Fails for what is not there.
+    platform::Result<platform::Data> bookmarkData(platform::URL const& url);
+    // Where that folder is now. Fails when it is not found any more: it is never another one under its name.
+    platform::Result<platform::URL> resolveBookmark(platform::Data const& bookmark);
+
+    // Told once for each address that "OpenFileURL" went to open, from dispatch: without an error when a program has
+    // it, else with the reason. An empty one takes it away.
+    void setOpenHandler(
+        std::function<void(platform::URL const& url, std::optional<platform::NSError> const& error)> handler);
 
     // The app's main menu, so that a shortcut can be checked against it (hotkey/KeyCombo.h).
     void setMainMenu(std::shared_ptr<platform::NSMenu> menu);

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "platform/appkit/NSStatusItem.h"
+#include "platform/foundation/Geometry.h"
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace platform {
 
@@ -28,15 +30,21 @@ public:
 
     // The truth about it, for the host: nothing should be hidden that only the item could bring back.
     virtual StatusItemPlace place() const = 0;
+    // Where on the screen an item was when it was pressed last, for a window that is to open beside it. In points; a
+    // point alone where the desktop tells no more. Absent before the first press, and when the desktop does not tell.
+    std::optional<Rect> const& pressedFrame() const { return m_pressedFrame; }
     // Called from the loop when the place is another one. An empty one takes it away.
     void setPlaceHandler(std::function<void()> handler) { m_placeHandler = std::move(handler); }
 
 protected:
     // For backends.
     void reportPlaceChanged();
+    // Right before the button hears of the press.
+    void setPressedFrame(std::optional<Rect> frame) { m_pressedFrame = frame; }
 
 private:
     std::function<void()> m_placeHandler;
+    std::optional<Rect> m_pressedFrame;
 };
 
 } // namespace platform

@@ -3,6 +3,8 @@
 
 session_app=
 session_letter=
+session_files=
+session_panel=
 session_shot=0
 
 session_fail() {
@@ -16,12 +18,14 @@ session_fail() {
 
 session_stop() {
     local pid
-    for pid in $session_app $session_letter; do
+    for pid in $session_app $session_letter $session_files $session_panel; do
         kill "$pid" 2>/dev/null || true
         wait "$pid" 2>/dev/null || true
     done
     session_app=
     session_letter=
+    session_files=
+    session_panel=
 }
 
 # expect WHAT SECONDS COMMAND...: waits for a condition, and fails in these words when it does not come.
@@ -46,6 +50,11 @@ count_is() {
 
 window_named() {
     xdotool search --onlyvisible --name "^$1\$" | tail -n 1 | grep .
+}
+
+# The icon in the tray has the same name, and another class.
+main_window() {
+    xdotool search --onlyvisible --all --class --name '^Ideas$' | tail -n 1 | grep .
 }
 
 no_window_named() {
@@ -75,10 +84,15 @@ click() {
     xdotool mousemove "$((x + at_x))" "$((y + at_y))" click 1
 }
 
-# picture NAME: of the whole screen, once nothing moves.
+# session_still FILE: the whole screen, once nothing moves.
+session_still() {
+    "$session_build/examples/demo_stage" still "$1"
+}
+
+# picture NAME: the same, as the next one of the session.
 picture() {
     session_shot=$((session_shot + 1))
-    "$session_build/examples/demo_stage" still "$session_out/$(printf '%02d' "$session_shot")-$1.png"
+    session_still "$session_out/$(printf '%02d' "$session_shot")-$1.png"
 }
 
 # film NAME SECONDS COMMAND...: every frame of what the command sets going.
@@ -148,7 +162,11 @@ keep_idea() {
 session_prepare_home() {
     mkdir -p "$XDG_CONFIG_HOME/gtk-3.0" "$XDG_CONFIG_HOME/ideas" "$XDG_DATA_HOME/ideas"
     # A caret that blinks would make every picture another one.
-    printf '[Settings]\ngtk-cursor-blink=false\ngtk-icon-theme-name=Adwaita\n' >"$XDG_CONFIG_HOME/gtk-3.0/settings.ini"
+    printf '[Settings]\ngtk-cursor-blink=false\ngtk-icon-theme-name=Adwaita\ngtk-font-name=Cantarell 11\n' \
+        >"$XDG_CONFIG_HOME/gtk-3.0/settings.ini"
+    # Who has seen the introduction gets the settings from the icon's menu, and not the introduction.
+    printf '[Ideas]\nOnboardingSeen=true\n' >"$XDG_CONFIG_HOME/ideas/settings.ini"
+    icon_prepare_home
     local day=86400 now
     now=$(date +%s)
     cat >"$XDG_DATA_HOME/ideas/library.ini" <<LIBRARY
@@ -167,24 +185,28 @@ session_play() {
     session_build=$1
     session_out=$2
     session_prepare_home
+    start_panel
 
     echo "demo: playing the session"
     "$session_build/ideas" --window app --transcript "$session_out/transcript.txt" \
         2>"$session_out/log.txt" &
     session_app=$!
-    expect "the main window opens, and is called Ideas" 20 window_named Ideas
+    expect "the main window opens, and is called Ideas" 20 main_window
     local main panel settings onboarding
-    main=$(window_named Ideas)
+    main=$(main_window)
     expect "the main window is active" 10 is_active "$main"
     play_main_window
     play_panel
     play_shortcut
+    play_icon "$main"
     play_settings
     play_onboarding
 
     kill -TERM "$session_app"
     wait "$session_app" || session_fail "the app did not end well"
     session_app=
+    session_stop
+    rm -f "$session_out/at-rest.png"
     check_pairs
 }
 
@@ -288,6 +310,8 @@ listen_for_shortcut() {
     before=$(pauses)
     click "$settings" 120 375
     expect "the settings listen for a shortcut" 10 is_paused_since "$before"
+    # A pointer that rests brings up an explanation in front of what is to be seen.
+    xdotool mousemove 40 860
 }
 
 # record KEYS KEYCODE MODIFIERS: types a shortcut into the settings, which must keep it under these numbers.
@@ -305,8 +329,7 @@ has_refusal() {
 
 play_settings() {
     local triggered
-    click "$main" 90 -30
-    expect "the settings open" 10 window_named Settings
+    expect "the settings open, chosen from the icon's menu" 10 window_named Settings
     settings=$(window_named Settings)
     expect "the settings are active" 10 is_active "$settings"
     # The present combination opens nothing while the settings listen: it would be recorded.

@@ -38,9 +38,23 @@ strip_pick() {
     done
 }
 
+# strip_cards WIDTH CROP ENTRY...: sets cards to one card for each entry "picture|caption".
+strip_cards() {
+    local width=$1 crop=$2 entry card
+    shift 2
+    cards=()
+    for entry in "$@"; do
+        card=$strip_dir/${entry%%|*}${crop:+-close}.miff
+        strip_card "$(find "$strip_pictures" -maxdepth 1 -name "[0-9][0-9]-${entry%%|*}.png")" "${entry#*|}" \
+            "$width" "$crop" >"$card"
+        cards+=("$card")
+    done
+}
+
 # film_strip FOLDER: all of it into FOLDER/film-strip.png.
 film_strip() {
     local out=$1 index frame
+    strip_pictures=$out
     strip_im=$(image_magick)
     strip_dir=$(mktemp -d)
     echo "demo: composing the film strip"
@@ -55,6 +69,9 @@ film_strip() {
         "closed|Escape sends it away"
         "letter|Another program is in front"
         "from-elsewhere|Ctrl+Alt+N there: a new panel, ready for typing"
+        "files|A file manager, and the app's icon in the tray"
+        "dropped|Two files dropped on it: they are ideas now"
+        "updates|And in the library"
         "settings|The settings, with another shortcut recorded"
         "dark|And dark, as just chosen"
         "onboarding|The introduction"
@@ -65,19 +82,17 @@ film_strip() {
         "usual|A usual command: it warns"
         "french|A place, whatever is written there"
     )
-    local entry picture cards=() rows=()
-    for entry in "${stills[@]}"; do
-        picture=$(find "$out" -maxdepth 1 -name "[0-9][0-9]-${entry%%|*}.png")
-        strip_card "$picture" "${entry#*|}" 440 >"$strip_dir/${entry%%|*}.miff"
-        cards+=("$strip_dir/${entry%%|*}.miff")
-    done
-
-    local closer=()
-    for entry in "${details[@]}"; do
-        picture=$(find "$out" -maxdepth 1 -name "[0-9][0-9]-${entry%%|*}.png")
-        strip_card "$picture" "${entry#*|}" 325 372x190+534+407 >"$strip_dir/${entry%%|*}.miff"
-        closer+=("$strip_dir/${entry%%|*}.miff")
-    done
+    local corner=(
+        "dragging|On their way to the icon"
+        "menu|A right click: its menu"
+        "chosen|Chosen with the keyboard"
+    )
+    local cards=() rows=()
+    strip_cards 325 372x190+534+421 "${details[@]}"
+    strip_row "$strip_dir/row-7.miff" "${cards[@]}"
+    strip_cards 440 420x205+1020+0 "${corner[@]}"
+    strip_row "$strip_dir/row-6.miff" "${cards[@]}"
+    strip_cards 440 '' "${stills[@]}"
 
     local frames=() captions=("Return" "" "" "" "at rest") number=0
     mapfile -t frames < <(strip_pick "$out/film-growing" 5)
@@ -92,9 +107,9 @@ film_strip() {
     strip_row "$strip_dir/row-2.miff" "${moving[@]}"
     strip_row "$strip_dir/row-3.miff" "${cards[@]:3:3}"
     strip_row "$strip_dir/row-4.miff" "${cards[@]:6:3}"
-    strip_row "$strip_dir/row-5.miff" "${closer[@]}"
-    strip_row "$strip_dir/row-6.miff" "${cards[@]:9:3}"
-    for index in 1 2 3 4 5 6; do
+    strip_row "$strip_dir/row-5.miff" "${cards[@]:9:3}"
+    strip_row "$strip_dir/row-8.miff" "${cards[@]:12:3}"
+    for index in {1..8}; do
         rows+=("$strip_dir/row-$index.miff")
     done
     "$strip_im" "${rows[@]}" -background '#1f1f28' -gravity center -append -bordercolor '#1f1f28' -border 10x12 \

@@ -3,8 +3,9 @@
 #include "backends/linux/host/BundleDirectory.h"
 #include "backends/linux/host/FileSystem.h"
 #include "backends/linux/host/MachineInfo.h"
+#include "backends/linux/host/OpenerPrograms.h"
 #include "backends/linux/host/StandardErrorLog.h"
-#include "backends/linux/host/Workspace.h"
+#include "backends/linux/host/UserEnvironment.h"
 #include "backends/linux/loop/EventLoop.h"
 #include "backends/linux/loop/MonotonicClock.h"
 #include "tests/linux/SessionBus.h"
@@ -231,19 +232,22 @@ TEST_F(HostFiles, OpenersGetTheAddressAsItIsAndTheUsersEnvironment)
     auto loop = EventLoop::create().take();
     auto const opener = root + "/opener";
     write("/opener",
-        "#!/bin/sh\nprintf '%s' \"$1\" > \"" + root + "/address\"\nenv > \"" + root + "/environment\"\nexit 3\n");
+        "#!/bin/sh\nprintf '%s' \"$2\" > \"" + root + "/address\"\nenv > \"" + root + "/environment\"\nexit 3\n");
     chmod(opener.c_str(), 0755);
     setenv("APPDIR", root.c_str(), 1);
     setenv("LD_LIBRARY_PATH", "/bundle/lib", 1);
     setenv("LD_LIBRARY_PATH_ORIG", "/users/lib", 1);
     setenv("XDG_DATA_DIRS", "/bundle/share", 1);
     setenv("XDG_DATA_DIRS_ORIG", "/users/share", 1);
-    backends::Workspace workspace(*loop, log, opener);
+    backends::OpenerPrograms openers(*loop, { { root + "/nothing" }, { opener, "--open" } });
     auto const url = *platform::URL::fromString("https://example.org/a%20b?c='d\"&e=$(f);g");
-    ASSERT_TRUE(workspace.openURL(url));
-    ASSERT_TRUE(runUntil(*loop, [&] { return !lines.messages.empty(); }));
+    std::optional<platform::NSError> error;
+    openers.open(url, [&](auto const& why) { error = why; });
+    EXPECT_FALSE(error) << "the call does not wait";
+    ASSERT_TRUE(runUntil(*loop, [&] { return error.has_value(); }));
     EXPECT_EQ(read("/address"), url.absoluteString());
-    EXPECT_EQ(lines.messages, (std::vector<std::string> { opener + " failed: exit code 3" }));
+    EXPECT_EQ(
+        error->localizedDescription, root + "/nothing: No such file or directory; " + opener + " failed: exit code 3");
     auto const environment = "\n" + read("/environment");
     EXPECT_NE(environment.find("\nLD_LIBRARY_PATH=/users/lib\n"), std::string::npos);
     EXPECT_NE(environment.find("\nXDG_DATA_DIRS=/users/share\n"), std::string::npos);
@@ -254,10 +258,11 @@ TEST_F(HostFiles, OpenersGetTheAddressAsItIsAndTheUsersEnvironment)
 TEST_F(HostFiles, AnOpenerThatIsNotThereIsSaid)
 {
     auto loop = EventLoop::create().take();
-    backends::Workspace workspace(*loop, log, root + "/nothing");
-    EXPECT_FALSE(workspace.openURL(*platform::URL::fromString("https://example.org/")));
-    ASSERT_EQ(lines.messages.size(), 1u);
-    EXPECT_NE(lines.messages[0].find("No such file"), std::string::npos);
+    backends::OpenerPrograms openers(*loop, { { root + "/nothing" } });
+    std::optional<platform::NSError> error;
+    openers.open(*platform::URL::fromString("https://example.org/"), [&](auto const& why) { error = why; });
+    ASSERT_TRUE(runUntil(*loop, [&] { return error.has_value(); }));
+    EXPECT_NE(error->localizedDescription.find("No such file"), std::string::npos);
 }
 
 TEST_F(HostFiles, TheEnvironmentOutsideABundleIsUnchanged)

@@ -7,9 +7,6 @@
 #include <cstdint>
 #include <poll.h>
 
-// The library that finds fonts keeps one small pattern for ever, which a leak checker would find.
-extern "C" [[gnu::used]] char const* __lsan_default_suppressions() { return "leak:libfontconfig"; }
-
 namespace paneweld_tests {
 
 using backends::MenuLayout;

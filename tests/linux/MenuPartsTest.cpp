@@ -198,7 +198,8 @@ TEST(MenuKeys, AShortcutNeedsExactlyItsModifiersAndNoLocks)
     item->setKeyEquivalentModifierMask(NSEventModifierFlags::control);
     EXPECT_TRUE(isChosen(qKey, XCB_MOD_MASK_4));
     for (int const state : { 0, int { XCB_MOD_MASK_CONTROL }, int { XCB_MOD_MASK_4 } })
-        EXPECT_FALSE(backends::isShortcut(*item, MenuKeyPress { plain, qKey, static_cast<std::uint16_t>(state) })) << state;
+        EXPECT_FALSE(backends::isShortcut(*item, MenuKeyPress { plain, qKey, static_cast<std::uint16_t>(state) }))
+            << state;
 }
 
 TEST(MenuKeys, TheKeypadMovesWhateverNumLockSays)

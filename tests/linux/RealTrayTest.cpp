@@ -1,8 +1,6 @@
-#include "tests/linux/RealTray.h"
 #include "tests/linux/DragProgram.h"
+#include "tests/linux/RealPanel.h"
 #include "tests/linux/TrayFixture.h"
-
-#include <ostream>
 
 // The item in trays that people have, used by a hand that nobody can tell from a person's.
 namespace paneweld_tests {
@@ -10,28 +8,21 @@ namespace paneweld_tests {
 using platform::StatusItemPlace;
 using Actions = std::vector<std::string>;
 
-struct TrayCase {
-    RealTray::Program program;
-    char const* name;
-};
-
-// For messages.
-void PrintTo(TrayCase const& one, std::ostream* stream) { *stream << one.name; }
-
-class RealTrayTest : public TrayFixture, public ::testing::WithParamInterface<TrayCase> {
+class RealTrayTest : public TrayFixture, public ::testing::WithParamInterface<RealPanel::Program> {
 protected:
     void start()
     {
-        tray = std::make_unique<RealTray>(GetParam().program);
+        panel = std::make_unique<RealPanel>(GetParam());
+        // Panels keep their settings in services.
         startDesktop(SessionBus::Services::Installed);
         desktop->startWindowManager();
-        tray->start(desktop->display());
+        panel->startAsTray(desktop->display());
         fillMenu();
         startItem();
         ASSERT_TRUE(comesTo(StatusItemPlace::Tray));
         ASSERT_TRUE(pump([&] { return icon() != XCB_WINDOW_NONE; }));
     }
-    void keep(std::string const& name) { keepPicture(desktop->display(), GetParam().name + ("-" + name)); }
+    void keep(std::string const& what) { RealPanel::screen(*toolkit).keep("tray-" + panel->name() + "-" + what); }
     // Trays move their icons about when they start.
     Geometry iconAtRest()
     {
@@ -58,13 +49,13 @@ protected:
             program.moveTowards(place);
             return dragsEntered > 0 && ++movesInside > 20;
         }));
-        keep(kind == DragProgram::Kind::Gtk ? "gtk-drag" : "qt-drag");
+        keep(kind == DragProgram::Kind::Gtk ? "3-drag-gtk" : "4-drag-qt");
         program.release();
         ASSERT_TRUE(pump([&] { return dropped.has_value(); }));
         EXPECT_EQ(*dropped, (Actions { "file:///tmp/z%20%C3%BC%20100%25.txt", "file:///tmp/a%0A%231%3F" }));
     }
 
-    std::unique_ptr<RealTray> tray;
+    std::unique_ptr<RealPanel> panel;
 };
 
 TEST_P(RealTrayTest, ShowsTheItemWithItsClicksAndItsMenu)
@@ -73,7 +64,7 @@ TEST_P(RealTrayTest, ShowsTheItemWithItsClicksAndItsMenu)
     auto const place = iconAtRest();
     EXPECT_GE(place.width, 16);
     EXPECT_GE(place.height, 16);
-    keep("icon");
+    keep("1-shown");
     click(place, 1);
     ASSERT_TRUE(pump([&] { return actions.size() == 1; }));
     click(place, 3);
@@ -82,7 +73,7 @@ TEST_P(RealTrayTest, ShowsTheItemWithItsClicksAndItsMenu)
     strike(downKey);
     strike(downKey);
     pumpFor(std::chrono::milliseconds(100));
-    keep("menu");
+    keep("2-menu");
     strike(returnKey);
     ASSERT_TRUE(pump([&] { return actions.size() == 3; }));
     settle();
@@ -93,9 +84,9 @@ TEST_P(RealTrayTest, ShowsTheItemWithItsClicksAndItsMenu)
 TEST_P(RealTrayTest, HasTheItemAgainWhenItStartsAgain)
 {
     start();
-    tray->kill();
+    panel->end();
     ASSERT_TRUE(pump([&] { return !places.empty() && places.back() != StatusItemPlace::Tray; }));
-    tray->start(desktop->display());
+    panel->startAsTray(desktop->display());
     ASSERT_TRUE(comesTo(StatusItemPlace::Tray));
     ASSERT_TRUE(pump([&] { return icon() != XCB_WINDOW_NONE; }));
     click(iconAtRest(), 1);
@@ -105,9 +96,8 @@ TEST_P(RealTrayTest, HasTheItemAgainWhenItStartsAgain)
 }
 
 INSTANTIATE_TEST_SUITE_P(All, RealTrayTest,
-    ::testing::Values(TrayCase { RealTray::Program::Trayer, "trayer" }, TrayCase { RealTray::Program::Tint2, "tint2" },
-        TrayCase { RealTray::Program::XfcePanel, "xfce4-panel" }),
-    [](auto const& one) { return std::string(one.param.name).substr(0, 5); });
+    ::testing::Values(RealPanel::trayer(), RealPanel::tint2(), RealPanel::xfce()),
+    [](auto const& program) { return program.param.name; });
 
 // Tint2 keeps what is dragged over it for itself.
 class RealTrayDropTest : public RealTrayTest { };
@@ -124,9 +114,7 @@ TEST_P(RealTrayDropTest, LetsFilesThroughFromQt)
     dragFiles(DragProgram::Kind::Qt);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, RealTrayDropTest,
-    ::testing::Values(
-        TrayCase { RealTray::Program::Trayer, "trayer" }, TrayCase { RealTray::Program::XfcePanel, "xfce4-panel" }),
-    [](auto const& one) { return std::string(one.param.name).substr(0, 5); });
+INSTANTIATE_TEST_SUITE_P(All, RealTrayDropTest, ::testing::Values(RealPanel::trayer(), RealPanel::xfce()),
+    [](auto const& program) { return program.param.name; });
 
 } // namespace paneweld_tests

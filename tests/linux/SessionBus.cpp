@@ -17,7 +17,7 @@ constexpr auto configuration = R"(<!DOCTYPE busconfig PUBLIC "-//freedesktop//DT
  "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
 <busconfig>
   <type>session</type>
-  <listen>unix:tmpdir=/tmp</listen>
+  <listen>unix:path=SOCKET</listen>
   <auth>EXTERNAL</auth>
   SERVICES
   <policy context="default">
@@ -33,14 +33,21 @@ constexpr auto configuration = R"(<!DOCTYPE busconfig PUBLIC "-//freedesktop//DT
 SessionBus::SessionBus(Services services)
 {
     std::string text = configuration;
-    constexpr std::string_view place = "SERVICES";
-    text.replace(
-        text.find(place), place.size(), services == Services::Installed ? "<standard_session_servicedirs/>" : "");
-    auto const file = m_folder.write("bus.conf", text);
+    auto const fill = [&](std::string_view place, std::string const& filling) {
+        text.replace(text.find(place), place.size(), filling);
+    };
+    fill("SERVICES", services == Services::Installed ? "<standard_session_servicedirs/>" : "");
+    fill("SOCKET", socket());
+    m_configuration = m_folder.write("bus.conf", text);
+    startAgain();
+}
+
+void SessionBus::startAgain()
+{
     std::array<int, 2> ends {};
     EXPECT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
-    m_daemon = ChildProcess({ "dbus-daemon", "--config-file=" + file, "--nofork", "--nopidfile", "--nosyslog",
-                                "--print-address=" + std::to_string(ends[1]) },
+    m_daemon = ChildProcess({ "dbus-daemon", "--config-file=" + m_configuration, "--nofork", "--nopidfile",
+                                "--nosyslog", "--print-address=" + std::to_string(ends[1]) },
         ends[1]);
     close(ends[1]);
     pollfd wait { ends[0], POLLIN, 0 };
@@ -57,5 +64,9 @@ SessionBus::SessionBus(Services services)
 }
 
 void SessionBus::end() { m_daemon.end(SIGKILL); }
+
+void SessionBus::pause() { kill(m_daemon.id(), SIGSTOP); }
+
+void SessionBus::resume() { kill(m_daemon.id(), SIGCONT); }
 
 } // namespace paneweld_tests

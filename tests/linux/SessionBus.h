@@ -15,10 +15,19 @@ public:
     explicit SessionBus(Services services = Services::None);
 
     std::string const& address() const { return m_address; }
+    // The file that is its socket.
+    std::string socket() const { return m_folder.path() + "/bus"; }
+    // As if it had crashed.
     void end();
+    // Another one at the same place, with an identity of its own. Returns when it takes connections.
+    void startAgain();
+    // A bus that reads and says nothing, until it goes on.
+    void pause();
+    void resume();
 
 private:
     platform::TemporaryFolder m_folder;
+    std::string m_configuration;
     ChildProcess m_daemon;
     std::string m_address;
 };

@@ -412,6 +412,24 @@ TEST_F(ShortcutSession, ABusThatDiesIsTold)
     pumpUntil([&] { return truth().lastRegistration == HotKeyResult::Active; });
 }
 
+TEST_F(ShortcutSession, ABusThatComesBackHasTheShortcutAgain)
+{
+    SessionBus bus;
+    auto portal = std::make_unique<PortalStandIn>(bus.address());
+    openWayland();
+    auto const key = registered(n, cmdKey);
+    for (int i = 0; i < 3; ++i) {
+        waitFor(HotKeyAvailability::PortalBound);
+        EXPECT_EQ(portal->count("BindShortcuts"), 1);
+        portal.reset();
+        bus.end();
+        waitFor(HotKeyAvailability::XWaylandFocusedOnly);
+        bus.startAgain();
+        portal = std::make_unique<PortalStandIn>(bus.address());
+    }
+    waitFor(HotKeyAvailability::PortalBound);
+}
+
 TEST_F(ShortcutSession, WithoutAServerThePortalStillBinds)
 {
     SessionBus const bus;

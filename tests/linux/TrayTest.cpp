@@ -3,11 +3,13 @@
 #include "tests/linux/DragSource.h"
 #include "tests/linux/ForkedTray.h"
 #include "tests/linux/KeyboardOwner.h"
+#include "tests/linux/PanelStandIn.h"
 #include "tests/linux/StatusWatcherStandIn.h"
 #include "tests/linux/TrayFixture.h"
 #include "tests/linux/TrayStandIn.h"
 
 #include <cstdlib>
+#include <poll.h>
 
 namespace paneweld_tests {
 
@@ -193,6 +195,37 @@ TEST_F(Tray, ThatNeverTakesTheItemIsNone)
     ASSERT_TRUE(comesTo(StatusItemPlace::Tray));
 }
 
+TEST_F(Tray, ThatNeverKeepsTheItemIsNoneAfterAWhile)
+{
+    startDesktop();
+    auto& tray = addTray();
+    startItem();
+    for (int i = 0; i < 3; ++i) {
+        ASSERT_TRUE(comesTo(StatusItemPlace::Tray));
+        tray.putOut(tray.icons().at(0));
+        ASSERT_TRUE(comesTo(StatusItemPlace::Nowhere));
+    }
+    ASSERT_TRUE(comesTo(StatusItemPlace::Panel));
+    // Whatever else it says.
+    tray.setForeground({ 0xFFFF, 0xFFFF, 0xFFFF });
+    settle();
+    EXPECT_EQ(tray.asked().size(), 3u);
+    EXPECT_EQ(place(), StatusItemPlace::Panel);
+}
+
+TEST_F(Tray, LeavesTheProcessAsleep)
+{
+    startDesktop();
+    addTray({ .foreground = { 0, 0, 0 } });
+    startItem();
+    ASSERT_TRUE(comesTo(StatusItemPlace::Tray));
+    ASSERT_TRUE(pump([&] { return icon() != XCB_WINDOW_NONE; }));
+    settle();
+    backend->dispatch();
+    pollfd wait { backend->pollableDescriptor(), POLLIN, 0 };
+    EXPECT_EQ(poll(&wait, 1, 1000), 0);
+}
+
 TEST_F(Tray, ThatDiesBeforeItTakesTheItemIsNone)
 {
     startDesktop();
@@ -233,6 +266,43 @@ TEST_F(Tray, TellsThePressesOfTwoButtons)
     ASSERT_TRUE(pump([&] { return actions.size() == 3; }));
     settle();
     EXPECT_EQ(actions, (std::vector<std::string> { "left", "right", "left" }));
+}
+
+TEST_F(Tray, TellsWhereTheItemWasPressed)
+{
+    startDesktop();
+    addTray();
+    startItem();
+    ASSERT_TRUE(pump([&] { return icon() != XCB_WINDOW_NONE; }));
+    EXPECT_FALSE(backend->statusBar()->pressedFrame());
+    auto const place = toolkit->geometry(icon());
+    click(place, 1);
+    ASSERT_TRUE(pump([&] { return actions.size() == 1; }));
+    platform::Rect const frame { static_cast<double>(place.x), 800.0 - place.bottom(), static_cast<double>(place.width),
+        static_cast<double>(place.height) };
+    EXPECT_EQ(backend->statusBar()->pressedFrame(), frame);
+}
+
+// Of those that are on the bus.
+TEST_F(Tray, OrAPanelTellsWhereTheItemWasPressed)
+{
+    startDesktop();
+    startItem();
+    ASSERT_TRUE(comesTo(StatusItemPlace::Panel));
+    PanelStandIn panel(bus->address(), watcher->items().at(0));
+    auto const press = [&](char const* method, int x, int y) {
+        auto answer = panel.askItem(method, "ii", x, y);
+        pump([&] { return answer.wait_for(std::chrono::seconds(0)) == std::future_status::ready; });
+        settle();
+        return backend->statusBar()->pressedFrame();
+    };
+    EXPECT_EQ(press("Activate", 300, 20), (platform::Rect { 300, 780, 0, 0 }));
+    EXPECT_EQ(press("ContextMenu", 310, 20), (platform::Rect { 310, 780, 0, 0 }));
+    // What some say who do not know, and what cannot be.
+    EXPECT_EQ(press("Activate", 0, 0), std::nullopt);
+    press("Activate", 300, 20);
+    EXPECT_EQ(press("Activate", 5000, 20), std::nullopt);
+    EXPECT_EQ(actions.size(), 5u);
 }
 
 TEST_F(Tray, HasAMenuOnTheRightButton)

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstdio>
@@ -79,10 +80,15 @@ TEST_F(Loading, AHostFindsThePlugInAndBringsItToLife)
     EXPECT_EQ(controller->classDescription()->name, "PaneweldAppKitController");
 }
 
-TEST_F(Loading, TheUpdaterIsAbsentAndTheRestStillWorks)
+TEST_F(Loading, TheUpdaterIsMadeByNameAndStarted)
 {
     auto const host = start();
-    EXPECT_EQ(NSBundle::updateController(*host->plugin()), nullptr);
+    auto const updater = NSBundle::updateController(*host->plugin());
+    ASSERT_TRUE(updater);
+    EXPECT_EQ(platform::perform(*updater, "canCheckForUpdates"), platform::Value(false));
+    // This program says nowhere which version it is, so it has no updates.
+    EXPECT_TRUE(platform::perform(*updater, "startUpdater"));
+    EXPECT_EQ(platform::perform(*updater, "canCheckForUpdates"), platform::Value(false));
     EXPECT_TRUE(NSBundle::appKitController(*host->plugin()));
 }
 
@@ -221,6 +227,16 @@ TEST_F(Loading, TheLibraryNeedsTheRuntimesXcbAndSystemdAndNothingElse)
     }
     for (auto const& library : neededLibraries(PANEWELD_TEST_BUNDLE "/Paneweld"))
         EXPECT_FALSE(library.starts_with("libxcb") || library.starts_with("libsystemd")) << library;
+}
+
+// Two copies in one library would each keep half of a connection.
+TEST_F(Loading, WhatSpeaksToTheXServerIsInsideOrShared)
+{
+    auto const needed = neededLibraries(PANEWELD_TEST_LIBRARY);
+    auto const shared = std::count_if(
+        needed.begin(), needed.end(), [](auto const& library) { return library.starts_with("libxcb"); });
+    EXPECT_TRUE(shared == 0 || shared == 8) << shared;
+    EXPECT_EQ(outputOf("nm -D --defined-only '" PANEWELD_TEST_LIBRARY "' | awk '$3 ~ /^(xcb_|Xau|Xdmcp)/'"), "");
 }
 
 TEST_F(Loading, ASecondCopyOfTheLibraryIsRefused)

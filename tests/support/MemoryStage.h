@@ -56,6 +56,20 @@ protected:
         world->hotKeys().setHeldElsewhere(keyCode, modifiers);
     }
 
+    // Files that the user has, made, renamed and removed.
+    platform::URL makeFolder(std::string const& name)
+    {
+        return platform::URL::fileURL("/home/ada/" + name, platform::URL::IsDirectory::Yes);
+    }
+    void renameFolder(platform::URL const& from, platform::URL const& to) { world->renameFile(from, to); }
+    void removeFolder(platform::URL const& folder) { world->removeFile(folder); }
+    // Whether there is a program for addresses.
+    void setCanOpen(bool canOpen)
+    {
+        world->setOpenError(
+            canOpen ? std::nullopt : std::optional(platform::NSError { "Workspace", 2, "nobody opens it" }));
+    }
+
     bool pumpUntil(std::function<bool()> const& condition)
     {
         for (int i = 0; i < 500 && !condition(); ++i)

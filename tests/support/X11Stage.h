@@ -4,10 +4,13 @@
 #include "platform/carbon/EventHotKeys.h"
 #include "tests/linux/KeyboardOwner.h"
 #include "tests/linux/LinuxTest.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -71,6 +74,24 @@ protected:
         return toolkit->pressedKeys.size() > pressesBefore;
     }
 
+    platform::URL makeFolder(std::string const& name)
+    {
+        auto const path = std::filesystem::path(m_files.path()) / name;
+        std::filesystem::create_directories(path);
+        return platform::URL::fileURL(path.string(), platform::URL::IsDirectory::Yes);
+    }
+    void renameFolder(platform::URL const& from, platform::URL const& to)
+    {
+        std::filesystem::rename(*from.filePath(), *to.filePath());
+    }
+    void removeFolder(platform::URL const& folder) { std::filesystem::remove_all(*folder.filePath()); }
+    void setCanOpen(bool canOpen)
+    {
+        auto const program = m_files.write("bin/gio", canOpen ? "#!/bin/sh\nexit 0\n" : "#!/bin/sh\nexit 2\n");
+        std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+        setenv("PATH", (m_files.path() + "/bin").c_str(), 1);
+    }
+
     void pressCombination(std::uint32_t keyCode, std::uint32_t modifiers)
     {
         for (auto const key : keysOf(keyCode, modifiers))
@@ -131,5 +152,6 @@ private:
 
     xcb_window_t handle(platform::NSWindow& known) { return *backend->x11Window(known); }
 
+    platform::TemporaryFolder m_files;
     std::unique_ptr<paneweld_tests::KeyboardOwner> m_user;
 };

@@ -130,6 +130,8 @@ platform::Result<std::unique_ptr<Bus>> Bus::connect(EventLoop& loop, std::string
     if (result >= 0)
         result = sd_bus_set_bus_client(bus, 1);
     if (result >= 0)
+        result = sd_bus_set_connected_signal(bus, 1);
+    if (result >= 0)
         result = sd_bus_start(bus);
     if (result >= 0)
         result = sd_bus_attach_event(bus, loop.native(), SD_EVENT_PRIORITY_NORMAL);
@@ -197,11 +199,15 @@ BusSlot Bus::askOwner(std::string const& service, std::function<void(std::string
         });
 }
 
-BusSlot Bus::whenLost(std::function<void()> lost)
+BusSlot Bus::whenLocalSignal(std::string const& name, std::function<void()> heard)
 {
     constexpr auto library = "org.freedesktop.DBus.Local";
-    return whenSignal({ library, {}, library, "Disconnected" }, [lost = std::move(lost)](auto const&) { lost(); });
+    return whenSignal({ library, {}, library, name }, [heard = std::move(heard)](auto const&) { heard(); });
 }
+
+BusSlot Bus::whenReady(std::function<void()> ready) { return whenLocalSignal("Connected", std::move(ready)); }
+
+BusSlot Bus::whenLost(std::function<void()> lost) { return whenLocalSignal("Disconnected", std::move(lost)); }
 
 BusSlot Bus::exportObject(std::string const& path, BusInterface interface)
 {

@@ -71,6 +71,8 @@ public:
 
     // Who has it now: the name of a connection, or empty. Answered before any change that is told later.
     BusSlot askOwner(std::string const& service, std::function<void(std::string const& owner)> answered);
+    // Once, when the bus has answered for the first time. A socket that takes connections need not be a bus.
+    BusSlot whenReady(std::function<void()> ready);
     // Once, when the bus has gone.
     BusSlot whenLost(std::function<void()> lost);
 
@@ -83,6 +85,9 @@ public:
 
 private:
     Bus(sd_bus* bus, EventLoop& loop);
+
+    // News of the connection itself.
+    BusSlot whenLocalSignal(std::string const& name, std::function<void()> heard);
 
     sd_bus* m_bus;
     EventLoop& m_loop;

@@ -220,10 +220,10 @@ bool appendValue(sd_bus_message* message, std::string_view type, Value const& va
         return number && wire == *number && sd_bus_message_append_basic(message, 'i', &wire) >= 0;
     }
     case 'h': {
-        // The message keeps a copy of its own.
+        // The message keeps a descriptor of its own.
         auto const number = value.asInt();
-        auto const wire = static_cast<int>(number.value_or(-1));
-        return number && wire == *number && sd_bus_message_append_basic(message, 'h', &wire) >= 0;
+        int const wire = static_cast<int>(number.value_or(-1));
+        return wire >= 0 && sd_bus_message_append_basic(message, 'h', &wire) >= 0;
     }
     case 'v':
         return appendVariant(message, value);

@@ -32,7 +32,7 @@ BusMessage readMessage(sd_bus_message* message);
 
 // Appends arguments as the signature of the D-Bus specification says. A variant takes the type of its value: text, a
 // boolean, a number of 32 bits, a list of texts or of such lists; any other type is given by a BusVariant. Data is an
-// array of bytes, an open file its descriptor. False when a value does not fit.
+// array of bytes, and a descriptor its number. False when a value does not fit.
 bool appendArguments(sd_bus_message* message, std::string const& signature, platform::List const& arguments);
 
 } // namespace backends

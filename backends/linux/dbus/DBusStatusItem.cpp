@@ -1,5 +1,6 @@
 #include "backends/linux/dbus/DBusStatusItem.h"
 
+#include "backends/linux/dbus/BusAddress.h"
 #include "platform/appkit/NSEvent.h"
 #include "platform/appkit/NSImage.h"
 
@@ -34,32 +35,72 @@ void addSymbolicIcon(platform::NSImage const& image, StatusIcon& icon)
 
 DBusStatusItem::DBusStatusItem(
     EventLoop& loop, Options options, std::shared_ptr<platform::NSStatusBarButton> button, platform::OSLog const& log)
-    : m_options(std::move(options))
+    : m_loop(loop)
+    , m_options(std::move(options))
     , m_button(std::move(button))
+    , m_log(log)
+    , m_return(loop, m_options.busAddress, [this] { connectAgain(); })
 {
-    connect(loop, log);
-    redraw();
+    auto const error = connect(m_options.busAddress);
+    if (!error)
+        return;
+    m_log.error("no status item on the session bus: %{public}s", { error->localizedDescription });
+    m_return.await();
 }
 
 DBusStatusItem::~DBusStatusItem() = default;
 
-void DBusStatusItem::connect(EventLoop& loop, platform::OSLog const& log)
+std::optional<platform::NSError> DBusStatusItem::connect(std::string const& address)
 {
-    auto bus = Bus::connect(loop, m_options.busAddress);
-    if (!bus) {
-        log.error("no status item on the session bus: %{public}s", { bus.error().localizedDescription });
-        return;
-    }
+    auto bus = Bus::connect(m_loop, address);
+    if (!bus)
+        return bus.error();
     m_bus = bus.take();
-    m_menu = std::make_unique<DBusMenu>(*m_bus, loop, menuPath, log,
+    m_ready = m_bus->whenReady([this] { m_return.found(); });
+    m_lost = m_bus->whenLost([this] { busDidGo(); });
+    serve();
+    return std::nullopt;
+}
+
+void DBusStatusItem::serve()
+{
+    m_menu = std::make_unique<DBusMenu>(*m_bus, m_loop, menuPath, m_log,
         [button = m_button] { button->reportRightMouseDown(NSEvent { EventType::RightMouseDown }); });
+    if (m_shownMenu)
+        m_menu->setMenu(m_shownMenu);
     auto identity = m_options.identity;
     identity.menuPath = menuPath;
     StatusNotifierItem::Observer observer;
-    observer.didActivate = [this](std::string const& token) { press(token); };
-    observer.didAskForMenu = [this] { m_menu->demand(); };
+    observer.didActivate = [this](auto place, auto const& token) { press(place, token); };
+    observer.didAskForMenu = [this](auto place) {
+        if (m_options.willPress)
+            m_options.willPress(place);
+        m_menu->demand();
+    };
     observer.stateDidChange = m_options.stateDidChange;
-    m_item = std::make_unique<StatusNotifierItem>(*m_bus, loop, std::move(identity), log, std::move(observer));
+    m_item = std::make_unique<StatusNotifierItem>(*m_bus, m_loop, std::move(identity), m_log, std::move(observer));
+    redraw();
+}
+
+void DBusStatusItem::busDidGo()
+{
+    m_item.reset();
+    m_menu.reset();
+    m_ready = {};
+    m_lost = {};
+    m_bus.reset();
+    m_return.await();
+    // A copy: it may drop this.
+    auto const stateDidChange = m_options.stateDidChange;
+    if (stateDidChange)
+        stateDidChange();
+}
+
+void DBusStatusItem::connectAgain()
+{
+    // An attempt that has come half way goes on, and says itself when it fails.
+    if (!m_bus && connect(withoutIdentity(m_options.busAddress)))
+        m_return.await();
 }
 
 StatusWatcher::State DBusStatusItem::state() const
@@ -69,14 +110,17 @@ StatusWatcher::State DBusStatusItem::state() const
 
 void DBusStatusItem::showMenu(std::shared_ptr<platform::NSMenu> const& menu)
 {
+    m_shownMenu = menu;
     if (m_menu)
         m_menu->setMenu(menu);
 }
 
-void DBusStatusItem::press(std::string const& activationToken)
+void DBusStatusItem::press(std::optional<StatusNotifierItem::Place> place, std::string const& activationToken)
 {
     // Held: a press may end the item.
     auto const button = m_button;
+    if (m_options.willPress)
+        m_options.willPress(place);
     if (auto const willActivate = m_options.willActivate; willActivate && !activationToken.empty())
         willActivate(activationToken);
     button->reportMouseDown(NSEvent { EventType::LeftMouseDown });
@@ -85,7 +129,7 @@ void DBusStatusItem::press(std::string const& activationToken)
 void DBusStatusItem::redraw()
 {
     if (m_item)
-        m_item->setIcon(icon());
+        m_item->setIcon([this] { return icon(); });
 }
 
 StatusIcon DBusStatusItem::icon() const

@@ -1,24 +1,26 @@
 #pragma once
 
+#include "backends/linux/dbus/BusReturn.h"
 #include "backends/linux/dbus/DBusMenu.h"
 #include "backends/linux/dbus/StatusNotifierItem.h"
 #include "platform/appkit/NSStatusBarButton.h"
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace platform {
 class NSImage;
-}
+class NSMenu;
+} // namespace platform
 
 namespace backends {
 
-class EventLoop;
-
 // A status item that the desktop's panel draws, menu and all. Presses reach the button as the panel tells them; a menu
-// that the button is to show is handed to the panel. Without a bus it is an item that nobody sees. Main thread only.
+// that the button is to show is handed to the panel. Without a bus it is an item that nobody sees, until there is one.
+// Main thread only.
 class DBusStatusItem {
 public:
     struct Options {
@@ -28,6 +30,8 @@ public:
         std::function<std::vector<IconPixmap>(platform::NSImage const&)> drawIcon {};
         // A name of the icon theme, for an item that has nothing else to show.
         std::string standInIconName {};
+        // Just before a press, with its place where the desktop tells it.
+        std::function<void(std::optional<StatusNotifierItem::Place>)> willPress {};
         // Just before a press that the desktop gave an activation token for (xdg-activation).
         std::function<void(std::string const& activationToken)> willActivate {};
         // Called from the loop.
@@ -45,13 +49,22 @@ public:
     void redraw();
 
 private:
-    void connect(EventLoop& loop, platform::OSLog const& log);
-    void press(std::string const& activationToken);
+    std::optional<platform::NSError> connect(std::string const& address);
+    void connectAgain();
+    void serve();
+    void busDidGo();
+    void press(std::optional<StatusNotifierItem::Place> place, std::string const& activationToken);
     StatusIcon icon() const;
 
+    EventLoop& m_loop;
     Options m_options;
     std::shared_ptr<platform::NSStatusBarButton> m_button;
+    platform::OSLog m_log;
+    std::shared_ptr<platform::NSMenu> m_shownMenu;
+    BusReturn m_return;
+    // What there is of it on one connection. Absent without a bus.
     std::unique_ptr<Bus> m_bus;
+    BusSlot m_ready, m_lost;
     std::unique_ptr<DBusMenu> m_menu;
     std::unique_ptr<StatusNotifierItem> m_item;
 };

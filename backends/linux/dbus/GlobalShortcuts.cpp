@@ -1,5 +1,7 @@
 #include "backends/linux/dbus/GlobalShortcuts.h"
 
+#include "backends/linux/dbus/BusAddress.h"
+
 #include <utility>
 
 namespace backends {
@@ -29,6 +31,7 @@ GlobalShortcuts::GlobalShortcuts(
     , m_appID(std::move(appID))
     , m_log(std::move(log))
     , m_observer(std::move(observer))
+    , m_return(loop, m_busAddress, [this] { busMayBeBack(); })
 {
 }
 
@@ -55,6 +58,7 @@ void GlobalShortcuts::ask()
         return;
     m_versionQuestion = m_portal->askVersion(interface, [this](auto const& version) {
         if (version) {
+            m_return.found();
             createSession();
             return;
         }
@@ -68,18 +72,43 @@ void GlobalShortcuts::ask()
 
 void GlobalShortcuts::connect()
 {
-    // Its rules go with it.
-    for (auto* const rule : { &m_activated, &m_deactivated, &m_changed, &m_closed })
-        *rule = {};
-    m_portal.reset();
+    leavePortal();
     auto portal = Portal::connect(m_loop, m_busAddress, m_appID);
     if (!portal) {
         m_log.error(
             "no shortcuts from the desktop, no session bus: %{public}s", { portal.error().localizedDescription });
+        m_return.await();
         setState(State::Absent);
         return;
     }
-    m_portal = portal.take();
+    usePortal(portal.take());
+}
+
+void GlobalShortcuts::busMayBeBack()
+{
+    if (!m_isWanted || m_state != State::Absent || (m_portal && !m_portal->isLost()))
+        return;
+    auto portal = Portal::connect(m_loop, withoutIdentity(m_busAddress), m_appID);
+    if (!portal) {
+        m_return.await();
+        return;
+    }
+    leavePortal();
+    usePortal(portal.take());
+    ask();
+}
+
+void GlobalShortcuts::leavePortal()
+{
+    // Its rules go with it.
+    for (auto* const rule : { &m_activated, &m_deactivated, &m_changed, &m_closed })
+        *rule = {};
+    m_portal.reset();
+}
+
+void GlobalShortcuts::usePortal(std::unique_ptr<Portal> portal)
+{
+    m_portal = std::move(portal);
     m_portal->setObserver([this] { portalDidGo(); }, [this] { portalDidCome(); });
     m_activated
         = m_portal->whenSignal(interface, "Activated", [this](auto const& signal) { handlePress(signal, true); });
@@ -192,6 +221,8 @@ void GlobalShortcuts::portalDidGo()
     if (m_state == State::Declined)
         return;
     m_waitsForPortal = true;
+    if (m_portal->isLost())
+        m_return.await();
     setState(State::Absent);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "backends/linux/dbus/BusReturn.h"
 #include "backends/linux/dbus/Portal.h"
 #include "platform/log/OSLog.h"
 
@@ -54,6 +55,9 @@ public:
 private:
     void ask();
     void connect();
+    void busMayBeBack();
+    void leavePortal();
+    void usePortal(std::unique_ptr<Portal> portal);
     void createSession();
     void listShortcuts();
     void bindShortcuts();
@@ -87,6 +91,7 @@ private:
     BusSlot m_activated, m_deactivated, m_changed, m_closed;
     BusSlot m_versionQuestion;
     Portal::Request m_request;
+    BusReturn m_return;
 };
 
 } // namespace backends

@@ -3,6 +3,8 @@
 #include "platform/foundation/UUID.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdio>
 #include <unistd.h>
 #include <utility>
 
@@ -189,6 +191,14 @@ BusSlot Portal::whenObjectSignals(std::string const& interface, std::string cons
 void Portal::closeObject(std::string const& interface, std::string const& path)
 {
     m_bus->send({ service, path, interface, "Close" }, "", {});
+}
+
+std::string portalWindowHandle(std::optional<std::uint32_t> xid)
+{
+    std::array<char, 16> text {};
+    if (xid)
+        std::snprintf(text.data(), text.size(), "x11:%x", *xid);
+    return text.data();
 }
 
 Portal::Request::Request(Request&& other) noexcept

@@ -8,6 +8,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace backends {
@@ -104,5 +105,8 @@ private:
     BusSlot m_lost;
     BusSlot m_registration;
 };
+
+// A window of X as the portal names it, where a dialog of the desktop belongs to one; empty for none.
+std::string portalWindowHandle(std::optional<std::uint32_t> xid);
 
 } // namespace backends

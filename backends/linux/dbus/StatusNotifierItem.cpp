@@ -23,6 +23,15 @@ List pixmapsOf(StatusIcon const& icon)
     return pixmaps;
 }
 
+std::optional<StatusNotifierItem::Place> placeIn(List const& arguments)
+{
+    auto const number = [&](std::size_t index) { return static_cast<int>(*arguments.at(index).asInt()); };
+    StatusNotifierItem::Place const place { number(0), number(1) };
+    if (place.x == 0 && place.y == 0)
+        return std::nullopt;
+    return place;
+}
+
 bool isWhole(IconPixmap const& pixmap)
 {
     constexpr int sizeLimit = 1024;
@@ -68,14 +77,14 @@ BusInterface StatusNotifierItem::interface()
     BusInterface table { interfaceName };
     auto const nothing = List {};
     table.methods = {
-        { "Activate", "ii", "", {}, [this](auto const&) { activate(); } },
+        { "Activate", "ii", "", {}, [this](auto const& arguments) { activate(placeIn(arguments)); } },
         // The middle button and the wheel mean nothing here.
         { "SecondaryActivate", "ii", "" },
         { "Scroll", "is", "" },
         { "ContextMenu", "ii", "", {},
-            [this](auto const&) {
+            [this](auto const& arguments) {
                 if (auto const didAskForMenu = m_observer.didAskForMenu)
-                    didAskForMenu();
+                    didAskForMenu(placeIn(arguments));
             } },
         { "ProvideXdgActivationToken", "s", "",
             [this](auto const& arguments) {
@@ -89,9 +98,9 @@ BusInterface StatusNotifierItem::interface()
         { "Title", "s", [this] { return Value(platform::repairedUTF8(m_identity.title)); } },
         constant("Status", "s", "Active"),
         constant("WindowId", "i", 0),
-        { "IconName", "s", [this] { return Value(m_icon.name); } },
-        { "IconThemePath", "s", [this] { return Value(m_icon.themePath); } },
-        { "IconPixmap", "a(iiay)", [this] { return Value(pixmapsOf(m_icon)); } },
+        { "IconName", "s", [this] { return Value(icon().name); } },
+        { "IconThemePath", "s", [this] { return Value(icon().themePath); } },
+        { "IconPixmap", "a(iiay)", [this] { return Value(pixmapsOf(icon())); } },
         constant("OverlayIconName", "s", ""),
         constant("OverlayIconPixmap", "a(iiay)", nothing),
         constant("AttentionIconName", "s", ""),
@@ -114,19 +123,34 @@ BusInterface StatusNotifierItem::interface()
     return table;
 }
 
-void StatusNotifierItem::setIcon(StatusIcon icon)
+void StatusNotifierItem::setIcon(std::function<StatusIcon()> draw)
 {
+    m_draw = std::move(draw);
+    if (!m_icon)
+        return;
+    auto const seen = std::exchange(m_icon, drawn());
+    if (seen == m_icon)
+        return;
+    // First where to look, then for what.
+    if (seen->themePath != m_icon->themePath)
+        m_bus.emit({ {}, object, interfaceName, "NewIconThemePath" }, "s", { m_icon->themePath });
+    emit("NewIcon");
+}
+
+StatusIcon const& StatusNotifierItem::icon()
+{
+    if (!m_icon)
+        m_icon = drawn();
+    return *m_icon;
+}
+
+StatusIcon StatusNotifierItem::drawn() const
+{
+    auto icon = m_draw ? m_draw() : StatusIcon {};
     std::erase_if(icon.pixmaps, [](auto const& pixmap) { return !isWhole(pixmap); });
     icon.name = platform::repairedUTF8(icon.name);
     icon.themePath = platform::repairedUTF8(icon.themePath);
-    if (icon == m_icon)
-        return;
-    bool const isElsewhere = icon.themePath != m_icon.themePath;
-    m_icon = std::move(icon);
-    // First where to look, then for what.
-    if (isElsewhere)
-        m_bus.emit({ {}, object, interfaceName, "NewIconThemePath" }, "s", { m_icon.themePath });
-    emit("NewIcon");
+    return icon;
 }
 
 void StatusNotifierItem::setTitle(std::string title)
@@ -138,11 +162,11 @@ void StatusNotifierItem::setTitle(std::string title)
     emit("NewToolTip");
 }
 
-void StatusNotifierItem::activate()
+void StatusNotifierItem::activate(std::optional<Place> place)
 {
     auto const token = std::exchange(m_activationToken, {});
     if (auto const didActivate = m_observer.didActivate)
-        didActivate(token);
+        didActivate(place, token);
 }
 
 void StatusNotifierItem::emit(std::string const& signal) { m_bus.emit({ {}, object, interfaceName, signal }, "", {}); }

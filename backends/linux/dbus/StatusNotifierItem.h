@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -43,13 +44,18 @@ public:
         // The object that serves the menu, on the same connection.
         std::string menuPath;
     };
+    // In pixels of the X screen. Absent when the desktop does not tell; some say 0, 0 then.
+    struct Place {
+        int x = 0;
+        int y = 0;
+    };
     // Called from the loop.
     struct Observer {
         // The left button. The token is the desktop's permission to bring a window forward (xdg-activation), and may
         // be empty.
-        std::function<void(std::string const& activationToken)> didActivate {};
+        std::function<void(std::optional<Place>, std::string const& activationToken)> didActivate {};
         // The right button, where the desktop does not draw menus.
-        std::function<void()> didAskForMenu {};
+        std::function<void(std::optional<Place>)> didAskForMenu {};
         std::function<void()> stateDidChange {};
     };
 
@@ -57,20 +63,25 @@ public:
     StatusNotifierItem(Bus& bus, EventLoop& loop, Identity identity, platform::OSLog log, Observer observer);
 
     StatusWatcher::State state() const { return m_watcher.state(); }
-    void setIcon(StatusIcon icon);
+    // It is drawn when somebody looks, and again by another call; who has looked is told of a change.
+    void setIcon(std::function<StatusIcon()> draw);
     void setTitle(std::string title);
 
 private:
     BusInterface interface();
     std::string nameForWatcher() const;
-    void activate();
+    void activate(std::optional<Place> place);
+    StatusIcon const& icon();
+    StatusIcon drawn() const;
     void emit(std::string const& signal);
 
     Bus& m_bus;
     Identity m_identity;
     platform::OSLog m_log;
     Observer m_observer;
-    StatusIcon m_icon;
+    std::function<StatusIcon()> m_draw;
+    // As somebody has seen it. Absent until then.
+    std::optional<StatusIcon> m_icon;
     std::string m_activationToken;
     std::string m_name;
     bool m_hasName = true;

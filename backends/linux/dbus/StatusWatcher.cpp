@@ -29,6 +29,11 @@ StatusWatcher::StatusWatcher(Bus& bus, EventLoop& loop, platform::OSLog log, std
     , m_stateDidChange(std::move(stateDidChange))
 {
     m_ownerChanges = bus.whenOwnerChanges(service, [this](auto const&, auto const& after) { setOwner(after); });
+    // Before the rules that follow: the bus answers in order, and this answer is waited for.
+    m_ownerQuestion = bus.askOwner(service, [this](auto const& owner) {
+        if (!owner.empty())
+            setOwner(owner);
+    });
     m_lost = bus.whenLost([this] { setOwner({}); });
     auto const changed = [this](BusMessage const& signal) {
         if (signal.sender == m_owner)
@@ -38,10 +43,6 @@ StatusWatcher::StatusWatcher(Bus& bus, EventLoop& loop, platform::OSLog log, std
     m_hostGoes = bus.whenSignal({ service, object, service, "StatusNotifierHostUnregistered" }, changed);
     m_hostChanges
         = bus.whenSignal({ service, object, "org.freedesktop.DBus.Properties", "PropertiesChanged" }, changed);
-    m_ownerQuestion = bus.askOwner(service, [this](auto const& owner) {
-        if (!owner.empty())
-            setOwner(owner);
-    });
 }
 
 void StatusWatcher::setOwner(std::string const& owner)

@@ -1,11 +1,12 @@
 #include "backends/linux/host/FileSystem.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
+#include <memory>
 #include <pwd.h>
-#include <sstream>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
 
@@ -41,12 +42,29 @@ bool FileSystem::isReadableFile(std::string const& path) const
 
 platform::Result<std::string> readFile(std::string const& path)
 {
-    std::ifstream file(path, std::ios::binary);
+    // In one piece and without a stream between: some are read on the way to the first picture on the screen.
+    std::unique_ptr<std::FILE, int (*)(std::FILE*)> const file(std::fopen(path.c_str(), "rbe"), std::fclose);
     if (!file)
         return platform::NSError { "NSPOSIXErrorDomain", errno, std::strerror(errno) };
-    std::ostringstream bytes;
-    bytes << file.rdbuf();
-    return bytes.str();
+    std::setvbuf(file.get(), nullptr, _IONBF, 0);
+    struct stat status { };
+    // What the kernel makes up has no size before it is read.
+    constexpr std::size_t leastPiece = 4096;
+    auto piece = leastPiece;
+    if (fstat(fileno(file.get()), &status) == 0 && status.st_size > 0)
+        piece = static_cast<std::size_t>(status.st_size) + 1;
+    std::string bytes;
+    while (true) {
+        auto const before = bytes.size();
+        bytes.resize(before + piece);
+        auto const count = std::fread(&bytes[before], 1, piece, file.get());
+        bytes.resize(before + count);
+        if (count < piece)
+            break;
+    }
+    if (std::ferror(file.get()))
+        return platform::NSError { "NSPOSIXErrorDomain", errno, std::strerror(errno) };
+    return bytes;
 }
 
 } // namespace backends

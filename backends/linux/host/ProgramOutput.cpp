@@ -1,7 +1,7 @@
 #include "backends/linux/host/ProgramOutput.h"
 
 #include "backends/linux/host/SpawnSettings.h"
-#include "backends/linux/host/Workspace.h"
+#include "backends/linux/host/UserEnvironment.h"
 
 #include <algorithm>
 #include <array>

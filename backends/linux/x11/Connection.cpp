@@ -7,6 +7,7 @@
 #include <array>
 #include <fcntl.h>
 #include <utility>
+#include <xcb/bigreq.h>
 #include <xcb/randr.h>
 #include <xcb/res.h>
 #include <xcb/shape.h>
@@ -58,11 +59,12 @@ Connection::Connection(
     , m_resourceBase(xcb_get_setup(connection)->resource_id_base)
     , m_resourceMask(xcb_get_setup(connection)->resource_id_mask)
 {
-    for (auto* extension : { &xcb_randr_id, &xcb_shape_id, &xcb_input_id, &xcb_xfixes_id, &xcb_res_id, &xcb_xkb_id })
+    for (auto* extension :
+        { &xcb_big_requests_id, &xcb_randr_id, &xcb_shape_id, &xcb_input_id, &xcb_xfixes_id, &xcb_res_id, &xcb_xkb_id })
         xcb_prefetch_extension_data(connection, extension);
     m_atoms = Atoms::intern(connection, screenNumber);
-    // Asked later, this would wait for an answer.
-    xcb_get_maximum_request_length(connection);
+    // Asked when it is needed, this would wait for an answer.
+    xcb_prefetch_maximum_request_length(connection);
     queryExtensions();
 }
 

@@ -25,6 +25,14 @@ void WindowStates::setLevel(platform::WindowLevel level)
         tellAbove();
 }
 
+void WindowStates::setStepsAside(bool stepsAside)
+{
+    bool const didFloat = floats();
+    m_stepsAside = stepsAside;
+    if (floats() != didFloat)
+        tellAbove();
+}
+
 void WindowStates::setCollectionBehavior(platform::WindowCollectionBehavior behavior)
 {
     bool const wasOnAllDesktops = isOnAllDesktops();

@@ -22,6 +22,8 @@ public:
 
     platform::WindowLevel level() const { return m_level; }
     void setLevel(platform::WindowLevel level);
+    // While a window steps aside it is not above the others, whatever its level.
+    void setStepsAside(bool stepsAside);
     platform::WindowCollectionBehavior collectionBehavior() const { return m_behavior; }
     void setCollectionBehavior(platform::WindowCollectionBehavior behavior);
 
@@ -33,7 +35,7 @@ public:
     void handleRead(std::vector<std::uint32_t> states) { m_current = std::move(states); }
 
 private:
-    bool floats() const { return m_level >= platform::windowLevelFloating; }
+    bool floats() const { return m_level >= platform::windowLevelFloating && !m_stepsAside; }
     bool isOnAllDesktops() const;
     void tellAbove();
     void tellDesktop();
@@ -43,6 +45,7 @@ private:
     xcb_window_t m_window;
     platform::WindowLevel m_level = platform::windowLevelNormal;
     platform::WindowCollectionBehavior m_behavior = 0;
+    bool m_stepsAside = false;
     bool m_isManaged = false;
     // _NET_WM_STATE as it stands, which matters only while no window manager looks after it.
     std::vector<std::uint32_t> m_current;

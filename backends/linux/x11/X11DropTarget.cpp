@@ -91,7 +91,9 @@ X11DropTarget::~X11DropTarget()
     if (m_drag && m_drag->isDropped)
         giveUp("its target is gone");
     take();
-    xcb_delete_property(m_connection.wire(), m_window, m_connection.atom(AtomName::XdndAware));
+    auto const cookie = xcb_delete_property(m_connection.wire(), m_window, m_connection.atom(AtomName::XdndAware));
+    // The window may be gone already.
+    m_connection.askOutcome({ cookie.sequence }, [](auto const*) {});
 }
 
 void X11DropTarget::handle(xcb_client_message_event_t const& message)

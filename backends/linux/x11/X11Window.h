@@ -92,6 +92,7 @@ public:
     void setFrame(platform::Rect const& frame, platform::Display display) override;
     void setAlphaValue(double alpha) override { m_alpha.setValue(alpha); }
     void setLevel(platform::WindowLevel level) override { m_states.setLevel(level); }
+    void setStepsAside(bool stepsAside) { m_states.setStepsAside(stepsAside); }
     void setStyleMask(platform::WindowStyleMask mask) override;
     void setTitlebarAppearsTransparent(bool isTransparent) override;
     void setTitleVisibility(platform::TitleVisibility visibility) override;

@@ -254,4 +254,14 @@ void X11World::connectionWasLost()
         [this](X11Window& window) { remove(std::static_pointer_cast<X11Window>(window.shared_from_this())); });
 }
 
+void X11World::makeWayForDialog(std::optional<xcb_window_t> parent)
+{
+    forEachWindow([&](X11Window& window) { window.setStepsAside(window.xid() != parent); });
+}
+
+void X11World::dialogHasClosed()
+{
+    forEachWindow([](X11Window& window) { window.setStepsAside(false); });
+}
+
 } // namespace backends

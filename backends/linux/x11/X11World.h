@@ -56,6 +56,10 @@ public:
     bool announce(xcb_window_t xid);
     std::shared_ptr<X11Window> window(xcb_window_t xid) const;
     bool beginMove(xcb_window_t xid, int rootX, int rootY, int button);
+    // While a dialog of another program is open that belongs to us, pinned windows must not cover it: they step aside,
+    // but for the one that the dialog is known to stay above.
+    void makeWayForDialog(std::optional<xcb_window_t> parent);
+    void dialogHasClosed();
     // Asks the tray, which has an owner, to take in an icon. What is dropped on it is dropped on the view.
     std::unique_ptr<X11TrayIcon> makeTrayIcon(X11TrayIcon::Identity const& identity,
         std::weak_ptr<platform::NSView> view, X11TrayIcon::Observer observer, platform::OSLog const& log);

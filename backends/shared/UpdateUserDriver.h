@@ -1,0 +1,36 @@
+#pragma once
+
+#include "backends/shared/UpdateItem.h"
+#include "platform/foundation/NSError.h"
+
+#include <functional>
+#include <optional>
+
+namespace backends {
+
+// How a world talks to its user about updates. One thing is shown at a time, and showing the next takes it away. Main
+// thread only; no answer comes inside a call.
+class UpdateUserDriver {
+public:
+    virtual ~UpdateUserDriver() = default;
+
+    enum class Choice { Install, Later, Skip };
+
+    // Whether to look for updates from time to time. No answer is none: it is asked again some other time.
+    virtual void showPermissionRequest(std::function<void(bool isAllowed)> answered) = 0;
+    // With a problem the update can be told of, but not installed.
+    virtual void showUpdate(
+        UpdateItem const& item, std::optional<platform::NSError> const& problem, std::function<void(Choice)> answered)
+        = 0;
+    // An update that is only there to be read about: Install opens its page.
+    virtual void showInformation(UpdateItem const& item, std::function<void(Choice)> answered) = 0;
+    virtual void showProgress(UpdateItem const& item, double fraction, std::function<void()> cancelled) = 0;
+    virtual void showInstalled(UpdateItem const& item) = 0;
+    virtual void showNoUpdate() = 0;
+    virtual void showError(platform::NSError const& error) = 0;
+    // What waits for an answer is shown once more.
+    virtual void bringToFront() = 0;
+    virtual void dismiss() = 0;
+};
+
+} // namespace backends

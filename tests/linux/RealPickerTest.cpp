@@ -1,0 +1,313 @@
+#include "platform/appkit/NSOpenPanel.h"
+#include "tests/linux/RealDesktopFixture.h"
+
+#include <algorithm>
+#include <csignal>
+#include <cstdlib>
+#include <deque>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <sstream>
+
+namespace paneweld_tests {
+
+using platform::ModalResponse;
+using platform::URL;
+
+namespace {
+
+constexpr auto message = "Choose the folders to share";
+constexpr auto prompt = "Share_these";
+
+// A dialog of a toolkit is laid out from its right lower corner.
+constexpr int fromRight = 60;
+constexpr int fromBottom = 28;
+constexpr int firstRow = 85;
+// How a chosen row looks: the blue of Adwaita.
+constexpr std::uint32_t chosenColour = 0x3584E4;
+
+// A user with a keyboard and a mouse before the dialog that desktops ship.
+class RealPicker : public RealDesktop {
+protected:
+    void open(Portal portal = Portal::Running)
+    {
+        RealDesktop::open(portal);
+        // While the dialog is open the host goes on, and the user acts when there is something to act on.
+        backend->setNestedIteration([this] {
+            toolkit->handleEvents();
+            toolkit->pause();
+            backend->dispatch();
+            ++turns;
+            if (turns > 4000) {
+                ADD_FAILURE() << "the dialog waits in vain";
+                std::exit(1);
+            }
+            if (steps.empty())
+                return;
+            // Out of the line first: a step may ask for a dialog of its own.
+            auto const step = std::move(steps.front());
+            steps.pop_front();
+            if (!step())
+                steps.push_front(step);
+        });
+    }
+
+    std::optional<xcb_window_t> dialog(std::string const& title = message)
+    {
+        auto const listed = toolkit->words(toolkit->root(), "_NET_CLIENT_LIST");
+        for (auto const shown : listed.value_or(std::vector<std::uint32_t> {})) {
+            if (toolkit->text(shown, "_NET_WM_NAME") == title && toolkit->isViewable(shown))
+                return shown;
+        }
+        return std::nullopt;
+    }
+
+    // What the user does, in order. A step that is not possible yet is tried again.
+    void then(std::function<bool()> step) { steps.push_back(std::move(step)); }
+    void thenDo(std::function<void()> work)
+    {
+        then([work = std::move(work)] {
+            work();
+            return true;
+        });
+    }
+    // Once the dialog has the keyboard.
+    void whenOpen()
+    {
+        then([this] {
+            auto const shown = dialog();
+            return shown && toolkit->activeWindow() == *shown;
+        });
+    }
+    // A key that comes before a new dialog listens is lost, and a person presses again.
+    void pressUntilClosed(std::string const& name)
+    {
+        then([this, name, first = std::optional<xcb_window_t>(), looks = 0]() mutable {
+            auto const shown = dialog();
+            first = first ? first : shown;
+            if (shown != first)
+                return true;
+            constexpr int looksBetweenPresses = 100;
+            if (looks++ % looksBetweenPresses == 0)
+                key(name);
+            return false;
+        });
+    }
+    void chooseEverythingInHome()
+    {
+        then([this, looks = 0]() mutable {
+            if (isFirstRowChosen(*dialog()))
+                return true;
+            constexpr int looksBetweenPresses = 50;
+            key(looks++ % looksBetweenPresses == 0 ? "alt+Home" : "ctrl+a");
+            return false;
+        });
+    }
+    bool isFirstRowChosen(xcb_window_t window)
+    {
+        auto const shown = toolkit->geometry(window);
+        auto const colour = toolkit->pixel(shown.x + shown.width - 2 * fromRight, shown.y + firstRow);
+        return (colour & 0xFFFFFF) == chosenColour;
+    }
+    void accept()
+    {
+        thenDo([this] {
+            auto const shown = toolkit->geometry(*dialog());
+            toolkit->movePointer(shown.x + shown.width - fromRight, shown.y + shown.height - fromBottom);
+            toolkit->button(1, true);
+            toolkit->button(1, false);
+        });
+    }
+
+    static void key(std::string const& name) { run("xdotool key --clearmodifiers " + name); }
+
+    std::vector<URL> pick(ModalResponse expected)
+    {
+        auto const panel = backend->makeOpenPanel();
+        panel->canChooseDirectories = true;
+        panel->canChooseFiles = false;
+        panel->allowsMultipleSelection = true;
+        panel->directoryURL = URL::fileURL(home.path(), URL::IsDirectory::Yes);
+        panel->message = message;
+        panel->prompt = prompt;
+        turns = 0;
+        EXPECT_EQ(panel->runModal(), expected);
+        // The answer came before the user saw the dialog go.
+        steps.clear();
+        return panel->urls();
+    }
+
+    URL folder(std::string const& name) const
+    {
+        std::filesystem::create_directories(home.path() + "/" + name);
+        return URL::fileURL(home.path() + "/" + name, URL::IsDirectory::Yes);
+    }
+
+    std::deque<std::function<bool()>> steps;
+    int turns = 0;
+};
+
+} // namespace
+
+TEST_F(RealPicker, SeveralFoldersAreChosenInOneDialogWhileTheHostGoesOn)
+{
+    open();
+    std::vector<URL> const expected { folder("apple"), folder("it's a \"berry\""), folder("cherry") };
+    whenOpen();
+    chooseEverythingInHome();
+    thenDo([&] { run("import -window root " PANEWELD_TEST_ARTEFACTS "/picker-portal.png"); });
+    accept();
+    auto chosen = pick(ModalResponse::OK);
+    EXPECT_TRUE(std::is_permutation(chosen.begin(), chosen.end(), expected.begin(), expected.end()));
+    EXPECT_GT(turns, 3) << "the host's loop ran meanwhile";
+}
+
+TEST_F(RealPicker, NothingIsChosenByCancelEscapeOrTheWindowsClosing)
+{
+    open();
+    whenOpen();
+    pressUntilClosed("alt+c");
+    EXPECT_TRUE(pick(ModalResponse::Cancel).empty());
+    whenOpen();
+    pressUntilClosed("Escape");
+    EXPECT_TRUE(pick(ModalResponse::Cancel).empty());
+    whenOpen();
+    thenDo([&] { toolkit->sendToRoot(*dialog(), "_NET_CLOSE_WINDOW", { 0, 2, 0, 0, 0 }); });
+    EXPECT_TRUE(pick(ModalResponse::Cancel).empty());
+}
+
+TEST_F(RealPicker, NothingIsChosenWhenTheDialogsProgramDies)
+{
+    open();
+    whenOpen();
+    thenDo([&] { backendProgram.end(SIGKILL); });
+    EXPECT_TRUE(pick(ModalResponse::Cancel).empty());
+}
+
+TEST_F(RealPicker, NothingIsChosenWhenThePortalDies)
+{
+    open();
+    whenOpen();
+    thenDo([&] { frontend.end(SIGKILL); });
+    EXPECT_TRUE(pick(ModalResponse::Cancel).empty());
+}
+
+TEST_F(RealPicker, ASecondQuestionFromInsideHasItsOwnDialogAfterTheFirst)
+{
+    open();
+    auto const apple = folder("apple");
+    std::vector<std::string> order;
+    std::optional<xcb_window_t> first;
+    whenOpen();
+    then([&] {
+        first = dialog();
+        // In the middle of the first wait. The first dialog is cancelled, the second one answered.
+        pressUntilClosed("Escape");
+        then([&] { return dialog() && dialog() != first && toolkit->activeWindow() == *dialog(); });
+        chooseEverythingInHome();
+        accept();
+        EXPECT_EQ(pick(ModalResponse::OK), std::vector<URL> { apple });
+        order.emplace_back("second");
+        return true;
+    });
+    EXPECT_TRUE(pick(ModalResponse::Cancel).empty());
+    order.emplace_back("first");
+    EXPECT_EQ(order, (std::vector<std::string> { "second", "first" }));
+}
+
+TEST_F(RealPicker, TheDialogIsAboveThePinnedPanelItBelongsTo)
+{
+    open();
+    auto const panel = show();
+    panel->setLevel(platform::windowLevelFloating);
+    panel->makeKeyAndOrderFront();
+    pumpUntil([&] { return panel->isKeyWindow() && toolkit->hasState(xid(panel), "_NET_WM_STATE_ABOVE"); });
+    whenOpen();
+    thenDo([&] {
+        auto const shown = *dialog();
+        EXPECT_EQ(toolkit->words(shown, "WM_TRANSIENT_FOR"), std::vector<std::uint32_t> { xid(panel) });
+        EXPECT_TRUE(toolkit->isAbove(toolkit->frameOf(shown), toolkit->frameOf(xid(panel))));
+        run("import -window root " PANEWELD_TEST_ARTEFACTS "/picker-above-pinned.png");
+    });
+    pressUntilClosed("Escape");
+    EXPECT_TRUE(pick(ModalResponse::Cancel).empty());
+}
+
+TEST_F(RealPicker, AHostOfGtkRepaintsWhileItsDialogIsOpen)
+{
+    open();
+    auto const apple = folder("apple"), berry = folder("berry");
+    auto const output = home.path() + "/.kept/output";
+    ChildProcess const host({ "/bin/sh", "-c",
+        "exec \"" PANEWELD_TEST_GTK_PICKER_HOST "\" \"" PANEWELD_TEST_BUNDLE "\" > \"" + output + "\"" });
+    auto const hasSaid = [&](std::string const& text) {
+        std::ostringstream said;
+        said << std::ifstream(output).rdbuf();
+        return said.str().find(text) != std::string::npos;
+    };
+    toolkit->waitUntil([&] { return hasSaid("live\n"); });
+    toolkit->waitUntil([&] { return dialog("picker host").has_value(); });
+    auto const window = *dialog("picker host");
+    toolkit->waitUntil([&] { return toolkit->activeWindow() == window; });
+    auto const place = toolkit->geometry(window);
+    auto const click = [&](int x, int y) {
+        toolkit->movePointer(x, y);
+        toolkit->button(1, true);
+        toolkit->button(1, false);
+    };
+    auto const middle = place.x + place.width / 2;
+    click(middle, place.y + 50);
+    auto const title = "Choose the folders that this app may read.";
+    toolkit->waitUntil([&] { return dialog(title) && toolkit->activeWindow() == *dialog(title); });
+    ASSERT_TRUE(dialog(title));
+    EXPECT_EQ(toolkit->words(*dialog(title), "WM_TRANSIENT_FOR"), std::vector<std::uint32_t> { window });
+    // It opens over its window.
+    run("xdotool windowmove " + std::to_string(*dialog(title)) + " 0 0");
+    toolkit->waitUntil([&] {
+        auto const moved = toolkit->geometry(*dialog(title));
+        return moved.x + moved.width < place.x;
+    });
+    // Both colours are seen, and again.
+    for (int i = 0; i < 5; ++i) {
+        auto const seen = toolkit->pixel(middle, place.y + 150);
+        EXPECT_TRUE(toolkit->waitUntil([&] { return toolkit->pixel(middle, place.y + 150) != seen; }));
+    }
+    run("import -window root " PANEWELD_TEST_ARTEFACTS "/picker-gtk-host.png");
+    toolkit->waitUntil([&] {
+        key("alt+Home");
+        key("ctrl+a");
+        return isFirstRowChosen(*dialog(title));
+    });
+    auto const shown = toolkit->geometry(*dialog(title));
+    click(shown.x + shown.width - fromRight, shown.y + shown.height - fromBottom);
+    EXPECT_TRUE(toolkit->waitUntil(
+        [&] { return hasSaid("answer " + apple.absoluteString() + " " + berry.absoluteString() + "\n"); }));
+}
+
+TEST_F(RealPicker, WithoutAPortalAProgramOfTheDesktopAsks)
+{
+    open(Portal::Absent);
+    auto const panel = show();
+    panel->setLevel(platform::windowLevelFloating);
+    panel->makeKeyAndOrderFront();
+    pumpUntil([&] { return panel->isKeyWindow() && toolkit->hasState(xid(panel), "_NET_WM_STATE_ABOVE"); });
+    std::vector<URL> const expected { folder("a |b"), folder("two\nlines"), folder("caf\u00E9") };
+    whenOpen();
+    thenDo([&] {
+        EXPECT_TRUE(toolkit->isAbove(toolkit->frameOf(*dialog()), toolkit->frameOf(xid(panel))));
+        EXPECT_EQ(panel->level(), platform::windowLevelFloating);
+    });
+    chooseEverythingInHome();
+    thenDo([&] { run("import -window root " PANEWELD_TEST_ARTEFACTS "/picker-program.png"); });
+    accept();
+    auto const chosen = pick(ModalResponse::OK);
+    EXPECT_TRUE(std::is_permutation(chosen.begin(), chosen.end(), expected.begin(), expected.end()));
+    // Pinned as before.
+    pumpUntil([&] { return toolkit->hasState(xid(panel), "_NET_WM_STATE_ABOVE"); });
+    whenOpen();
+    pressUntilClosed("Escape");
+    EXPECT_TRUE(pick(ModalResponse::Cancel).empty());
+}
+
+} // namespace paneweld_tests

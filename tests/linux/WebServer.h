@@ -1,0 +1,52 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <map>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace paneweld_tests {
+
+// A web server of a test's own on the loopback, on a thread of its own: as honest, slow or mendacious as the test says.
+class WebServer {
+public:
+    struct Page {
+        std::string body {};
+        int status = 200;
+        // As in "Location: http://...".
+        std::vector<std::string> headers {};
+        // What the server says of the length; absent from the answer when negative. Without a word here it is true.
+        std::int64_t saidLength = -2;
+        // After so many bytes it says nothing more, and keeps the connection.
+        std::size_t stallsAfter = SIZE_MAX;
+    };
+
+    WebServer();
+    ~WebServer();
+    WebServer(WebServer const&) = delete;
+    WebServer& operator=(WebServer const&) = delete;
+
+    std::string url(std::string const& path) const;
+    void set(std::string const& path, Page page);
+    // The paths that were asked for, in order.
+    std::vector<std::string> requests() const;
+
+private:
+    void run();
+    void answer(int connection);
+    void send(int connection, std::string const& bytes);
+
+    int m_listening;
+    int m_wake;
+    std::uint16_t m_port = 0;
+    mutable std::mutex m_mutex;
+    std::map<std::string, Page> m_pages;
+    std::vector<std::string> m_requests;
+    std::vector<int> m_stalled;
+    std::thread m_thread;
+};
+
+} // namespace paneweld_tests
