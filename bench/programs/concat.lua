@@ -1,0 +1,3 @@
+function concat(recipients, subject, body)
+    return recipients .. subject .. body
+end
