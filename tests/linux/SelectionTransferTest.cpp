@@ -71,7 +71,7 @@ TEST_F(SelectionTransferTest, TakesNoFloodOfCrumbs)
     source->pieceSize = 1;
     source->manner = Manner::Incremental;
     source->offers = { { "STRING", std::string(size, 'x') } };
-    auto const answer = ask("STRING", size, platform::Seconds { 0.2 });
+    auto const answer = ask("STRING", size, platform::Seconds { 0.5 });
     ASSERT_FALSE(answer);
     EXPECT_EQ(answer.error().code, SelectionTransfer::TooSlow);
     EXPECT_GT(source->piecesLeft(), 0u);
