@@ -1,4 +1,5 @@
 #include "tests/linux/RealPanel.h"
+#include "tests/linux/Screenshot.h"
 
 #include <csignal>
 #include <cstdlib>
@@ -119,13 +120,10 @@ void RealPanel::startAsTray(std::string const& display)
 
 void RealPanel::end() { m_process.end(SIGKILL); }
 
-Screenshot RealPanel::screen(Client& client)
+std::optional<Geometry> RealPanel::iconOf(Client& client, std::uint32_t colour)
 {
-    auto const& screen = client.screen();
-    return Screenshot(client, { 0, 0, screen.width_in_pixels, screen.height_in_pixels });
+    return Screenshot(client).find(colour);
 }
-
-std::optional<Geometry> RealPanel::iconOf(Client& client, std::uint32_t colour) { return screen(client).find(colour); }
 
 void RealPanel::click(Client& client, Geometry const& place, int button)
 {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "tests/linux/ChildProcess.h"
-#include "tests/linux/Screenshot.h"
+#include "tests/linux/Client.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <optional>
@@ -43,8 +43,7 @@ public:
     // As if it had crashed.
     void end();
 
-    // The whole screen, and what on it has the colour that a test gives its icon. Absent while it is not seen.
-    static Screenshot screen(Client& client);
+    // What on the screen has the colour that a test gives its icon. Absent while it is not seen.
     static std::optional<Geometry> iconOf(Client& client, std::uint32_t colour);
     static void click(Client& client, Geometry const& place, int button);
     // Windows of a menu's size that lie over the others without a frame.

@@ -1,6 +1,7 @@
 #include "tests/linux/RealPanel.h"
 #include "platform/appkit/NSImage.h"
 #include "tests/linux/Desktop.h"
+#include "tests/linux/Screenshot.h"
 #include "tests/linux/StatusItemFixture.h"
 
 #include <algorithm>
@@ -49,7 +50,7 @@ protected:
         fillMenu();
         realPanel->start();
     }
-    void keep(std::string const& what) { RealPanel::screen(*user).keep(realPanel->name() + "-" + what); }
+    void keep(std::string const& what) { Screenshot(*user).keep(realPanel->name() + "-" + what); }
     // Until it stands where it stood at the last look: panels move what they show while they start.
     bool waitForIcon()
     {

@@ -1,5 +1,6 @@
 #include "platform/appkit/NSOpenPanel.h"
 #include "tests/linux/RealDesktopFixture.h"
+#include "tests/linux/Screenshot.h"
 
 #include <algorithm>
 #include <chrono>
@@ -177,7 +178,7 @@ TEST_F(RealPicker, SeveralFoldersAreChosenInOneDialogWhileTheHostGoesOn)
     std::vector<URL> const expected { folder("apple"), folder("it's a \"berry\""), folder("cherry") };
     whenOpen();
     chooseEverythingInHome();
-    thenDo([&] { run("import -window root " PANEWELD_TEST_ARTEFACTS "/picker-portal.png"); });
+    thenDo([&] { Screenshot(*toolkit).keep("picker-portal"); });
     accept();
     auto chosen = pick(ModalResponse::OK);
     EXPECT_TRUE(std::is_permutation(chosen.begin(), chosen.end(), expected.begin(), expected.end()));
@@ -249,7 +250,7 @@ TEST_F(RealPicker, TheDialogIsAboveThePinnedPanelItBelongsTo)
         auto const shown = *dialog();
         EXPECT_EQ(toolkit->words(shown, "WM_TRANSIENT_FOR"), std::vector<std::uint32_t> { xid(panel) });
         EXPECT_TRUE(toolkit->isAbove(toolkit->frameOf(shown), toolkit->frameOf(xid(panel))));
-        run("import -window root " PANEWELD_TEST_ARTEFACTS "/picker-above-pinned.png");
+        Screenshot(*toolkit).keep("picker-above-pinned");
     });
     pressUntilClosed("Escape");
     EXPECT_TRUE(pick(ModalResponse::Cancel).empty());
@@ -297,7 +298,7 @@ TEST_F(RealPicker, AHostOfGtkRepaintsWhileItsDialogIsOpen)
         auto const seen = toolkit->pixel(middle, place.y + 150);
         EXPECT_TRUE(toolkit->waitUntil([&] { return toolkit->pixel(middle, place.y + 150) != seen; }));
     }
-    run("import -window root " PANEWELD_TEST_ARTEFACTS "/picker-gtk-host.png");
+    Screenshot(*toolkit).keep("picker-gtk-host");
     toolkit->waitUntil([&] {
         key("alt+Home");
         key("ctrl+a");
@@ -328,7 +329,7 @@ TEST_F(RealPicker, WithoutAPortalAProgramOfTheDesktopAsks)
         EXPECT_EQ(panel->level(), platform::windowLevelFloating);
     });
     chooseEverythingInHome();
-    thenDo([&] { run("import -window root " PANEWELD_TEST_ARTEFACTS "/picker-program.png"); });
+    thenDo([&] { Screenshot(*toolkit).keep("picker-program"); });
     accept();
     auto const chosen = pick(ModalResponse::OK);
     EXPECT_TRUE(std::is_permutation(chosen.begin(), chosen.end(), expected.begin(), expected.end()));

@@ -1,5 +1,6 @@
 #include "tests/linux/DragProgram.h"
 #include "tests/linux/RealPanel.h"
+#include "tests/linux/Screenshot.h"
 #include "tests/linux/TrayFixture.h"
 
 // The item in trays that people have, used by a hand that nobody can tell from a person's.
@@ -22,7 +23,7 @@ protected:
         ASSERT_TRUE(comesTo(StatusItemPlace::Tray));
         ASSERT_TRUE(pump([&] { return icon() != XCB_WINDOW_NONE; }));
     }
-    void keep(std::string const& what) { RealPanel::screen(*toolkit).keep("tray-" + panel->name() + "-" + what); }
+    void keep(std::string const& what) { Screenshot(*toolkit).keep("tray-" + panel->name() + "-" + what); }
     // Trays move their icons about when they start.
     Geometry iconAtRest()
     {

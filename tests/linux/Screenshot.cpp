@@ -15,6 +15,11 @@ constexpr std::uint32_t colourMask = 0xFFFFFF;
 
 } // namespace
 
+Screenshot::Screenshot(Client& client)
+    : Screenshot(client, { 0, 0, client.screen().width_in_pixels, client.screen().height_in_pixels })
+{
+}
+
 Screenshot::Screenshot(Client& client, Geometry area)
     : m_area(area)
     , m_pixels(static_cast<std::size_t>(area.width) * area.height)

@@ -12,6 +12,8 @@ namespace paneweld_tests {
 // What a part of the screen looks like, pixel by pixel.
 class Screenshot {
 public:
+    // Of the whole screen.
+    explicit Screenshot(Client& client);
     Screenshot(Client& client, Geometry area);
 
     // The smallest rectangle around all pixels of the colour 0xRRGGBB, on the screen.
