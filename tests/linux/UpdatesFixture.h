@@ -122,7 +122,7 @@ protected:
     }
     static std::string installedNotice(std::string const& version)
     {
-        return "Ideas " + version + " is installed|It is there when Ideas is started next.|";
+        return "Ideas " + version + " is installed|It is there when Ideas is started next.|restart=Restart Now";
     }
     bool canCheck() { return controller->updater().canCheckForUpdates(); }
 

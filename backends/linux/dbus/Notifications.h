@@ -1,6 +1,7 @@
 #pragma once
 
 #include "backends/linux/dbus/Bus.h"
+#include "backends/linux/loop/EventLoop.h"
 #include "platform/log/OSLog.h"
 
 #include <cstdint>
@@ -12,8 +13,6 @@
 #include <vector>
 
 namespace backends {
-
-class EventLoop;
 
 // One notification at a time on the user's desktop (Desktop Notifications Specification 1.2). The next one takes the
 // place of the one before. Main thread only.
@@ -37,7 +36,7 @@ public:
     Notifications(
         EventLoop& loop, std::string busAddress, std::string appName, std::string appIdentifier, platform::OSLog log);
 
-    // Where there is nobody to show it, the log says so, and no answer comes.
+    // Where there is nobody to show it, the log says so, and it counts as closed. Never inside the call.
     void show(Notice const& notice, Answer answered);
     void close();
 
@@ -69,6 +68,7 @@ private:
     bool m_isAsking = false;
     bool m_isNextWaiting = false;
     bool m_isWanted = false;
+    LoopSource m_nobodyThere;
     Answer m_answered;
 };
 

@@ -5,11 +5,11 @@
 #include "platform/foundation/Text.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <cstddef>
 #include <memory>
 #include <string>
-#include <utility>
 
 namespace backends {
 
@@ -20,6 +20,7 @@ namespace {
 constexpr long mostRedirects = 5;
 constexpr long leastBytesPerSecond = 100;
 constexpr long connectSeconds = 30;
+constexpr std::chrono::milliseconds betweenProgress { 500 };
 
 // A download under way, as the callbacks of the library see it.
 struct Course {
@@ -27,6 +28,7 @@ struct Course {
     std::function<bool(std::string_view)> const& sink;
     std::uint64_t received = 0;
     int lastPercent = -1;
+    std::chrono::steady_clock::time_point lastTold {};
     char const* problem = nullptr;
 
     bool isCancelled() const { return download.isCancelled && *download.isCancelled; }
@@ -60,8 +62,13 @@ int tellProgress(void* context, curl_off_t, curl_off_t, curl_off_t, curl_off_t)
         return 0;
     auto const fraction = static_cast<double>(course.received) / static_cast<double>(*length);
     auto const percent = static_cast<int>(std::floor(fraction * 100));
-    if (percent > std::exchange(course.lastPercent, std::max(percent, course.lastPercent)))
-        course.download.progress(fraction);
+    auto const now = std::chrono::steady_clock::now();
+    // Asked once a second when nothing comes as well, so that the last word before a stall is told too.
+    if (percent <= course.lastPercent || now - course.lastTold < betweenProgress)
+        return 0;
+    course.lastPercent = percent;
+    course.lastTold = now;
+    course.download.progress(fraction);
     return 0;
 }
 
