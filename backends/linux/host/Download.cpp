@@ -33,6 +33,10 @@ struct Course {
 
     bool isCancelled() const { return download.isCancelled && *download.isCancelled; }
     std::uint64_t most() const { return download.length.value_or(download.maximum); }
+    char const* tooLong() const
+    {
+        return download.length ? "the download is longer than the feed says" : "the download is too long";
+    }
 };
 
 std::size_t take(char* bytes, std::size_t size, std::size_t count, void* context)
@@ -41,8 +45,7 @@ std::size_t take(char* bytes, std::size_t size, std::size_t count, void* context
     auto const length = size * count;
     course.received += length;
     if (course.received > course.most()) {
-        course.problem
-            = course.download.length ? "the download is longer than the feed says" : "the download is too long";
+        course.problem = course.tooLong();
         return CURL_WRITEFUNC_ERROR;
     }
     if (!course.sink({ bytes, length })) {
@@ -93,7 +96,7 @@ void prepare(CurlLibrary const& library, CURL* handle, Course& course)
     set(CURLOPT_LOW_SPEED_TIME, std::max(1L, std::lround(download.stallTime.count())));
     if (download.deadline)
         set(CURLOPT_TIMEOUT_MS, milliseconds(*download.deadline));
-    set(CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(download.maximum));
+    set(CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(course.most()));
     set(CURLOPT_WRITEFUNCTION, &take);
     set(CURLOPT_WRITEDATA, &course);
     set(CURLOPT_XFERINFOFUNCTION, &tellProgress);
@@ -127,6 +130,9 @@ std::optional<NSError> fetch(Download const& download, std::function<bool(std::s
     auto const result = library.curl_easy_perform(handle.get());
     if (course.isCancelled())
         return NSError { "Updates", updateCancelled, "the download was cancelled" };
+    // Said by the server before the first byte.
+    if (result == CURLE_FILESIZE_EXCEEDED)
+        course.problem = course.tooLong();
     if (course.problem)
         return NSError { "Updates", 2002, course.problem };
     if (result != CURLE_OK)
