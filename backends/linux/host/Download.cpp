@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstddef>
+#include <cstdlib>
 #include <memory>
 #include <string>
 
@@ -88,6 +89,9 @@ void prepare(CurlLibrary const& library, CURL* handle, Course& course)
     set(CURLOPT_NOSIGNAL, 1L);
     set(CURLOPT_PROTOCOLS, static_cast<long>(CURLPROTO_HTTP | CURLPROTO_HTTPS));
     set(CURLOPT_REDIR_PROTOCOLS, static_cast<long>(isSecure ? CURLPROTO_HTTPS : CURLPROTO_HTTP | CURLPROTO_HTTPS));
+    // Most programs look there, and this library does not by itself.
+    if (auto const* const trusted = std::getenv("SSL_CERT_FILE"); trusted && *trusted)
+        set(CURLOPT_CAINFO, trusted);
     set(CURLOPT_FOLLOWLOCATION, 1L);
     set(CURLOPT_MAXREDIRS, mostRedirects);
     set(CURLOPT_FAILONERROR, 1L);
