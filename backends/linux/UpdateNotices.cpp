@@ -95,8 +95,8 @@ void UpdateNotices::showProgress(UpdateItem const& item, double fraction, std::f
 {
     Notifications::Notice notice;
     notice.title = text("Downloading %1$@ %2$@", m_appName, item.displayVersion);
-    notice.percent = static_cast<int>(std::floor(fraction * 100));
-    notice.body = std::to_string(*notice.percent) + " %";
+    // In words and not as a bar: a desktop that draws the one leaves out all else, and with it the way to cancel.
+    notice.body = std::to_string(static_cast<int>(std::floor(fraction * 100))) + " %";
     notice.actions = { { cancel, text("Cancel") } };
     notice.isLasting = true;
     show(std::move(notice), [cancelled = std::move(cancelled)](std::string const& action) {

@@ -1,7 +1,6 @@
 #include "tests/linux/NotificationStandIn.h"
 
 #include <gtest/gtest.h>
-#include <string_view>
 #include <systemd/sd-bus.h>
 #include <utility>
 
@@ -13,25 +12,6 @@ constexpr auto service = "org.freedesktop.Notifications";
 constexpr auto object = "/org/freedesktop/Notifications";
 constexpr std::uint32_t dismissedByUser = 2;
 constexpr std::uint32_t closedByProgram = 3;
-
-// The hint "value", which servers draw as a bar.
-std::optional<int> percentIn(sd_bus_message* message)
-{
-    std::optional<int> percent;
-    EXPECT_GE(sd_bus_message_enter_container(message, 'a', "{sv}"), 0);
-    while (sd_bus_message_enter_container(message, 'e', "sv") > 0) {
-        char const* name = nullptr;
-        EXPECT_GE(sd_bus_message_read(message, "s", &name), 0);
-        std::int32_t value = 0;
-        if (std::string_view(name) == "value" && sd_bus_message_read(message, "v", "i", &value) > 0)
-            percent = value;
-        else
-            sd_bus_message_skip(message, "v");
-        sd_bus_message_exit_container(message);
-    }
-    sd_bus_message_exit_container(message);
-    return percent;
-}
 
 } // namespace
 
@@ -72,10 +52,8 @@ int NotificationStandIn::show(sd_bus_message* message)
     while (sd_bus_message_read(message, "ss", &name, &text) > 0)
         line += (line.ends_with('|') ? "" : ",") + std::string(name) + "=" + text;
     sd_bus_message_exit_container(message);
-    auto const percent = percentIn(message);
     std::lock_guard const lock(mutex());
     m_shown.push_back(line);
-    m_percent = percent;
     m_open = replaced != 0 && replaced == m_open ? replaced : ++m_count;
     return sd_bus_reply_method_return(message, "u", m_open);
 }
@@ -90,12 +68,6 @@ std::string NotificationStandIn::open() const
 {
     std::lock_guard const lock(mutex());
     return m_open != 0 ? m_shown.back() : std::string();
-}
-
-std::optional<int> NotificationStandIn::percent() const
-{
-    std::lock_guard const lock(mutex());
-    return m_percent;
 }
 
 void NotificationStandIn::emitClosed(std::uint32_t number, std::uint32_t reason)

@@ -3,7 +3,6 @@
 #include "tests/linux/BusPeer.h"
 
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,8 +20,6 @@ public:
     std::vector<std::string> shown() const;
     // The last one that is there; empty for none.
     std::string open() const;
-    // How far its bar is; absent for a notice without one.
-    std::optional<int> percent() const;
     // The user presses an action of it, which closes it, or closes it without a word.
     void press(std::string const& action);
     void dismiss();
@@ -35,7 +32,6 @@ private:
     void emitClosed(std::uint32_t number, std::uint32_t reason);
 
     std::vector<std::string> m_shown;
-    std::optional<int> m_percent;
     std::uint32_t m_count = 0;
     std::uint32_t m_open = 0;
 };

@@ -88,8 +88,6 @@ void Notifications::send()
     Dictionary hints;
     if (!m_appIdentifier.empty())
         hints["desktop-entry"] = Value(m_appIdentifier);
-    if (m_notice.percent)
-        hints["value"] = Value(*m_notice.percent);
     m_showing = m_bus->call(member("Notify"), "susssasa{sv}i",
         { Value(m_appName), Value(m_shown), Value(""), Value(m_notice.title), Value(withoutMarkup(m_notice.body)),
             Value(actions), Value(hints), Value(m_notice.isLasting ? never : asTheServerLikes) },

@@ -7,7 +7,6 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -26,8 +25,6 @@ public:
         std::vector<std::pair<std::string, std::string>> actions {};
         // Stays until it is answered.
         bool isLasting = false;
-        // Between 0 and 100.
-        std::optional<int> percent {};
     };
     // The name of the action, or empty when the notice was closed without one.
     using Answer = std::function<void(std::string const& action)>;

@@ -28,7 +28,7 @@ struct Course {
     Download const& download;
     std::function<bool(std::string_view)> const& sink;
     std::uint64_t received = 0;
-    int lastPercent = -1;
+    int lastPercent = 0;
     std::chrono::steady_clock::time_point lastTold {};
     char const* problem = nullptr;
 
