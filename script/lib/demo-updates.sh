@@ -37,6 +37,7 @@ updates_prepare() {
 }
 
 # updates_install FOLDER VERSION: the app as users have it, a folder of its own.
+# shellcheck disable=SC2154 # The session's names.
 updates_install() {
     mkdir -p "$1"
     cp -r "$session_build/ideas" "$session_build/Frameworks" "$1/"
@@ -133,6 +134,6 @@ play_updates() {
     expect "the tray takes the new one's icon" 20 icon_window
     expect "the last notice goes" 20 no_notice_window
     ask_for_updates
-    expect "the new version is the newest" 20 shows 'You’re up to date'
+    expect "the new version is the newest" 20 shows "You’re up to date"
     picture restarted
 }
