@@ -347,14 +347,9 @@ void X11Window::close()
         connection.log().error("window cannot be asked to close: id=%llu", { std::uint64_t { m_window } });
         return;
     }
-    xcb_client_message_event_t message {};
-    message.response_type = XCB_CLIENT_MESSAGE;
-    message.format = 32;
-    message.window = m_window;
-    message.type = connection.atom(AtomName::WM_PROTOCOLS);
-    message.data.data32[0] = connection.atom(AtomName::WM_DELETE_WINDOW);
-    message.data.data32[1] = connection.latestUserTime();
-    xcb_send_event(connection.wire(), 0, m_window, XCB_EVENT_MASK_NO_EVENT, reinterpret_cast<char const*>(&message));
+    connection.send(m_window,
+        { m_window, AtomName::WM_PROTOCOLS,
+            { connection.atom(AtomName::WM_DELETE_WINDOW), connection.latestUserTime() } });
 }
 
 platform::NSWindowAnimator& X11Window::animator()
