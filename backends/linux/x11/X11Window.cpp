@@ -105,8 +105,12 @@ void X11Window::readStart(Found found)
     connection.ask<xcb_get_window_attributes_reply_t>(
         cookie.sequence, [weak = std::weak_ptr(self()), found](auto const* reply) {
             auto const window = weak.lock();
-            if (!window || !reply)
+            if (!window)
                 return;
+            if (!reply) {
+                window->m_observer.hadGone(*window);
+                return;
+            }
             // What happened before the events were asked for.
             if (reply->map_state != XCB_MAP_STATE_UNMAPPED) {
                 if (window->m_life.isWithdrawn())
