@@ -2,6 +2,7 @@
 #include "backends/linux/host/BundleDirectory.h"
 #include "backends/linux/loop/MainQueue.h"
 #include "backends/shared/Updater.h"
+#include "tests/linux/Pump.h"
 #include "tests/linux/ReleasedApp.h"
 #include "tests/linux/WebServer.h"
 
@@ -10,7 +11,6 @@
 #include <cstdlib>
 #include <ctime>
 #include <gtest/gtest.h>
-#include <poll.h>
 
 namespace paneweld_tests {
 
@@ -112,12 +112,8 @@ protected:
         records.errors.clear();
         user.shown.clear();
         updater->checkForUpdates();
-        auto const end = std::chrono::steady_clock::now() + std::chrono::seconds { 30 };
-        while (user.shown.empty() && std::chrono::steady_clock::now() < end) {
-            loop->dispatch();
-            pollfd wait { loop->pollableDescriptor(), POLLIN, 0 };
-            poll(&wait, 1, 5);
-        }
+        EXPECT_TRUE(pump(
+            { loop->pollableDescriptor() }, [this] { loop->dispatch(); }, [this] { return !user.shown.empty(); }));
     }
     // Refused, with one line that says why, and the same words to who asked. Nothing has changed.
     void expectRefusal(std::string const& cause)
