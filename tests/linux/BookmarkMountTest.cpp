@@ -1,10 +1,10 @@
 #include "backends/linux/host/Descriptor.h"
 #include "tests/linux/BookmarkFixture.h"
 #include "tests/linux/ChildProcess.h"
+#include "tests/linux/Pump.h"
 #include "tests/linux/SessionBus.h"
 
 #include <cerrno>
-#include <chrono>
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
@@ -13,7 +13,6 @@
 #include <fcntl.h>
 #include <functional>
 #include <memory>
-#include <poll.h>
 #include <sched.h>
 #include <sys/mount.h>
 #include <systemd/sd-bus.h>
@@ -178,11 +177,8 @@ protected:
     }
     static bool waitUntil(std::function<bool()> const& condition)
     {
-        auto const end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-        constexpr int lookAgainMilliseconds = 5;
-        while (!condition() && std::chrono::steady_clock::now() < end)
-            poll(nullptr, 0, lookAgainMilliseconds);
-        return condition();
+        return pump(
+            {}, [] {}, condition);
     }
     // The portal has its name before it has its mount.
     static bool appears(std::string const& file)

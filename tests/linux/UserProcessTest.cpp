@@ -1,12 +1,12 @@
 #include "backends/linux/host/UserProcess.h"
 #include "backends/linux/host/ChildProgram.h"
+#include "tests/linux/Pump.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <atomic>
 #include <csignal>
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <poll.h>
 #include <set>
 #include <sstream>
 #include <sys/wait.h>
@@ -40,12 +40,8 @@ ChildProgram::End endOf(std::string const& script)
     auto const child = ChildProgram::start(*loop, { "sh", "-c", script }, ChildProgram::Output::Kept,
         [&](ChildProgram::End const& end) { ends.push_back(end); });
     EXPECT_TRUE(child) << child.error().localizedDescription;
-    auto const giveUp = Clock::now() + patience;
-    while (child && ends.empty() && Clock::now() < giveUp) {
-        pollfd wait { loop->pollableDescriptor(), POLLIN, 0 };
-        poll(&wait, 1, backends::pollTimeUntil(giveUp));
-        loop->dispatch();
-    }
+    pump(
+        { loop->pollableDescriptor() }, [&] { loop->dispatch(); }, [&] { return !child || !ends.empty(); });
     loop->dispatch();
     EXPECT_EQ(ends.size(), 1u) << "told once";
     return ends.empty() ? ChildProgram::End {} : ends.front();

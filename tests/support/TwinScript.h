@@ -2,15 +2,14 @@
 
 #include "backends/linux/Linux.h"
 #include "backends/memory/Memory.h"
+#include "tests/linux/Pump.h"
 #include "tests/support/CompiledScript.h"
 #include "tests/support/TemporaryFolder.h"
 
-#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <memory>
-#include <poll.h>
 #include <string>
 #include <vector>
 
@@ -167,14 +166,8 @@ public:
     template<typename Condition>
     void pass(Condition condition)
     {
-        auto const end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-        while (!condition() && std::chrono::steady_clock::now() < end) {
-            m_backend->dispatch();
-            pollfd wait { m_backend->pollableDescriptor(), POLLIN, 0 };
-            // What other threads do makes nothing of ours readable.
-            constexpr int lookAgainMilliseconds = 5;
-            poll(&wait, 1, lookAgainMilliseconds);
-        }
+        paneweld_tests::pump(
+            { m_backend->pollableDescriptor() }, [&] { m_backend->dispatch(); }, condition);
         EXPECT_TRUE(condition());
     }
 
