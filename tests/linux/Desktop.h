@@ -3,6 +3,7 @@
 #include "tests/linux/ChildProcess.h"
 
 #include <string>
+#include <vector>
 
 namespace paneweld_tests {
 
@@ -16,8 +17,10 @@ public:
     std::string const& display() const { return m_display; }
 
     // Return when the program has taken its place on the screen.
-    void startWindowManager(std::string const& program = "openbox");
+    void startWindowManager(std::vector<std::string> const& command = { "openbox" });
     void startCompositor();
+    // For a window manager that composites by itself.
+    void awaitCompositor();
     // Return when it has gone.
     void endWindowManager();
     void endCompositor();
