@@ -13,6 +13,7 @@ namespace {
 
 constexpr int firstLine = 60;
 constexpr int linesApart = 200;
+constexpr int looksAtStillScreen = 5;
 // A compositor's shadow may reach that far.
 constexpr int shadow = 64;
 
@@ -26,7 +27,15 @@ OpeningWatch::OpeningWatch(std::string const& display, Wanted wanted, Pixels pix
 {
     std::uint32_t const mask = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
     xcb_change_window_attributes(m_client.wire(), m_client.root(), XCB_CW_EVENT_MASK, &mask);
-    m_linesBefore = lines();
+    auto const isStill = [&] {
+        auto now = lines();
+        bool const isSame = now == m_linesBefore;
+        m_linesBefore = std::move(now);
+        return isSame;
+    };
+    int still = 0;
+    m_client.waitUntil([&] { return (still = isStill() ? still + 1 : 0) == looksAtStillScreen; });
+    m_windows.clear();
     m_thread = std::thread([this] { run(); });
 }
 
@@ -77,7 +86,7 @@ std::string OpeningWatch::complaint()
         if (auto const words = complaintAbout(window); !words.empty())
             return words;
     }
-    return lines() == m_linesBefore ? std::string() : "something was seen away from the panel's place";
+    return complaintAboutLines();
 }
 
 std::string OpeningWatch::complaintAbout(xcb_window_t window)
@@ -103,6 +112,19 @@ bool OpeningWatch::isRightPlace(Geometry const& place) const
     auto const& first = m_wanted.place;
     return place.x == first.x && place.width == first.width && place.bottom() == first.bottom()
         && place.height >= first.height && place.height <= m_wanted.tallest;
+}
+
+std::string OpeningWatch::complaintAboutLines()
+{
+    auto const now = lines();
+    auto const difference = std::mismatch(now.begin(), now.end(), m_linesBefore.begin(), m_linesBefore.end());
+    if (difference.first == now.end())
+        return {};
+    auto const changed = std::count_if(now.begin(), now.end(),
+        [&, before = m_linesBefore.begin()](auto pixel) mutable { return pixel != *before++; });
+    std::ostringstream words;
+    words << "away from its place " << changed << " pixels changed, one of them to " << std::hex << *difference.first;
+    return words.str();
 }
 
 std::vector<std::uint32_t> OpeningWatch::lines()

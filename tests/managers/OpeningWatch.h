@@ -23,7 +23,7 @@ public:
         std::string title {};
     };
 
-    // Whether the pixels of the screen can be read: below a Wayland compositor they cannot.
+    // Waits until the screen is still. Whether the pixels of the screen can be read: below a Wayland compositor they cannot.
     enum class Pixels { Seen, Hidden };
 
     OpeningWatch(std::string const& display, Wanted wanted, Pixels pixels);
@@ -42,6 +42,7 @@ private:
     std::string complaintAbout(xcb_window_t window);
     // Lines of pixels across the screen that a panel at its place does not touch.
     std::vector<std::uint32_t> lines();
+    std::string complaintAboutLines();
     bool isRightPlace(Geometry const& place) const;
 
     Client m_client;

@@ -11,18 +11,12 @@ namespace paneweld_tests {
 namespace {
 
 constexpr auto tag = R"({"id":"b1","localized_title":"Ideas","type":"brainstorm"})";
-constexpr Geometry firstPlace { 320, 800 - 84 - 91, 640, 91 };
 // Over the panel's middle; the panel's ends stick out on both sides.
-constexpr Geometry otherPlace { 440, 500, 400, 260 };
-constexpr Geometry both { 640, 670, 1, 1 };
-constexpr Geometry panelAlone { 380, 690, 1, 1 };
+constexpr Geometry otherPlace { 440, 460, 400, 260 };
+constexpr Geometry both { 640, 660, 1, 1 };
+constexpr Geometry panelAlone { 380, 660, 1, 1 };
 constexpr xcb_keycode_t escapeKey = 9;
 constexpr std::uint32_t fromPager = 2;
-
-Geometry grownTo(int height)
-{
-    return { firstPlace.x, firstPlace.bottom() - height, firstPlace.width, height };
-}
 
 std::string words(Geometry const& place)
 {
@@ -51,7 +45,8 @@ Scenario::Scenario(Session& session, WindowManager const& manager, std::string c
 std::vector<Scenario::Finding> Scenario::run()
 {
     note("start", comesTrue([&] { return m_host.count("ready") == 1; }));
-    appear("found", firstPlace.height);
+    m_firstPlace = firstPlaceOfPanel(m_user);
+    appear("found", m_firstPlace.height);
     growAndShrink();
     pinAndUnpin();
     escape();
@@ -74,7 +69,7 @@ std::vector<Scenario::Finding> Scenario::run()
 bool Scenario::appear(std::string const& road, int height)
 {
     auto const loadedBefore = m_host.count("loaded b1");
-    OpeningWatch watch(m_user.display(), { firstPlace, height, "Ideas" },
+    OpeningWatch watch(m_user.display(), { m_firstPlace, height, "Ideas" },
         m_hasPixels ? OpeningWatch::Pixels::Seen : OpeningWatch::Pixels::Hidden);
     m_host.tell("open " + road + " b1 500 300 " + tag);
     bool const isTagged = comesTrue([&] {
@@ -83,7 +78,7 @@ bool Scenario::appear(std::string const& road, int height)
     });
     note("tag", isTagged, m_host.story());
     bool const isThere = comesTrue([&] {
-        return isAt(grownTo(height)) && m_user.opacity(panel()) == 1 && !m_user.hasEmptyShape(panel());
+        return isAt(grownTo(m_firstPlace, height)) && m_user.opacity(panel()) == 1 && !m_user.hasEmptyShape(panel());
     });
     watch.stop();
     note("unseen", watch.wrongLooks() == 0 && watch.looks() > 5, watch.firstWrong());
@@ -117,7 +112,7 @@ bool Scenario::resize(int height, std::string const& manner)
     m_host.tell("height b1 " + std::to_string(height) + " " + manner);
     bool const isDone = comesTrue([&] {
         onlooker.look();
-        return m_host.count(did) > before && isAt(grownTo(height));
+        return m_host.count(did) > before && isAt(grownTo(m_firstPlace, height));
     });
     onlooker.look();
     auto const steps = onlooker.geometries();

@@ -47,6 +47,7 @@ private:
     bool isPanelAboveOther();
 
     bool m_hasPixels;
+    Geometry m_firstPlace {};
     HostProcess m_host;
     Client m_user;
     Toolkit m_others;

@@ -1,6 +1,7 @@
 #include "backends/linux/x11/X11Window.h"
 
 #include "backends/linux/x11/Connection.h"
+#include "backends/linux/x11/EarlyHold.h"
 #include "backends/linux/x11/PropertyValues.h"
 #include "backends/linux/x11/X11Desktop.h"
 #include "platform/appkit/NSVisualEffectView.h"
@@ -98,7 +99,9 @@ void X11Window::readStart(Found found)
     std::uint32_t const mask
         = XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_FOCUS_CHANGE;
     xcb_change_window_attributes(connection.wire(), m_window, XCB_CW_EVENT_MASK, &mask);
-    if (found == Found::New)
+    if (auto const held = m_context.earlyHold.take(m_window))
+        m_alpha.takeOver(held->hasEmptyShape);
+    else if (found == Found::New)
         m_alpha.hold();
     readAll({});
     auto const cookie = xcb_get_window_attributes(connection.wire(), m_window);
@@ -145,6 +148,7 @@ void X11Window::forget()
 {
     std::uint32_t const mask = XCB_EVENT_MASK_NO_EVENT;
     xcb_change_window_attributes(m_context.connection.wire(), m_window, XCB_CW_EVENT_MASK, &mask);
+    m_context.earlyHold.forget(m_window);
 }
 
 void X11Window::wasMapped(WindowLife::Presence before)
