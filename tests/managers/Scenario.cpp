@@ -50,6 +50,8 @@ std::vector<Scenario::Finding> Scenario::run()
     growAndShrink();
     pinAndUnpin();
     escape();
+    // What the other window does when it gets the keyboard back is not of interest any more.
+    m_others.destroy(m_other);
     auto first = std::exchange(m_findings, {});
     // What the host wished last holds for the window that has its id.
     m_host.tell("height b1 200 plain");

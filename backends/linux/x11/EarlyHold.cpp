@@ -15,8 +15,8 @@ namespace backends {
 
 namespace {
 
-// A host that does not turn its loop for so long cannot paint either, and should rather show an empty window.
-constexpr std::chrono::milliseconds longestHold { 500 };
+// A host that does not turn its loop for so long is busy with something else, and what it shows meanwhile is its affair.
+constexpr std::chrono::milliseconds longestHold { 1000 };
 
 } // namespace
 

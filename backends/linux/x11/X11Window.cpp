@@ -177,8 +177,15 @@ void X11Window::cameBack()
     // Its first report is still to come.
     if (!m_isReported || m_isAnnounced)
         return;
-    reportWillBecomeVisible();
+    report();
     m_observer.didChange(*this);
+}
+
+void X11Window::report()
+{
+    m_isBeingReported = true;
+    reportWillBecomeVisible();
+    m_isBeingReported = false;
 }
 
 void X11Window::finishShowing()
@@ -186,7 +193,7 @@ void X11Window::finishShowing()
     m_isReported = true;
     bool const wasAnnounced = std::exchange(m_isAnnounced, false);
     if (!wasAnnounced)
-        reportWillBecomeVisible();
+        report();
     // An observer may have closed the window.
     if (m_life.isWithdrawn())
         return;

@@ -46,6 +46,8 @@ public:
     PixelRect visiblePixels() const { return m_frame.visiblePixels(); }
     // On the screen, and its coming was reported.
     bool isShown() const;
+    // The keyboard is reported after the report that the window is there, whatever is done to it from inside that one.
+    bool mayBecomeKey() const { return isShown() && !m_isBeingReported; }
     bool isMovableByBackground() const { return m_isMovableByBackground; }
     // On the screen with a size or a look that was set here, so that a drag of its edge matters.
     bool wantsLiveResize() const { return isShown() && m_isStyled; }
@@ -128,6 +130,7 @@ private:
     void endHoldWhenPlaced();
     void endHoldWhenQuiet();
     void cameBack();
+    void report();
     void wasWithdrawn();
     void markStyled();
     void contentDidChange();
@@ -147,6 +150,7 @@ private:
     std::shared_ptr<platform::NSView> m_contentView;
     std::unique_ptr<platform::NSWindowAnimator> m_animator;
     bool m_isReported = false;
+    bool m_isBeingReported = false;
     bool m_isAnnounced = false;
     bool m_isMovableByBackground = false;
     bool m_isStyled = false;

@@ -184,7 +184,7 @@ void X11World::updateKeyWindow()
     auto const active = m_desktop.supports(AtomName::NET_ACTIVE_WINDOW) ? m_desktop.activeWindow() : m_focused;
     // A window that was not reported yet becomes key after its report.
     auto const found = window(active);
-    if (found && found->isShown()) {
+    if (found && found->mayBecomeKey()) {
         found->reportDidBecomeKey();
         return;
     }
