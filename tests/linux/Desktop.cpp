@@ -134,6 +134,10 @@ void Desktop::resumeServer() { kill(m_server.id(), SIGCONT); }
 
 void Desktop::endWindowManager() { m_windowManager.end(SIGTERM); }
 
+void Desktop::pauseWindowManager() { kill(m_windowManager.id(), SIGSTOP); }
+
+void Desktop::killWindowManager() { m_windowManager.end(SIGKILL); }
+
 void Desktop::startCompositor()
 {
     m_compositor = ChildProcess({ "picom", "--backend", "xrender", "--config", "/dev/null" });

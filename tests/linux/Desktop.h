@@ -23,6 +23,9 @@ public:
     void awaitCompositor();
     // Return when it has gone.
     void endWindowManager();
+    // It hears nothing more, and then is gone without a word.
+    void pauseWindowManager();
+    void killWindowManager();
     void endCompositor();
     void endServer();
     // A server that is there and answers nothing, until it goes on.

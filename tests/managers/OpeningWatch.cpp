@@ -13,7 +13,7 @@ namespace {
 
 constexpr int firstLine = 60;
 constexpr int linesApart = 200;
-constexpr int looksAtStillScreen = 5;
+constexpr int looksAtStillScreen = 10;
 // A compositor's shadow may reach that far.
 constexpr int shadow = 64;
 

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "tests/linux/Onlooker.h"
-#include "tests/linux/Toolkit.h"
 #include "tests/managers/HostProcess.h"
 #include "tests/managers/OpeningWatch.h"
+#include "tests/managers/OtherProgram.h"
 #include "tests/managers/Session.h"
 
 #include <string>
@@ -22,7 +22,7 @@ public:
         std::string note {};
     };
 
-    Scenario(Session& session, WindowManager const& manager, std::string const& toolkit);
+    Scenario(Session& session, std::string const& toolkit);
 
     std::vector<Finding> run();
     // The same names, in the same order, without a run.
@@ -31,9 +31,11 @@ public:
 private:
     bool appear(std::string const& road, int height);
     void growAndShrink();
-    bool resize(int height, std::string const& manner);
+    // Empty when it went as it should, else what was wrong.
+    std::string resize(int height, std::string const& manner);
     void pinAndUnpin();
     void escape();
+    void clickPanel();
 
     void note(std::string const& name, bool holds, std::string const& words = {});
     bool comesTrue(std::function<bool()> condition);
@@ -41,17 +43,12 @@ private:
     xcb_window_t panel() { return m_host.window("b1"); }
     bool isAt(Geometry const& place);
     std::string whereItIs();
-    // Another program's window, brought to the front by the user's panel or dock.
-    bool bringForward(xcb_window_t window);
-    void openOther();
-    bool isPanelAboveOther();
 
     bool m_hasPixels;
     Geometry m_firstPlace {};
     HostProcess m_host;
     Client m_user;
-    Toolkit m_others;
-    xcb_window_t m_other = XCB_WINDOW_NONE;
+    OtherProgram m_other;
     std::vector<Finding> m_findings;
 };
 

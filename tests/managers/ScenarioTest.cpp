@@ -28,7 +28,7 @@ TEST_P(Managers, APanelLivesItsLife)
 {
     auto const& [manager, toolkit] = GetParam();
     Session session(manager);
-    auto const findings = Scenario(session, manager, toolkit).run();
+    auto const findings = Scenario(session, toolkit).run();
     // The survey writes down what is; every other run knows what has to be.
     if (auto const* const survey = std::getenv("PANEWELD_TEST_SURVEY")) {
         std::ofstream table(survey, std::ios::app);

@@ -22,6 +22,8 @@ constexpr std::uint32_t fromPager = 2;
 // A window manager that answers with another place gets two more requests, one that is silent some more time.
 constexpr int placingsBeforeShowing = 6;
 constexpr int placingsForAnAnswer = 2;
+// A window manager that leaves something around a window for ever delays it by so many frames.
+constexpr int looksAtFrame = 10;
 // One frame of a usual display.
 constexpr platform::Seconds quietTimeBeforeShowing { 1.0 / 60 };
 
@@ -199,6 +201,7 @@ void X11Window::finishShowing()
         return;
     m_states.tellAgain();
     m_placingsLeft = placingsBeforeShowing;
+    m_looksAtFrameLeft = looksAtFrame;
     m_frame.sendAgain();
     endHoldWhenPlaced();
     m_observer.didShow(*this);
@@ -228,8 +231,23 @@ void X11Window::endHoldWhenQuiet()
     bool const hasMovedAgain = !m_frame.isSettled() || (!m_frame.isAtTarget() && m_placingsLeft > 0);
     if (hasMovedAgain || !isShown())
         endHoldWhenPlaced();
+    else if (m_decorations.isBorderless() && m_looksAtFrameLeft-- > 0)
+        endHoldWhenBare();
     else
         m_alpha.release();
+}
+
+void X11Window::endHoldWhenBare()
+{
+    // What was taken off after mapping goes when the window manager comes to it, which it tells nobody.
+    m_frame.askWhetherFramed([this](bool isFramed) {
+        if (!m_alpha.isHeld() || m_quietTimer)
+            return;
+        if (isFramed)
+            m_quietTimer = m_context.loop.after(quietTimeBeforeShowing, [this] { endHoldWhenQuiet(); });
+        else
+            m_alpha.release();
+    });
 }
 
 void X11Window::wasWithdrawn()

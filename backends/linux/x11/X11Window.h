@@ -129,6 +129,7 @@ private:
     void finishShowing();
     void endHoldWhenPlaced();
     void endHoldWhenQuiet();
+    void endHoldWhenBare();
     void cameBack();
     void report();
     void wasWithdrawn();
@@ -156,6 +157,8 @@ private:
     bool m_isStyled = false;
     // How often a frame that did not arrive may still be asked for before the window is shown as it is.
     int m_placingsLeft = 0;
+    // How often it is looked whether the window manager has taken its decorations away.
+    int m_looksAtFrameLeft = 0;
     LoopSource m_quietTimer;
     // Counts mappings, so that the answers of an earlier one are told from the latest.
     unsigned m_mappings = 0;

@@ -67,6 +67,15 @@ void handle(SDL_Event const& event)
         static_cast<SdlHostWindow*>(SDL_GetWindowData(window, "self"))->handle(event);
 }
 
+// An app has drawn before it opens a panel: the driver that SDL draws by is found with the first window, which takes
+// seconds on a slow machine.
+void drawOnce()
+{
+    auto* const window = SDL_CreateWindow("", 0, 0, 1, 1, SDL_WINDOW_HIDDEN);
+    SDL_GetWindowSurface(window);
+    SDL_DestroyWindow(window);
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -76,6 +85,7 @@ int main(int argc, char** argv)
     SDL_SetHint(SDL_HINT_VIDEO_X11_NET_WM_BYPASS_COMPOSITOR, "0");
     if (SDL_Init(SDL_INIT_VIDEO) != 0)
         return 1;
+    drawOnce();
     HostApp app(argc, argv, [](WindowWish wish) { return std::make_unique<SdlHostWindow>(std::move(wish)); });
     do {
         // SDL has no descriptor to wait for, so its apps turn once a frame.
