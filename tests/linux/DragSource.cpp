@@ -81,7 +81,7 @@ void DragSource::look()
             auto const& notice = reinterpret_cast<xcb_property_notify_event_t const&>(*event);
             bool const isTaken
                 = notice.window == m_requestor && notice.atom == m_property && notice.state == XCB_PROPERTY_DELETE;
-            if (isTaken && !m_pieces.empty())
+            if (isTaken && m_piecesLeft > 0)
                 putNextPiece();
             break;
         }
@@ -141,9 +141,9 @@ bool DragSource::put(xcb_selection_request_event_t const& request, Offer const& 
     default:
         return true;
     }
-    for (std::size_t start = 0; start < bytes.size(); start += pieceSize)
-        m_pieces.push_back(bytes.substr(start, pieceSize));
-    m_pieces.emplace_back();
+    m_bytes = bytes;
+    m_sent = 0;
+    m_piecesLeft = (bytes.size() + pieceSize - 1) / pieceSize + 1;
     m_requestor = request.requestor;
     m_property = request.property;
     m_type = request.target;
@@ -156,10 +156,11 @@ bool DragSource::put(xcb_selection_request_event_t const& request, Offer const& 
 
 void DragSource::putNextPiece()
 {
-    if (manner == Manner::StopsMidway && m_pieces.size() <= 2)
+    if (manner == Manner::StopsMidway && m_piecesLeft <= 2)
         return;
-    put(m_requestor, m_property, m_type, m_pieces.front());
-    m_pieces.pop_front();
+    put(m_requestor, m_property, m_type, m_bytes.substr(m_sent, pieceSize));
+    m_sent = std::min(m_sent + pieceSize, m_bytes.size());
+    --m_piecesLeft;
 }
 
 void DragSource::put(xcb_window_t window, xcb_atom_t property, xcb_atom_t type, std::string const& bytes)

@@ -2,8 +2,8 @@
 
 #include "tests/linux/Client.h"
 
+#include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <optional>
 #include <string>
 #include <vector>
@@ -54,7 +54,7 @@ public:
     xcb_timestamp_t dropTime = 4711;
     std::vector<xcb_timestamp_t> requestTimes;
     xcb_window_t window() const { return m_window; }
-    std::size_t piecesLeft() const { return m_pieces.size(); }
+    std::size_t piecesLeft() const { return m_piecesLeft; }
 
 private:
     void hear(xcb_client_message_event_t const& message);
@@ -64,8 +64,10 @@ private:
     void put(xcb_window_t window, xcb_atom_t property, xcb_atom_t type, std::string const& bytes);
 
     xcb_window_t m_window;
-    // Of an incremental transfer; the last one is empty.
-    std::deque<std::string> m_pieces;
+    // Of an incremental transfer; the last piece is empty.
+    std::string m_bytes;
+    std::size_t m_sent = 0;
+    std::size_t m_piecesLeft = 0;
     xcb_window_t m_requestor = XCB_WINDOW_NONE;
     xcb_atom_t m_property = XCB_ATOM_NONE;
     xcb_atom_t m_type = XCB_ATOM_NONE;
