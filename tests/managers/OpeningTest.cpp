@@ -2,22 +2,12 @@
 #include "tests/managers/OpeningWatch.h"
 #include "tests/managers/PanelLook.h"
 #include "tests/managers/Session.h"
+#include "tests/managers/Survey.h"
 
-#include <cstdlib>
 #include <gtest/gtest.h>
 #include <tuple>
 
 namespace paneweld_tests {
-
-namespace {
-
-int opensUnderTest()
-{
-    auto const* const wished = std::getenv("PANEWELD_TEST_OPENS");
-    return wished ? std::atoi(wished) : 10;
-}
-
-} // namespace
 
 // Nobody sees a panel before it has its look and its place, however its host opens it.
 class Opening : public ::testing::TestWithParam<std::tuple<WindowManager, std::string>> { };
@@ -32,7 +22,7 @@ TEST_P(Opening, IsNeverSeenUnstyled)
     auto const place = firstPlaceOfPanel(user);
     auto const pixels = manager.hasOwnServer ? OpeningWatch::Pixels::Hidden : OpeningWatch::Pixels::Seen;
     int seen = 0;
-    auto const opens = opensUnderTest();
+    auto const opens = countUnderTest("PANEWELD_TEST_OPENS", 8);
     for (int i = 0; i < opens; ++i) {
         auto const id = "b" + std::to_string(i);
         OpeningWatch watch(session.display(), { place, place.height, "Ideas" }, pixels);
@@ -50,6 +40,7 @@ TEST_P(Opening, IsNeverSeenUnstyled)
         host.tell("destroy " + id);
         EXPECT_TRUE(user.waitUntil([&] { return !user.isViewable(host.window(id)); }));
     }
+    survey(manager.name, road, "seen unstyled, " + road, std::to_string(seen) + " of " + std::to_string(opens));
     EXPECT_EQ(seen, 0) << "of " << opens << " opens";
 }
 

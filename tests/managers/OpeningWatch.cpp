@@ -120,8 +120,8 @@ std::string OpeningWatch::complaintAboutLines()
     auto const difference = std::mismatch(now.begin(), now.end(), m_linesBefore.begin(), m_linesBefore.end());
     if (difference.first == now.end())
         return {};
-    auto const changed = std::count_if(now.begin(), now.end(),
-        [&, before = m_linesBefore.begin()](auto pixel) mutable { return pixel != *before++; });
+    auto const changed = std::count_if(
+        now.begin(), now.end(), [&, before = m_linesBefore.begin()](auto pixel) mutable { return pixel != *before++; });
     std::ostringstream words;
     words << "away from its place " << changed << " pixels changed, one of them to " << std::hex << *difference.first;
     return words.str();

@@ -23,7 +23,8 @@ public:
         std::string title {};
     };
 
-    // Waits until the screen is still. Whether the pixels of the screen can be read: below a Wayland compositor they cannot.
+    // Waits until the screen is still. Whether the pixels of the screen can be read: below a Wayland compositor they
+    // cannot.
     enum class Pixels { Seen, Hidden };
 
     OpeningWatch(std::string const& display, Wanted wanted, Pixels pixels);

@@ -1,5 +1,7 @@
 #include "tests/managers/OtherProgram.h"
 
+#include <cstdlib>
+
 namespace paneweld_tests {
 
 namespace {
@@ -53,6 +55,25 @@ bool OtherProgram::bringForward(xcb_window_t window)
             return true;
         if (looks++ % looksBetweenClicks == 0)
             m_user.sendToRoot(window, "_NET_ACTIVE_WINDOW", { fromPager, XCB_CURRENT_TIME, XCB_WINDOW_NONE });
+        return false;
+    });
+}
+
+void OtherProgram::typeInto()
+{
+    constexpr xcb_keycode_t letter = 38;
+    m_user.press(letter);
+    m_user.release(letter);
+    m_user.waitUntil([&] {
+        while (auto* const event = xcb_poll_for_event(m_toolkit.wire())) {
+            bool const isKey = (event->response_type & 0x7F) == XCB_KEY_PRESS;
+            auto const time = reinterpret_cast<xcb_key_press_event_t const*>(event)->time;
+            std::free(event);
+            if (!isKey)
+                continue;
+            m_toolkit.setWords(m_window, "_NET_WM_USER_TIME", XCB_ATOM_CARDINAL, { time });
+            return true;
+        }
         return false;
     });
 }

@@ -19,6 +19,8 @@ public:
     // As the user's dock does it: in front of what is as high, and active. False when nothing of it happens.
     bool bringForward(xcb_window_t window);
     bool bringForward() { return bringForward(m_window); }
+    // The user types into it, and it says so to the window manager (EWMH, _NET_WM_USER_TIME).
+    void typeInto();
     // Which of the two is seen where both are.
     bool isBelow(xcb_window_t panel);
 

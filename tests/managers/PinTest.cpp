@@ -1,8 +1,8 @@
 #include "tests/managers/HostProcess.h"
 #include "tests/managers/OtherProgram.h"
 #include "tests/managers/Session.h"
+#include "tests/managers/Survey.h"
 
-#include <cstdlib>
 #include <functional>
 #include <gtest/gtest.h>
 #include <string>
@@ -37,12 +37,6 @@ std::string everySequence(std::size_t length)
     for (auto& step : walk)
         step = actions[static_cast<std::size_t>(step)];
     return walk;
-}
-
-std::size_t lengthUnderTest()
-{
-    auto const* const wished = std::getenv("PANEWELD_TEST_PIN_LENGTH");
-    return wished ? std::strtoul(wished, nullptr, 10) : 3;
 }
 
 } // namespace
@@ -85,6 +79,7 @@ protected:
 
 TEST_P(Pins, HoldOverEverySequence)
 {
+    auto const length = static_cast<std::size_t>(countUnderTest("PANEWELD_TEST_PIN_LENGTH", 3));
     session = std::make_unique<Session>(GetParam());
     host = std::make_unique<HostProcess>("gtk3");
     user = std::make_unique<Client>(session->display());
@@ -98,28 +93,30 @@ TEST_P(Pins, HoldOverEverySequence)
     other->open();
     host->tell("pin b1 yes");
     std::string done;
-    for (auto const action : everySequence(lengthUnderTest())) {
+    for (auto const action : everySequence(length)) {
         done += action;
         ASSERT_NO_FATAL_FAILURE(act(action)) << done;
-        ASSERT_TRUE(user->waitUntil(
-            [&] { return !isMapped || (user->isViewable(panel) && user->opacity(panel) == 1); }))
-            << done;
+        ASSERT_TRUE(user->waitUntil([&] {
+            return !isMapped || (user->isViewable(panel) && user->opacity(panel) == 1);
+        })) << done;
         ASSERT_TRUE(other->bringForward()) << done;
         if (!isMapped)
             continue;
-        ASSERT_TRUE(user->waitUntil(
-            [&] { return user->hasState(panel, "_NET_WM_STATE_ABOVE") && other->isBelow(panel); }))
-            << done;
+        ASSERT_TRUE(user->waitUntil([&] {
+            return user->hasState(panel, "_NET_WM_STATE_ABOVE") && other->isBelow(panel);
+        })) << done;
     }
     act('m');
     host->tell("pin b1 no");
     act('w');
     EXPECT_TRUE(user->waitUntil([&] { return !user->hasState(panel, "_NET_WM_STATE_ABOVE"); }));
     ASSERT_TRUE(other->bringForward());
-    EXPECT_TRUE(user->waitUntil([&] { return !other->isBelow(panel); }));
+    bool const isDown = user->waitUntil([&] { return !other->isBelow(panel); });
+    survey(GetParam().name, "gtk3", "pinned over every sequence", isDown ? "yes" : "no");
+    EXPECT_TRUE(isDown);
 }
 
-INSTANTIATE_TEST_SUITE_P(Every, Pins, ::testing::ValuesIn(windowManagersUnderTest()),
-    [](auto const& under) { return under.param.name; });
+INSTANTIATE_TEST_SUITE_P(
+    Every, Pins, ::testing::ValuesIn(windowManagersUnderTest()), [](auto const& under) { return under.param.name; });
 
 } // namespace paneweld_tests

@@ -137,8 +137,8 @@ void Scenario::pinAndUnpin()
     // An other window that is brought forward covers it, until it is pinned and after it was.
     bool const wasBelow = m_other.bringForward() && comesTrue([&] { return !m_other.isBelow(panel()); });
     m_host.tell("pin b1 yes");
-    bool const isAbove = comesTrue(
-        [&] { return m_other.isBelow(panel()) && m_user.hasState(panel(), "_NET_WM_STATE_ABOVE"); });
+    bool const isAbove
+        = comesTrue([&] { return m_other.isBelow(panel()) && m_user.hasState(panel(), "_NET_WM_STATE_ABOVE"); });
     bool const isKept = m_user.activeWindow() == m_other.window();
     bool const staysAbove = m_other.bringForward() && m_other.isBelow(panel());
     note("pin", wasBelow && isAbove && isKept && staysAbove,
@@ -191,6 +191,9 @@ bool Scenario::comesTrue(std::function<bool()> condition) { return m_user.waitUn
 
 bool Scenario::isAt(Geometry const& place) { return visiblePlace(m_user, panel()) == place; }
 
-std::string Scenario::whereItIs() { return panel() == XCB_WINDOW_NONE ? "nowhere" : words(visiblePlace(m_user, panel())); }
+std::string Scenario::whereItIs()
+{
+    return panel() == XCB_WINDOW_NONE ? "nowhere" : words(visiblePlace(m_user, panel()));
+}
 
 } // namespace paneweld_tests

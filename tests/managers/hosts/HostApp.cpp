@@ -36,7 +36,8 @@ void sayResize(char const* word, platform::Notification const& notification)
 HostApp::HostApp(int argc, char** argv, Make make)
     : m_make(std::move(make))
 {
-    auto started = paneweld::Host::start({ .bundleIdentifier = "com.example.Stranger", .frameworkPath = argv[argc - 1] });
+    auto started
+        = paneweld::Host::start({ .bundleIdentifier = "com.example.Stranger", .frameworkPath = argv[argc - 1] });
     if (!started) {
         std::fprintf(stderr, "%s\n", started.error().localizedDescription.c_str());
         std::exit(1);
