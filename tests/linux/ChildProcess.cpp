@@ -9,8 +9,7 @@
 
 namespace paneweld_tests {
 
-ChildProcess::ChildProcess(
-    std::vector<std::string> const& arguments, int keptDescriptor, Streams const& streams)
+ChildProcess::ChildProcess(std::vector<std::string> const& arguments, int keptDescriptor, Streams const& streams)
 {
     auto texts = arguments;
     std::vector<char*> pointers;

@@ -34,6 +34,7 @@ endforeach()
 list(JOIN toolkits "," toolkits)
 paneweld_tests(manager_tests DIR managers TIMEOUT 120 SOURCES ${manager_sources}
     LIBRARIES PkgConfig::XCB PkgConfig::XTEST)
-target_compile_definitions(manager_tests PRIVATE PANEWELD_TEST_HOSTS="${CMAKE_CURRENT_BINARY_DIR}/hosts"
-    PANEWELD_TEST_BUILT_TOOLKITS="${toolkits}")
+target_compile_definitions(manager_tests PRIVATE PANEWELD_TEST_HOSTS="${CMAKE_CURRENT_BINARY_DIR}/hosts")
+set_source_files_properties(managers/ScenarioTest.cpp PROPERTIES COMPILE_DEFINITIONS
+    "PANEWELD_TEST_BUILT_TOOLKITS=\"${toolkits}\"")
 add_dependencies(manager_tests ${hosts} Paneweld.module)

@@ -51,11 +51,10 @@ bool OtherProgram::bringForward(xcb_window_t window)
     constexpr int looksBetweenClicks = 40;
     int looks = 0;
     return m_user.waitUntil([&] {
-        if (m_user.activeWindow() == window)
-            return true;
+        // Sent in any case: it raises a window that is active already.
         if (looks++ % looksBetweenClicks == 0)
             m_user.sendToRoot(window, "_NET_ACTIVE_WINDOW", { fromPager, XCB_CURRENT_TIME, XCB_WINDOW_NONE });
-        return false;
+        return m_user.activeWindow() == window;
     });
 }
 

@@ -15,7 +15,8 @@ namespace backends {
 
 namespace {
 
-// A host that does not turn its loop for so long is busy with something else, and what it shows meanwhile is its affair.
+// A host that does not turn its loop for so long is busy with something else, and what it shows meanwhile is its
+// affair.
 constexpr std::chrono::milliseconds longestHold { 1000 };
 
 } // namespace
@@ -145,8 +146,8 @@ void EarlyHold::hold(xcb_window_t window, bool isComposited)
     std::uint32_t const unseen = 0;
     xcb_change_property(m_wire, XCB_PROP_MODE_REPLACE, window, m_opacity, XCB_ATOM_CARDINAL, 32, 1, &unseen);
     if (held.hasEmptyShape)
-        xcb_shape_rectangles(m_wire, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, XCB_CLIP_ORDERING_UNSORTED, window, 0, 0,
-            0, nullptr);
+        xcb_shape_rectangles(
+            m_wire, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, XCB_CLIP_ORDERING_UNSORTED, window, 0, 0, 0, nullptr);
     xcb_flush(m_wire);
     m_windows[window] = { held, Clock::now() + longestHold };
 }

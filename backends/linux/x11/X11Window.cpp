@@ -81,7 +81,7 @@ WindowProperties::Observer X11Window::observeProperties()
                 m_observer.didChange(*this);
             },
         .insetsWereRead = [this](auto const& insets) { m_frame.setInsets(insets); },
-        .managedStateWasRead = [this](auto state) { m_life.handleManagedState(state); },
+        .managedStateWasRead = [this](auto state) { managedStateWasRead(state); },
     };
 }
 
@@ -175,6 +175,17 @@ void X11Window::wasMapped(WindowLife::Presence before)
         if (window && window->m_mappings == mapping && !window->m_life.isWithdrawn())
             window->finishShowing();
     });
+}
+
+void X11Window::managedStateWasRead(std::optional<std::uint32_t> state)
+{
+    m_life.handleManagedState(state);
+    if (!state || !m_isAnnounced || !m_life.isWithdrawn())
+        return;
+    // A window manager looks after it and has not mapped it: the toolkit has written over half of what the window says
+    // about its desktop, and so it was put on another one (xfwm4, Qt).
+    m_states.setManaged(m_context.desktop.hasWindowManager());
+    m_states.tellAgain();
 }
 
 void X11Window::cameBack()

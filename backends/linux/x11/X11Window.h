@@ -14,6 +14,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <xcb/xcb.h>
 
@@ -132,6 +133,7 @@ private:
     void endHoldWhenPlaced();
     void endHoldWhenQuiet();
     void endHoldWhenBare();
+    void managedStateWasRead(std::optional<std::uint32_t> state);
     void cameBack();
     void report();
     void wasWithdrawn();
