@@ -43,7 +43,7 @@ std::vector<Scenario::Finding> Scenario::run()
 {
     note("start", comesTrue([&] { return m_host.count("ready") == 1; }));
     m_firstPlace = firstPlaceOfPanel(m_user);
-    appear("found", m_firstPlace.height);
+    appear("announced", m_firstPlace.height);
     growAndShrink();
     pinAndUnpin();
     escape();
@@ -52,16 +52,19 @@ std::vector<Scenario::Finding> Scenario::run()
     auto first = std::exchange(m_findings, {});
     // What the host wished last holds for the window that has its id.
     m_host.tell("height b1 200 plain");
-    bool const isBack = appear("announced", 200);
+    appear("found", 200);
     std::string why;
-    bool holds = isBack;
     for (auto const& finding : m_findings) {
-        if (!finding.holds && finding.name != "borderless" && finding.name != "all desktops")
+        // Those two have their rows; the third is counted elsewhere, because this road is a race with the window
+        // manager.
+        if (!finding.holds && finding.name != "borderless" && finding.name != "all desktops"
+            && finding.name != "unseen")
             why += finding.name + " (" + finding.note + ") ";
     }
-    holds = why.empty();
+    if (!m_host.isRunning())
+        why += "the host has ended";
     m_findings = std::move(first);
-    note("reopen", holds, why);
+    note("reopen", why.empty(), why);
     return m_findings;
 }
 
@@ -156,8 +159,9 @@ void Scenario::escape()
             clickPanel();
         return false;
     });
+    looks = 0;
     bool const isGone = comesTrue([&] {
-        if (m_host.count("closed b1") == 0) {
+        if (m_host.count("closed b1") == 0 && looks++ % looksBetweenClicks == 0) {
             m_user.press(escapeKey);
             m_user.release(escapeKey);
         }
