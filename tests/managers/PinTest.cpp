@@ -62,7 +62,8 @@ protected:
         } else if (action == 'r') {
             hide();
             show();
-        } else {
+        } else if (session->hasPixels()) {
+            // A window manager that is the server as well cannot go alone.
             session->endWindowManager();
             session->startWindowManager();
             other->takePlace();
