@@ -5,6 +5,7 @@
 #include <cmath>
 #include <map>
 #include <optional>
+#include <ostream>
 #include <random>
 #include <set>
 #include <sys/wait.h>
@@ -59,6 +60,8 @@ json asJSON(std::string const& rectText)
 
 // How the manager runs its pipelines: as it does, or with every one torn down and built again at each change.
 enum class Way { Fast, Plain };
+
+void PrintTo(Way way, std::ostream* stream) { *stream << (way == Way::Fast ? "fast" : "plain"); }
 
 // Tells when the pipelines are rebuilt.
 class ObservedWindowManager : public WindowManager {
