@@ -1,16 +1,8 @@
 #include "tests/linux/DropFixture.h"
 
-#include <chrono>
-#include <poll.h>
+#include "tests/linux/Pump.h"
 
 namespace paneweld_tests {
-
-namespace {
-
-constexpr std::chrono::seconds patience { 20 };
-constexpr int lookAgainMilliseconds = 5;
-
-} // namespace
 
 platform::NSDragOperation DropTest::View::draggingEntered(platform::NSDraggingInfo& info)
 {
@@ -65,19 +57,13 @@ void DropTest::makeTarget(platform::Seconds targetPatience)
 
 bool DropTest::pumpUntil(std::function<bool()> condition)
 {
-    auto const end = std::chrono::steady_clock::now() + patience;
-    while (true) {
+    auto const turn = [this] {
         loop->dispatch();
         if (source)
             source->look();
-        if (condition())
-            return true;
-        if (std::chrono::steady_clock::now() > end)
-            break;
-        pollfd waits[]
-            = { { loop->pollableDescriptor(), POLLIN, 0 }, { source ? source->descriptor() : -1, POLLIN, 0 } };
-        poll(waits, 2, lookAgainMilliseconds);
-    }
+    };
+    if (pump({ loop->pollableDescriptor(), source ? source->descriptor() : -1 }, turn, condition))
+        return true;
     std::string last;
     for (auto const& line : lines.messages)
         last += line + "\n";

@@ -35,6 +35,16 @@ protected:
         source->drop(window);
         pumpUntil([&] { return source->requests.size() > requests; });
     }
+    // Dropped, and no more than a part of its data sent.
+    void dropHalf()
+    {
+        start();
+        source->manner = Manner::StopsMidway;
+        source->pieceSize = 4;
+        drag();
+        source->drop(window);
+        ASSERT_TRUE(pumpUntil([&] { return source->piecesLeft() == 2; }));
+    }
 };
 
 TEST_F(DropTroubleTest, SilenceEndsTheWait)
@@ -100,12 +110,7 @@ TEST_F(DropTroubleTest, ASourceThatDiesOverTheWindowIsForgotten)
 
 TEST_F(DropTroubleTest, ASourceThatDiesInTheMiddleOfItsDataLeavesNothingToRead)
 {
-    start();
-    source->manner = Manner::StopsMidway;
-    source->pieceSize = 4;
-    drag();
-    source->drop(window);
-    ASSERT_TRUE(pumpUntil([&] { return source->piecesLeft() == 2; }));
+    dropHalf();
     source = nullptr;
     ASSERT_TRUE(pumpUntil([&] { return view->performed == 1; }));
     EXPECT_FALSE(view->dropped);
@@ -295,12 +300,7 @@ TEST_F(DropTroubleTest, AMoveWhileTheViewIsEnteredIsNoSecondDrag)
 
 TEST_F(DropTroubleTest, TheTargetMayEndWhileDataIsOnItsWay)
 {
-    start();
-    source->manner = Manner::StopsMidway;
-    source->pieceSize = 4;
-    drag();
-    source->drop(window);
-    ASSERT_TRUE(pumpUntil([&] { return source->piecesLeft() == 2; }));
+    dropHalf();
     target = nullptr;
     ASSERT_TRUE(pumpUntil([&] { return source->finishes.size() == 1; }));
     EXPECT_EQ(source->finishes[0].flags & accepted, 0u);

@@ -3,23 +3,15 @@
 #include "platform/Platform.h"
 #include "platform/appkit/NSScreen.h"
 #include "platform/appkit/NSVisualEffectView.h"
+#include "tests/linux/Pump.h"
 
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
-#include <poll.h>
 
 namespace paneweld_tests {
 
 using platform::NSWindow;
-
-namespace {
-
-constexpr std::chrono::seconds patience { 15 };
-// Other programs' doings make nothing of ours readable.
-constexpr int lookAgainMilliseconds = 5;
-
-} // namespace
 
 LinuxTest::LinuxTest()
 {
@@ -78,19 +70,13 @@ void LinuxTest::hear(platform::NotificationName const& name, std::string const& 
 
 bool LinuxTest::pumpUntil(std::function<bool()> condition)
 {
-    auto const end = std::chrono::steady_clock::now() + patience;
-    while (true) {
+    auto const turn = [this] {
         backend->dispatch();
         toolkit->handleEvents();
         onlooker->look();
-        if (condition())
-            return true;
-        if (std::chrono::steady_clock::now() > end)
-            break;
-        pollfd waits[] = { { backend->pollableDescriptor(), POLLIN, 0 }, { toolkit->descriptor(), POLLIN, 0 },
-            { onlooker->descriptor(), POLLIN, 0 } };
-        poll(waits, 3, lookAgainMilliseconds);
-    }
+    };
+    if (pump({ backend->pollableDescriptor(), toolkit->descriptor(), onlooker->descriptor() }, turn, condition))
+        return true;
     std::string last;
     for (auto const& line : news)
         last += line + "\n";
@@ -100,15 +86,8 @@ bool LinuxTest::pumpUntil(std::function<bool()> condition)
 
 bool LinuxTest::pumpWithoutServerUntil(std::function<bool()> condition)
 {
-    auto const end = std::chrono::steady_clock::now() + patience;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > end)
-            return false;
-        pollfd wait { backend->pollableDescriptor(), POLLIN, 0 };
-        poll(&wait, 1, lookAgainMilliseconds);
-        backend->dispatch();
-    }
-    return true;
+    return pump(
+        { backend->pollableDescriptor() }, [this] { backend->dispatch(); }, condition);
 }
 
 void LinuxTest::settle()

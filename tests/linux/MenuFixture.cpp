@@ -1,11 +1,10 @@
 #include "tests/linux/MenuFixture.h"
 
 #include "backends/linux/x11/Handles.h"
+#include "tests/linux/Pump.h"
 
-#include <chrono>
 #include <cmath>
 #include <cstdint>
-#include <poll.h>
 
 namespace paneweld_tests {
 
@@ -15,8 +14,6 @@ using backends::XHandle;
 
 namespace {
 
-constexpr std::chrono::seconds patience { 10 };
-constexpr int lookAgainMilliseconds = 5;
 constexpr char const* settingsSelection = "_XSETTINGS_S0";
 
 std::uint32_t pixelOf(backends::MenuColour const& colour)
@@ -101,16 +98,9 @@ void MenuTest::open(PixelRect const& anchor)
 
 bool MenuTest::pumpUntil(std::function<bool()> condition)
 {
-    auto const end = std::chrono::steady_clock::now() + patience;
-    while (true) {
-        loop->dispatch();
-        if (condition())
-            return true;
-        if (std::chrono::steady_clock::now() > end)
-            break;
-        pollfd wait { loop->pollableDescriptor(), POLLIN, 0 };
-        poll(&wait, 1, lookAgainMilliseconds);
-    }
+    if (pump(
+            { loop->pollableDescriptor() }, [this] { loop->dispatch(); }, condition))
+        return true;
     ADD_FAILURE() << "waited in vain";
     return false;
 }

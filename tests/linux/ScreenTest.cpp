@@ -177,7 +177,14 @@ TEST(Pixels, GoThereAndBack)
     // Neither numbers nor sizes that the server would refuse.
     EXPECT_EQ(scale.toPixels({ 0, 0, 0, 0 }).width, 1);
     EXPECT_EQ(scale.toPixels({ 0, 0, -5, -5 }).height, 1);
-    EXPECT_GT(scale.toPixels({ 0, 0, 1e300, 1e300 }).width, 0);
+    for (double const far : { 32768.0, 65536.0, 1e6, 1e300 }) {
+        auto const rect = scale.toPixels({ far, -far, far, far });
+        auto const toTheLeft = scale.toPixels({ -far, far, far, far }, rect);
+        for (auto const number :
+            { rect.x, rect.y, rect.width, rect.height, toTheLeft.x, toTheLeft.y, toTheLeft.width, toTheLeft.height })
+            EXPECT_EQ(number, static_cast<std::int16_t>(number)) << far;
+        EXPECT_GT(std::min(rect.width, rect.height), 0);
+    }
 }
 
 } // namespace paneweld_tests

@@ -1,10 +1,10 @@
 #include "tests/linux/ServicesFixture.h"
 
-#include <chrono>
+#include "tests/linux/Pump.h"
+
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <poll.h>
 #include <sstream>
 
 namespace paneweld_tests {
@@ -67,19 +67,9 @@ platform::URL Services::makeFile(std::string const& name) const
 
 bool Services::pumpUntil(std::function<bool()> const& condition)
 {
-    constexpr std::chrono::seconds patience { 15 };
-    auto const end = std::chrono::steady_clock::now() + patience;
-    while (true) {
-        backend->dispatch();
-        if (condition())
-            return true;
-        if (std::chrono::steady_clock::now() > end)
-            break;
-        pollfd wait { backend->pollableDescriptor(), POLLIN, 0 };
-        // What other threads and programs do makes nothing of ours readable.
-        constexpr int lookAgainMilliseconds = 5;
-        poll(&wait, 1, lookAgainMilliseconds);
-    }
+    if (pump(
+            { backend->pollableDescriptor() }, [this] { backend->dispatch(); }, condition))
+        return true;
     ADD_FAILURE() << "waited in vain";
     return false;
 }

@@ -180,6 +180,22 @@ TEST_F(Showing, ADestroyedWindowIsClosedAndForgotten)
     settle();
 }
 
+// A frame around it hides its end from everybody but those who listen at the window itself.
+TEST_F(Showing, AWindowThatIsGoneBeforeItCanBeListenedToIsForgotten)
+{
+    start(With::WindowManager);
+    show();
+    auto const brief = toolkit->make({ .title = "brief" });
+    toolkit->map(brief);
+    ASSERT_TRUE(onlooker->waitUntil([&] { return onlooker->frameOf(brief) != brief; }));
+    toolkit->destroy(brief);
+    settle();
+    settle();
+    EXPECT_EQ(window(brief), nullptr);
+    EXPECT_EQ(backend->application().windows().size(), 1u);
+    EXPECT_EQ(count("visible brief"), 0);
+}
+
 TEST_F(Showing, AnAnnouncedWindowIsReportedBeforeItIsMappedAndNotAgain)
 {
     start(With::WindowManager);

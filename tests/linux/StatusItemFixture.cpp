@@ -1,19 +1,13 @@
 #include "tests/linux/StatusItemFixture.h"
 
+#include "tests/linux/Pump.h"
+
 #include <chrono>
 #include <cstdlib>
 #include <poll.h>
 #include <unistd.h>
 
 namespace paneweld_tests {
-
-namespace {
-
-constexpr std::chrono::seconds patience { 20 };
-// Other threads' doings make nothing of ours readable.
-constexpr int lookAgainMilliseconds = 2;
-
-} // namespace
 
 class StatusItemTest::View : public platform::NSView {
 public:
@@ -103,15 +97,9 @@ std::string StatusItemTest::itemName(int number)
 
 bool StatusItemTest::pumpUntil(std::function<bool()> condition)
 {
-    auto const end = std::chrono::steady_clock::now() + patience;
-    while (true) {
-        loop->dispatch();
-        if (condition())
-            return true;
-        if (std::chrono::steady_clock::now() > end)
-            break;
-        isReadable(lookAgainMilliseconds);
-    }
+    if (pump(
+            { loop->pollableDescriptor() }, [this] { loop->dispatch(); }, condition))
+        return true;
     ADD_FAILURE() << "waited in vain";
     return false;
 }

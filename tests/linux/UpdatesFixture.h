@@ -3,17 +3,16 @@
 #include "backends/linux/Linux.h"
 #include "platform/sparkle/SPUStandardUpdaterController.h"
 #include "tests/linux/NotificationStandIn.h"
+#include "tests/linux/Pump.h"
 #include "tests/linux/ReleasedApp.h"
 #include "tests/linux/SessionBus.h"
 #include "tests/linux/WebServer.h"
 
-#include <chrono>
 #include <cstdlib>
 #include <functional>
 #include <gtest/gtest.h>
 #include <memory>
 #include <optional>
-#include <poll.h>
 #include <string>
 #include <vector>
 
@@ -59,16 +58,9 @@ protected:
 
     bool pumpUntil(std::function<bool()> const& condition)
     {
-        auto const end = std::chrono::steady_clock::now() + std::chrono::seconds { 20 };
-        while (true) {
-            platform->dispatch();
-            if (condition())
-                return true;
-            if (std::chrono::steady_clock::now() > end)
-                break;
-            pollfd wait { platform->pollableDescriptor(), POLLIN, 0 };
-            poll(&wait, 1, 5);
-        }
+        if (pump(
+                { platform->pollableDescriptor() }, [this] { platform->dispatch(); }, condition))
+            return true;
         std::string lines;
         for (auto const& line : desktop.shown())
             lines += line + "\n";

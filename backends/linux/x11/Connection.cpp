@@ -136,6 +136,17 @@ void Connection::askProperty(
     ask<xcb_get_property_reply_t>(cookie.sequence, std::move(continuation));
 }
 
+void Connection::send(xcb_window_t to, Message const& message, std::uint32_t mask)
+{
+    xcb_client_message_event_t event {};
+    event.response_type = XCB_CLIENT_MESSAGE;
+    event.format = 32;
+    event.window = message.about;
+    event.type = atom(message.type);
+    std::copy(message.words.begin(), message.words.end(), event.data.data32);
+    xcb_send_event(wire(), 0, to, mask, reinterpret_cast<char const*>(&event));
+}
+
 void Connection::askOutcome(
     std::vector<unsigned> const& sequences, std::function<void(xcb_generic_error_t const*)> continuation)
 {

@@ -7,6 +7,7 @@
 #include "platform/foundation/Result.h"
 #include "platform/log/OSLog.h"
 
+#include <array>
 #include <cstdint>
 #include <deque>
 #include <functional>
@@ -78,6 +79,15 @@ public:
     // A whole property, however long, of any type.
     void askProperty(
         xcb_window_t window, xcb_atom_t property, std::function<void(xcb_get_property_reply_t const*)> continuation);
+
+    // What the clients of a server say to one another about a window: five words of 32 bits.
+    struct Message {
+        xcb_window_t about = XCB_WINDOW_NONE;
+        AtomName type {};
+        std::array<std::uint32_t, 5> words {};
+    };
+    // To the client that made the window; with a mask to those who listen for such events there.
+    void send(xcb_window_t to, Message const& message, std::uint32_t mask = XCB_EVENT_MASK_NO_EVENT);
 
     // Sends what has been asked, waits until the server has done it, and hands out what it said by then. For start-up,
     // and where a host asks for it.

@@ -7,8 +7,11 @@ namespace backends {
 
 namespace {
 
-// The protocol's own limits are narrower, but these keep all sums within 32 bits.
+// Keeps all sums within 32 bits.
 constexpr double farthestPixel = 1 << 20;
+// On the wire a place has 15 bits and a sign, and servers count a window's end in the same way (X11 protocol, INT16).
+// What is cut off there comes out as another number or none. The rest is room for a toolkit's shadows.
+constexpr std::int32_t farthestPlace = 32000;
 
 std::int32_t rounded(double value)
 {
@@ -17,12 +20,16 @@ std::int32_t rounded(double value)
 
 std::int32_t halfDown(std::int32_t value) { return static_cast<std::int32_t>(std::floor(value / 2.0)); }
 
+std::int32_t place(std::int32_t value) { return std::clamp(value, -farthestPlace, farthestPlace); }
+
+std::int32_t length(double value) { return std::clamp(rounded(value), 1, farthestPlace); }
+
 PixelRect placed(platform::Rect const& points, PixelScale const& scale, std::int32_t width)
 {
     auto const doubledCentre = rounded(2 * points.midX() * scale.factor);
     auto const bottom = scale.rootHeight - rounded(points.y * scale.factor);
-    auto const height = std::max(rounded(points.height * scale.factor), 1);
-    return { halfDown(doubledCentre - width), bottom - height, width, height };
+    auto const height = length(points.height * scale.factor);
+    return { place(halfDown(doubledCentre - width)), place(bottom - height), width, height };
 }
 
 } // namespace
@@ -55,12 +62,12 @@ platform::Rect PixelScale::toPoints(PixelRect const& pixels) const
 
 PixelRect PixelScale::toPixels(platform::Rect const& points) const
 {
-    return placed(points, *this, std::max(rounded(points.width * factor), 1));
+    return placed(points, *this, length(points.width * factor));
 }
 
 PixelRect PixelScale::toPixels(platform::Rect const& points, PixelRect const& end) const
 {
-    auto width = std::max(rounded(points.width * factor), 1);
+    auto width = length(points.width * factor);
     if ((end.width - width) % 2 != 0)
         width += end.width > width ? 1 : -1;
     return placed(points, *this, width);

@@ -154,17 +154,10 @@ void X11Desktop::setCompositorOwner(xcb_window_t owner)
         notify(m_observer.compositorDidChange);
 }
 
-void X11Desktop::tellManager(xcb_window_t about, AtomName type, std::initializer_list<std::uint32_t> data)
+void X11Desktop::tellManager(xcb_window_t about, AtomName type, std::array<std::uint32_t, 5> const& words)
 {
-    xcb_client_message_event_t message {};
-    message.response_type = XCB_CLIENT_MESSAGE;
-    message.format = 32;
-    message.window = about;
-    message.type = m_connection.atom(type);
-    std::copy(data.begin(), data.end(), message.data.data32);
-    xcb_send_event(m_connection.wire(), 0, m_connection.root(),
-        XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
-        reinterpret_cast<char const*>(&message));
+    m_connection.send(m_connection.root(), { about, type, words },
+        XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY);
 }
 
 } // namespace backends

@@ -34,7 +34,7 @@ public:
     void handle(xcb_generic_event_t const& event);
 
     // A message that a window manager takes from the root (EWMH, "Root Window Properties and Related Messages").
-    void tellManager(xcb_window_t about, AtomName type, std::initializer_list<std::uint32_t> data);
+    void tellManager(xcb_window_t about, AtomName type, std::array<std::uint32_t, 5> const& words);
 
 private:
     void handlePropertyChange(xcb_atom_t property);

@@ -5,7 +5,6 @@
 #include "backends/linux/x11/X11Pasteboard.h"
 #include "platform/appkit/NSView.h"
 
-#include <algorithm>
 #include <array>
 #include <optional>
 #include <utility>
@@ -21,19 +20,11 @@ constexpr std::uint32_t flagAccepted = 1, flagEveryMove = 2;
 // Programs offer a few dozen. What stands behind so many is not looked for.
 constexpr std::uint32_t maximumTypes = 65536;
 
-using MessageData = std::array<std::uint32_t, 5>;
-
-void send(Connection& connection, xcb_window_t to, AtomName type, MessageData const& data)
+// A source that has gone meanwhile hears nothing.
+void send(Connection& connection, xcb_window_t to, AtomName type, std::array<std::uint32_t, 5> const& words)
 {
-    if (to == XCB_WINDOW_NONE)
-        return;
-    xcb_client_message_event_t message {};
-    message.response_type = XCB_CLIENT_MESSAGE;
-    message.format = 32;
-    message.window = to;
-    message.type = connection.atom(type);
-    std::copy(data.begin(), data.end(), message.data.data32);
-    xcb_send_event(connection.wire(), 0, to, XCB_EVENT_MASK_NO_EVENT, reinterpret_cast<char const*>(&message));
+    if (to != XCB_WINDOW_NONE)
+        connection.send(to, { to, type, words });
 }
 
 void sendStatus(Connection& connection, xcb_window_t window, xcb_window_t source, bool isAccepted)

@@ -141,15 +141,7 @@ void X11Tray::set(Owner owner)
 
 void X11Tray::askForDock(xcb_window_t icon)
 {
-    xcb_client_message_event_t message {};
-    message.response_type = XCB_CLIENT_MESSAGE;
-    message.format = 32;
-    message.window = owner();
-    message.type = m_connection.atom(AtomName::NET_SYSTEM_TRAY_OPCODE);
-    message.data.data32[0] = XCB_CURRENT_TIME;
-    message.data.data32[1] = requestDock;
-    message.data.data32[2] = icon;
-    xcb_send_event(m_connection.wire(), 0, owner(), XCB_EVENT_MASK_NO_EVENT, reinterpret_cast<char const*>(&message));
+    m_connection.send(owner(), { owner(), AtomName::NET_SYSTEM_TRAY_OPCODE, { XCB_CURRENT_TIME, requestDock, icon } });
 }
 
 } // namespace backends

@@ -105,8 +105,12 @@ void X11Window::readStart(Found found)
     connection.ask<xcb_get_window_attributes_reply_t>(
         cookie.sequence, [weak = std::weak_ptr(self()), found](auto const* reply) {
             auto const window = weak.lock();
-            if (!window || !reply)
+            if (!window)
                 return;
+            if (!reply) {
+                window->m_observer.hadGone(*window);
+                return;
+            }
             // What happened before the events were asked for.
             if (reply->map_state != XCB_MAP_STATE_UNMAPPED) {
                 if (window->m_life.isWithdrawn())
@@ -347,14 +351,9 @@ void X11Window::close()
         connection.log().error("window cannot be asked to close: id=%llu", { std::uint64_t { m_window } });
         return;
     }
-    xcb_client_message_event_t message {};
-    message.response_type = XCB_CLIENT_MESSAGE;
-    message.format = 32;
-    message.window = m_window;
-    message.type = connection.atom(AtomName::WM_PROTOCOLS);
-    message.data.data32[0] = connection.atom(AtomName::WM_DELETE_WINDOW);
-    message.data.data32[1] = connection.latestUserTime();
-    xcb_send_event(connection.wire(), 0, m_window, XCB_EVENT_MASK_NO_EVENT, reinterpret_cast<char const*>(&message));
+    connection.send(m_window,
+        { m_window, AtomName::WM_PROTOCOLS,
+            { connection.atom(AtomName::WM_DELETE_WINDOW), connection.latestUserTime() } });
 }
 
 platform::NSWindowAnimator& X11Window::animator()

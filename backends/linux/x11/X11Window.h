@@ -29,6 +29,8 @@ public:
         std::function<void(X11Window&)> didShow;
         // It may have become, or ceased to be, a window that can have the keyboard or be dragged.
         std::function<void(X11Window&)> didChange;
+        // It was gone before it could be listened to, so that no event will tell.
+        std::function<void(X11Window&)> hadGone;
     };
 
     enum class Found {

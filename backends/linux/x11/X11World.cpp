@@ -143,6 +143,12 @@ X11Window::Observer X11World::observeWindow()
                 updateWatching();
                 updateKeyWindow();
             },
+        .hadGone =
+            [this](X11Window& gone) {
+                // Not before it is inserted: the one that is asserted is asked about anyway.
+                if (auto const known = window(gone.xid()); known.get() == &gone)
+                    remove(known);
+            },
     };
 }
 
@@ -202,6 +208,9 @@ bool X11World::announce(xcb_window_t xid)
     if (auto const known = window(xid)) {
         known->readAll({});
         m_connection->roundTrip();
+        // It may have gone meanwhile.
+        if (window(xid) != known)
+            return false;
         known->announce();
     } else {
         m_asserted = X11Window::create(m_context, xid, X11Window::Found::Asserted, observeWindow());
