@@ -124,8 +124,9 @@ public:
     {
         // One world for all controllers: they replace the same app.
         if (!m_updates) {
-            m_updates = std::make_unique<LinuxUpdates>(LinuxUpdates::Surroundings { *m_loop, m_mainQueue, m_clock,
-                                                           m_bundles, m_workspace, m_appName, Bus::sessionAddress() },
+            m_updates = std::make_unique<LinuxUpdates>(
+                LinuxUpdates::Surroundings { *m_loop, m_mainQueue, m_bundles, m_workspace, m_appName,
+                    Bus::sessionAddress(), [this] { m_application.terminate(); } },
                 log("updates"));
         }
         return std::make_unique<StandardUpdaterController>(

@@ -2,14 +2,17 @@
 
 #include "backends/linux/host/Download.h"
 #include "backends/linux/host/FeedDownload.h"
+#include "backends/linux/host/UserEnvironment.h"
 #include "backends/linux/loop/WallTimer.h"
 #include "platform/foundation/Bundle.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <cstdlib>
 #include <fstream>
 #include <sys/utsname.h>
+#include <unistd.h>
 #include <utility>
 
 namespace backends {
@@ -21,6 +24,8 @@ namespace {
 // For an update whose feed does not say how long it is.
 constexpr std::uint64_t mostBytesOfUpdate = std::uint64_t { 4 } * 1024 * 1024 * 1024;
 constexpr auto lastFeedDateKey = "SULastFeedDate";
+// An app that has not ended by then has been told by its user not to.
+constexpr platform::Seconds patienceWithEnd { 60 };
 
 std::string environment(char const* name)
 {
@@ -43,21 +48,13 @@ std::optional<NSError> downloadTo(std::string const& path, Download const& downl
 
 } // namespace
 
-struct LinuxUpdates::Course {
-    explicit Course(UpdateTarget target)
-        : installer(std::move(target))
-    {
-    }
-    UpdateInstaller installer;
-};
-
 LinuxUpdates::LinuxUpdates(Surroundings surroundings, platform::OSLog log)
     : m_around(std::move(surroundings))
     , m_log(log)
     , m_notifications(m_around.loop, m_around.busAddress, m_around.appName, identifier(), log)
-    , m_notices(m_notifications, m_around.clock, m_around.appName,
-          [this](std::string_view english) { return localized(english); })
+    , m_notices(m_notifications, m_around.appName, [this](std::string_view english) { return localized(english); })
     , m_isCancelled(std::make_shared<std::atomic<bool>>(false))
+    , m_launch(Launch::ofThisProcess())
 {
 }
 
@@ -157,7 +154,9 @@ std::optional<NSError> LinuxUpdates::whyTooOld(UpdateSettings const& settings, U
     auto const newest = kept().text(lastFeedDateKey);
     if (newest && *feed.date < std::strtod(newest->c_str(), nullptr))
         return NSError { "Updates", 1005, "the feed is refused: a newer one was here before" };
-    kept().set(lastFeedDateKey, std::to_string(static_cast<std::int64_t>(*feed.date)));
+    // One from the future, as a wrong clock makes it, must not hide all that come until then.
+    auto const date = std::min(*feed.date, now());
+    kept().set(lastFeedDateKey, std::to_string(static_cast<std::int64_t>(date)));
     return std::nullopt;
 }
 
@@ -198,7 +197,7 @@ void LinuxUpdates::fetchUpdate(
         return;
     }
     *m_isCancelled = false;
-    m_course = std::make_shared<Course>(found.value());
+    m_installer = std::make_shared<UpdateInstaller>(found.value());
     Download download;
     download.url = item.url;
     download.userAgent = userAgent();
@@ -207,18 +206,17 @@ void LinuxUpdates::fetchUpdate(
     download.progress = [&mainQueue = m_around.mainQueue, progress = std::move(progress)](
                             double fraction) { mainQueue.async([progress, fraction] { progress(fraction); }); };
     elsewhere(
-        [course = m_course, item, keys = settings.publicKeys, download = std::move(download),
+        [installer = m_installer, item, keys = settings.publicKeys, download = std::move(download),
             isCancelled = m_isCancelled]() mutable -> std::optional<NSError> {
             download.isCancelled = isCancelled.get();
-            auto& installer = course->installer;
-            auto const place = installer.prepare();
+            auto const place = installer->prepare();
             if (!place)
                 return place.error();
             auto problem = downloadTo(place.value(), download);
             if (!problem)
-                problem = installer.verify(item, keys);
+                problem = installer->verify(item, keys);
             if (problem)
-                installer.clear();
+                installer->clear();
             return problem;
         },
         std::move(answered));
@@ -227,15 +225,32 @@ void LinuxUpdates::fetchUpdate(
 void LinuxUpdates::installUpdate(UpdateItem const& item, Answer answered)
 {
     elsewhere(
-        [course = std::exchange(m_course, nullptr),
+        [installer = std::exchange(m_installer, nullptr),
             identity = UpdateInstaller::Identity { identifier(), item.version }]() -> std::optional<NSError> {
-            if (!course)
+            if (!installer)
                 return NSError { "Updates", 4002, "nothing was fetched" };
-            auto problem = course->installer.install(identity);
-            course->installer.clear();
+            auto problem = installer->install(identity);
+            installer->clear();
             return problem;
         },
         std::move(answered));
+}
+
+std::optional<NSError> LinuxUpdates::restart()
+{
+    auto const found = target();
+    if (!found)
+        return found.error();
+    auto launch = m_launch;
+    if (found.value().kind == UpdateTarget::Kind::File) {
+        // What ran was mounted by the file, and its variables with it: the new one makes its own.
+        launch.program = found.value().path;
+        launch.environment = environmentOfUser(environ);
+    }
+    if (auto const problem = launchAfter(getpid(), std::move(launch), patienceWithEnd))
+        return problem;
+    m_around.terminate();
+    return std::nullopt;
 }
 
 } // namespace backends

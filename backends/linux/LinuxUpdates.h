@@ -3,6 +3,7 @@
 #include "backends/linux/UpdateNotices.h"
 #include "backends/linux/dbus/Notifications.h"
 #include "backends/linux/host/KeptValues.h"
+#include "backends/linux/host/Relaunch.h"
 #include "backends/linux/host/UpdateInstaller.h"
 #include "backends/linux/loop/SerialQueue.h"
 #include "backends/shared/UpdateWorld.h"
@@ -28,11 +29,12 @@ public:
     struct Surroundings {
         EventLoop& loop;
         platform::Queue& mainQueue;
-        platform::Clock const& clock;
         platform::Bundles& bundles;
         platform::NSWorkspace& workspace;
         std::string appName {};
         std::string busAddress {};
+        // Asks the app to end.
+        std::function<void()> terminate {};
     };
 
     LinuxUpdates(Surroundings surroundings, platform::OSLog log);
@@ -52,12 +54,10 @@ public:
     void fetchUpdate(
         UpdateItem const& item, UpdateSettings const& settings, Progress progress, Answer answered) override;
     void installUpdate(UpdateItem const& item, Answer answered) override;
+    std::optional<platform::NSError> restart() override;
     void cancel() override { *m_isCancelled = true; }
 
 private:
-    // What an item has been fetched for: from its download to its place.
-    struct Course;
-
     // Does the work elsewhere and answers here.
     template<typename Work, typename Handler>
     void elsewhere(Work work, Handler answered);
@@ -75,7 +75,10 @@ private:
     UpdateNotices m_notices;
     mutable std::unique_ptr<KeptValues> m_kept;
     std::shared_ptr<std::atomic<bool>> m_isCancelled;
-    std::shared_ptr<Course> m_course;
+    // How this app was started, and so will be its next version.
+    Launch m_launch;
+    // From an item's download to its place. Shared with the work that is done elsewhere.
+    std::shared_ptr<UpdateInstaller> m_installer;
     // Last, so that its work has ended before anything that it uses.
     SerialQueue m_background { "updates" };
 };

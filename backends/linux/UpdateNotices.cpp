@@ -7,13 +7,13 @@ namespace backends {
 
 namespace {
 
-constexpr platform::Seconds betweenProgress { 0.5 };
 constexpr auto install = "install";
 constexpr auto later = "later";
 constexpr auto skip = "skip";
 constexpr auto cancel = "cancel";
 constexpr auto allow = "allow";
 constexpr auto refuse = "refuse";
+constexpr auto restart = "restart";
 
 void replace(std::string& text, std::string_view mark, std::string const& value)
 {
@@ -44,7 +44,7 @@ void UpdateNotices::bringToFront()
     m_notifications.show(m_last, m_lastAnswered);
 }
 
-void UpdateNotices::showPermissionRequest(std::function<void(bool)> answered)
+void UpdateNotices::showPermissionRequest(std::function<void(std::optional<bool>)> answered)
 {
     Notifications::Notice notice;
     notice.title = text("Check for updates automatically?");
@@ -52,8 +52,8 @@ void UpdateNotices::showPermissionRequest(std::function<void(bool)> answered)
     notice.actions = { { allow, text("Check Automatically") }, { refuse, text("Don’t Check") } };
     notice.isLasting = true;
     show(std::move(notice), [answered = std::move(answered)](std::string const& action) {
-        if (action == allow || action == refuse)
-            answered(action == allow);
+        bool const isAnswer = action == allow || action == refuse;
+        answered(isAnswer ? std::optional(action == allow) : std::nullopt);
     });
 }
 
@@ -93,15 +93,10 @@ void UpdateNotices::showInformation(UpdateItem const& item, std::function<void(C
 
 void UpdateNotices::showProgress(UpdateItem const& item, double fraction, std::function<void()> cancelled)
 {
-    // Desktops draw each one; more than the eye can follow is a burden to them.
-    bool const isFirst = fraction <= 0;
-    if (!isFirst && m_clock.now() - m_lastProgress < betweenProgress)
-        return;
-    m_lastProgress = m_clock.now();
     Notifications::Notice notice;
     notice.title = text("Downloading %1$@ %2$@", m_appName, item.displayVersion);
-    notice.percent = static_cast<int>(std::floor(fraction * 100));
-    notice.body = std::to_string(*notice.percent) + " %";
+    // In words and not as a bar: a desktop that draws the one leaves out all else, and with it the way to cancel.
+    notice.body = std::to_string(static_cast<int>(std::floor(fraction * 100))) + " %";
     notice.actions = { { cancel, text("Cancel") } };
     notice.isLasting = true;
     show(std::move(notice), [cancelled = std::move(cancelled)](std::string const& action) {
@@ -111,12 +106,16 @@ void UpdateNotices::showProgress(UpdateItem const& item, double fraction, std::f
     });
 }
 
-void UpdateNotices::showInstalled(UpdateItem const& item)
+void UpdateNotices::showInstalled(UpdateItem const& item, std::function<void()> restartChosen)
 {
     Notifications::Notice notice;
     notice.title = text("%1$@ %2$@ is installed", m_appName, item.displayVersion);
     notice.body = text("It is there when %1$@ is started next.", m_appName);
-    show(std::move(notice));
+    notice.actions = { { restart, text("Restart Now") } };
+    show(std::move(notice), [restartChosen = std::move(restartChosen)](std::string const& action) {
+        if (action == restart)
+            restartChosen();
+    });
 }
 
 void UpdateNotices::showNoUpdate()

@@ -2,7 +2,6 @@
 
 #include "backends/linux/dbus/Notifications.h"
 #include "backends/shared/UpdateUserDriver.h"
-#include "platform/dispatch/Clock.h"
 
 #include <functional>
 #include <string>
@@ -17,20 +16,19 @@ public:
     // The text of the app's language, or the English one.
     using Localize = std::function<std::string(std::string_view english)>;
 
-    UpdateNotices(Notifications& notifications, platform::Clock const& clock, std::string appName, Localize localize)
+    UpdateNotices(Notifications& notifications, std::string appName, Localize localize)
         : m_notifications(notifications)
-        , m_clock(clock)
         , m_appName(std::move(appName))
         , m_localize(std::move(localize))
     {
     }
 
-    void showPermissionRequest(std::function<void(bool isAllowed)> answered) override;
+    void showPermissionRequest(std::function<void(std::optional<bool> isAllowed)> answered) override;
     void showUpdate(UpdateItem const& item, std::optional<platform::NSError> const& problem,
         std::function<void(Choice)> answered) override;
     void showInformation(UpdateItem const& item, std::function<void(Choice)> answered) override;
     void showProgress(UpdateItem const& item, double fraction, std::function<void()> cancelled) override;
-    void showInstalled(UpdateItem const& item) override;
+    void showInstalled(UpdateItem const& item, std::function<void()> restartChosen) override;
     void showNoUpdate() override;
     void showError(platform::NSError const& error) override;
     void bringToFront() override;
@@ -42,13 +40,11 @@ private:
     void offer(Notifications::Notice notice, std::function<void(Choice)> answered);
 
     Notifications& m_notifications;
-    platform::Clock const& m_clock;
     std::string m_appName;
     Localize m_localize;
     // For bringing it to the front.
     Notifications::Notice m_last;
     Notifications::Answer m_lastAnswered;
-    platform::Seconds m_lastProgress {};
 };
 
 } // namespace backends

@@ -182,7 +182,7 @@ Result<platform::Data> MemoryPlatform::GrantedFolders::bookmarkData(URL const& u
         return NSError { "Bookmarks", 22, "no file: " + url.absoluteString() };
     // No text that a test would use.
     platform::Data data { { 0xB0, static_cast<std::uint8_t>(facts.size()) } };
-    facts[data.bytes] = { url, true };
+    facts[keyOf(data)] = { url, true };
     return data;
 }
 
@@ -190,7 +190,7 @@ Result<URL> MemoryPlatform::GrantedFolders::resolve(
     platform::Data const& bookmark, platform::BookmarkResolutionOptions options)
 {
     ledger.note("resolve options=" + std::to_string(static_cast<std::uint64_t>(options)));
-    auto const found = facts.find(bookmark.bytes);
+    auto const found = facts.find(keyOf(bookmark));
     if (found == facts.end() || !found->second.resolvesTo)
         return NSError { "Bookmarks", 259, "the bookmark leads nowhere" };
     return *found->second.resolvesTo;

@@ -91,7 +91,7 @@ public:
     };
     void setBookmark(platform::Data const& data, BookmarkFacts facts)
     {
-        m_bookmarks.facts[data.bytes] = std::move(facts);
+        m_bookmarks.facts[GrantedFolders::keyOf(data)] = std::move(facts);
     }
     // What was bookmarked is renamed, or removed for good.
     void renameFile(platform::URL const& from, platform::URL const& to) { m_bookmarks.move(from, to); }
@@ -202,8 +202,10 @@ private:
         void stopAccessingSecurityScopedResource(platform::URL const& url) override;
         void move(platform::URL const& from, std::optional<platform::URL> const& to);
 
+        static std::string keyOf(platform::Data const& data) { return { data.bytes.begin(), data.bytes.end() }; }
+
         Ledger& ledger;
-        std::map<std::vector<std::uint8_t>, BookmarkFacts> facts {};
+        std::map<std::string, BookmarkFacts> facts {};
     };
 
     class OpenPanel;

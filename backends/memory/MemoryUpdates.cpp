@@ -129,6 +129,14 @@ void MemoryUpdates::installUpdate(UpdateItem const& item, Answer answered)
     });
 }
 
+std::optional<NSError> MemoryUpdates::restart()
+{
+    if (m_notStartable)
+        return NSError { "Updates", 4008, *m_notStartable };
+    m_ledger.note("update restart");
+    return std::nullopt;
+}
+
 void MemoryUpdates::cancel()
 {
     if (auto cancelled = std::exchange(m_cancelled, nullptr))
@@ -146,7 +154,7 @@ void MemoryUpdates::ask(std::function<void(Choice)> answered)
     m_mainQueue.async([answered = std::move(answered), choice] { answered(choice); });
 }
 
-void MemoryUpdates::showPermissionRequest(std::function<void(bool)> answered)
+void MemoryUpdates::showPermissionRequest(std::function<void(std::optional<bool>)> answered)
 {
     m_ledger.note("update shown permission");
     if (m_permissions.empty()) {
@@ -176,6 +184,18 @@ void MemoryUpdates::showProgress(UpdateItem const& item, double fraction, std::f
 {
     m_ledger.note("update shown progress " + item.version + " " + ledgerText(fraction));
     m_pressedCancel = std::move(cancelled);
+}
+
+void MemoryUpdates::showInstalled(UpdateItem const& item, std::function<void()> restartChosen)
+{
+    m_ledger.note("update shown installed " + item.version);
+    m_pressedRestart = std::move(restartChosen);
+}
+
+void MemoryUpdates::pressRestart()
+{
+    if (auto const pressed = m_pressedRestart)
+        m_mainQueue.async(pressed);
 }
 
 void MemoryUpdates::pressCancel()

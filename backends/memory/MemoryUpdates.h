@@ -30,14 +30,16 @@ public:
     // keys.
     void setFeed(platform::Result<UpdateFeed> feed) { m_feed = std::move(feed); }
     void setNotReplaceable(std::optional<std::string> reason) { m_notReplaceable = std::move(reason); }
+    void setNotStartable(std::optional<std::string> reason) { m_notStartable = std::move(reason); }
     // Feeds and downloads are on their way until they are let through.
     void holdNetwork(bool isHeld);
     void letTimePass(platform::Seconds time);
 
     // The user. Without a prepared answer a question stays open.
     void answerNextUpdate(Choice choice) { m_choices.push_back(choice); }
-    void answerNextPermission(bool isAllowed) { m_permissions.push_back(isAllowed); }
+    void answerNextPermission(std::optional<bool> isAllowed) { m_permissions.push_back(isAllowed); }
     void pressCancel();
+    void pressRestart();
     // Questions that the user was asked and has not answered.
     int unansweredPrompts() const { return m_openPrompts; }
 
@@ -57,14 +59,15 @@ public:
     void fetchUpdate(
         UpdateItem const& item, UpdateSettings const& settings, Progress progress, Answer answered) override;
     void installUpdate(UpdateItem const& item, Answer answered) override;
+    std::optional<platform::NSError> restart() override;
     void cancel() override;
 
-    void showPermissionRequest(std::function<void(bool)> answered) override;
+    void showPermissionRequest(std::function<void(std::optional<bool>)> answered) override;
     void showUpdate(UpdateItem const& item, std::optional<platform::NSError> const& problem,
         std::function<void(Choice)> answered) override;
     void showInformation(UpdateItem const& item, std::function<void(Choice)> answered) override;
     void showProgress(UpdateItem const& item, double fraction, std::function<void()> cancelled) override;
-    void showInstalled(UpdateItem const& item) override { m_ledger.note("update shown installed " + item.version); }
+    void showInstalled(UpdateItem const& item, std::function<void()> restartChosen) override;
     void showNoUpdate() override { m_ledger.note("update shown none"); }
     void showError(platform::NSError const& error) override
     {
@@ -90,6 +93,7 @@ private:
     std::deque<std::weak_ptr<Timer>> m_timers;
     platform::Result<UpdateFeed> m_feed { UpdateFeed {} };
     std::optional<std::string> m_notReplaceable;
+    std::optional<std::string> m_notStartable;
     std::map<std::string, std::string> m_kept;
     std::string m_installed;
     bool m_isNetworkHeld = false;
@@ -97,8 +101,9 @@ private:
     // Answers a fetch under way.
     std::function<void()> m_cancelled;
     std::function<void()> m_pressedCancel;
+    std::function<void()> m_pressedRestart;
     std::deque<Choice> m_choices;
-    std::deque<bool> m_permissions;
+    std::deque<std::optional<bool>> m_permissions;
     int m_openPrompts = 0;
 };
 

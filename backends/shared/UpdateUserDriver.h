@@ -16,8 +16,8 @@ public:
 
     enum class Choice { Install, Later, Skip };
 
-    // Whether to look for updates from time to time. No answer is none: it is asked again some other time.
-    virtual void showPermissionRequest(std::function<void(bool isAllowed)> answered) = 0;
+    // Whether to look for updates from time to time. Absent when it was closed without an answer.
+    virtual void showPermissionRequest(std::function<void(std::optional<bool> isAllowed)> answered) = 0;
     // With a problem the update can be told of, but not installed.
     virtual void showUpdate(
         UpdateItem const& item, std::optional<platform::NSError> const& problem, std::function<void(Choice)> answered)
@@ -25,7 +25,8 @@ public:
     // An update that is only there to be read about: Install opens its page.
     virtual void showInformation(UpdateItem const& item, std::function<void(Choice)> answered) = 0;
     virtual void showProgress(UpdateItem const& item, double fraction, std::function<void()> cancelled) = 0;
-    virtual void showInstalled(UpdateItem const& item) = 0;
+    // The version that runs goes on running, until the user chooses to restart the app or ends it.
+    virtual void showInstalled(UpdateItem const& item, std::function<void()> restartChosen) = 0;
     virtual void showNoUpdate() = 0;
     virtual void showError(platform::NSError const& error) = 0;
     // What waits for an answer is shown once more.

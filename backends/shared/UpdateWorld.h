@@ -49,6 +49,9 @@ public:
         = 0;
     // Puts what was fetched last in the place of the app, as a whole or not at all.
     virtual void installUpdate(UpdateItem const& item, Answer answered) = 0;
+    // Asks the app to end, the host's way, and starts what is in its place then. Says why when that cannot be started;
+    // the app goes on in that case.
+    virtual std::optional<platform::NSError> restart() = 0;
     // Ends a fetch under way, which then answers updateCancelled.
     virtual void cancel() = 0;
 };

@@ -3,10 +3,6 @@
 #include "backends/shared/UpdateChoice.h"
 #include "backends/shared/UpdateSchedule.h"
 
-#include <charconv>
-#include <cmath>
-#include <random>
-
 namespace backends {
 
 using platform::NSError;
@@ -16,31 +12,6 @@ using Choice = UpdateUserDriver::Choice;
 namespace {
 
 constexpr Seconds delayOfStartAlert { 4 };
-constexpr auto lastCheckKey = "SULastCheckTime";
-constexpr auto launchedKey = "SUHasLaunchedBefore";
-constexpr auto automaticChecksKey = "SUEnableAutomaticChecks";
-constexpr auto skippedKey = "SUSkippedVersion";
-constexpr auto skippedMajorKey = "SUSkippedMajorVersion";
-constexpr auto groupKey = "SUUpdateGroupIdentifier";
-
-std::string keptText(UpdateWorld const& world, char const* key)
-{
-    auto const value = world.setting(key);
-    auto const* const text = value ? value->asText() : nullptr;
-    return text ? *text : std::string();
-}
-
-std::optional<double> keptNumber(UpdateWorld const& world, char const* key)
-{
-    auto const text = keptText(world, key);
-    double number = 0;
-    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || end != text.data() + text.size())
-        return std::nullopt;
-    return number;
-}
-
-std::string textOf(double seconds) { return std::to_string(std::llround(seconds)); }
 
 } // namespace
 
@@ -105,17 +76,18 @@ void Updater::startCycle()
         return;
     }
     // At its first start an app has other things to say, and without a feed there is nothing to ask about.
-    if (keptText(m_world, launchedKey).empty())
-        m_world.keep(launchedKey, "YES");
-    else if (!settings().feedURL.empty() && !settings().checksAutomatically)
+    if (!m_memory.hasLaunchedBefore())
+        m_memory.noteLaunch();
+    else if (!settings().feedURL.empty())
         askPermission();
 }
 
 void Updater::askPermission()
 {
     m_state = State::AskingPermission;
-    m_driver.showPermissionRequest(inThisSession([](Updater& self, bool isAllowed) {
-        self.m_world.keep(automaticChecksKey, isAllowed ? "YES" : "NO");
+    m_driver.showPermissionRequest(inThisSession([](Updater& self, std::optional<bool> isAllowed) {
+        if (isAllowed)
+            self.m_memory.allowChecks(*isAllowed);
         self.finish();
     }));
 }
@@ -124,11 +96,8 @@ void Updater::schedule()
 {
     m_timer.reset();
     auto const current = settings();
-    auto const last = keptNumber(m_world, lastCheckKey);
-    auto const since = last ? std::optional(m_world.now() - *last) : std::nullopt;
-    if (since && *since < 0)
-        m_world.keep(lastCheckKey, textOf(m_world.now()));
-    auto const delay = delayOfNextCheck(current.checksAutomatically.value_or(false), current.checkInterval, since);
+    auto const delay = delayOfNextCheck(
+        current.checksAutomatically.value_or(false), current.checkInterval, m_memory.sinceLastCheck());
     if (delay)
         m_timer
             = m_world.after(Seconds { *delay }, inThisSession([](Updater& self) { self.check(Manner::Scheduled); }));
@@ -167,37 +136,27 @@ void Updater::check(Manner manner)
     m_state = State::Checking;
     m_manner = manner;
     m_isSilent = false;
+    m_memory.noteCheck();
     if (auto const delegate = m_delegate.lock()) {
         auto const kind = manner == Manner::ByUser ? platform::SPUUpdateCheck::Updates
                                                    : platform::SPUUpdateCheck::UpdatesInBackground;
         if (auto const refusal = delegate->mayPerformUpdateCheck(*this, kind)) {
-            m_world.keep(lastCheckKey, textOf(m_world.now()));
             fail(*refusal);
             return;
         }
     }
-    m_world.keep(lastCheckKey, textOf(m_world.now()));
     m_world.fetchFeed(settings(), inThisSession([](Updater& self, auto const& feed) { self.handleFeed(feed); }));
 }
 
 void Updater::handleFeed(platform::Result<UpdateFeed> const& feed)
 {
-    m_world.keep(lastCheckKey, textOf(m_world.now()));
+    m_memory.noteCheck();
     if (!feed) {
         fail(feed.error());
         return;
     }
     auto const current = settings();
-    UpdateCircumstances circumstances;
-    circumstances.hostVersion = current.hostVersion;
-    circumstances.systemVersion = m_world.systemVersion();
-    circumstances.channels = current.channels;
-    circumstances.skippedVersion = keptText(m_world, skippedKey);
-    circumstances.skippedMajorVersion = keptText(m_world, skippedMajorKey);
-    circumstances.now = m_world.now();
-    circumstances.rolloutGroup = rolloutGroup();
-    circumstances.isUserInitiated = m_manner == Manner::ByUser;
-    auto const item = chooseUpdate(feed.value(), circumstances);
+    auto const item = chooseUpdate(feed.value(), m_memory.circumstances(current, m_manner == Manner::ByUser));
     if (!item) {
         if (m_manner == Manner::ByUser)
             m_driver.showNoUpdate();
@@ -244,11 +203,8 @@ void Updater::handleChoice(UpdateItem const& item, Choice choice, bool isReplace
     }
     if (choice == Choice::Install && !item.link.empty())
         m_world.openPage(item.link);
-    if (choice == Choice::Skip) {
-        m_world.keep(skippedKey, item.version);
-        m_world.keep(
-            skippedMajorKey, isMajorFor(item, settings().hostVersion) ? item.minimumAutomaticVersion : std::string());
-    }
+    if (choice == Choice::Skip)
+        m_memory.skip(item, settings().hostVersion);
     finish();
 }
 
@@ -286,9 +242,29 @@ void Updater::install(UpdateItem const& item)
         }
         self.m_log.info("version %{public}s is installed", { item.version });
         self.m_installedVersion = item.version;
-        self.m_driver.showInstalled(item);
+        self.showInstalled(item);
         self.finish();
     }));
+}
+
+void Updater::showInstalled(UpdateItem const& item)
+{
+    // The session is over by the time that somebody answers.
+    m_driver.showInstalled(item, [weak = weak_from_this()] {
+        if (auto const self = weak.lock())
+            self->restart();
+    });
+}
+
+void Updater::restart()
+{
+    // While something is under way it would be cut off.
+    if (m_state != State::Idle)
+        return;
+    if (auto const problem = m_world.restart()) {
+        m_log.error("no restart: %{public}s", { problem->localizedDescription });
+        m_driver.showError(*problem);
+    }
 }
 
 void Updater::fail(NSError const& error)
@@ -311,16 +287,6 @@ void Updater::finish()
     m_state = State::Idle;
     m_isSilent = false;
     schedule();
-}
-
-int Updater::rolloutGroup()
-{
-    if (auto const kept = keptNumber(m_world, groupKey))
-        return std::abs(static_cast<int>(std::fmod(*kept, numberOfRolloutGroups)));
-    std::random_device random;
-    auto const group = static_cast<int>(random() % numberOfRolloutGroups);
-    m_world.keep(groupKey, std::to_string(group));
-    return group;
 }
 
 } // namespace backends

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "backends/shared/UpdateMemory.h"
 #include "backends/shared/UpdateUserDriver.h"
 #include "backends/shared/UpdateWorld.h"
 #include "platform/log/OSLog.h"
@@ -20,6 +21,7 @@ public:
     Updater(UpdateWorld& world, UpdateUserDriver& driver, platform::OSLog log,
         std::weak_ptr<platform::SPUUpdaterDelegate> delegate)
         : m_world(world)
+        , m_memory(world)
         , m_driver(driver)
         , m_log(std::move(log))
         , m_delegate(std::move(delegate))
@@ -49,11 +51,13 @@ private:
     void fetch(UpdateItem const& item);
     void showProgress(UpdateItem const& item, double fraction);
     void install(UpdateItem const& item);
+    void showInstalled(UpdateItem const& item);
+    void restart();
     void fail(platform::NSError const& error);
     void finish();
-    int rolloutGroup();
 
     UpdateWorld& m_world;
+    UpdateMemory m_memory;
     UpdateUserDriver& m_driver;
     platform::OSLog m_log;
     std::weak_ptr<platform::SPUUpdaterDelegate> m_delegate;

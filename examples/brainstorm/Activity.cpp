@@ -58,7 +58,8 @@ Activity::Activity()
 
 bool Activity::writeTo(std::string const& path)
 {
-    m_file.open(path, std::ios::out | std::ios::trunc);
+    // Behind what is there: an app that an update has restarted goes on with its file.
+    m_file.open(path, std::ios::out | std::ios::app);
     return m_file.is_open();
 }
 

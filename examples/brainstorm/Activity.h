@@ -23,8 +23,8 @@ public:
 
     Activity();
 
-    // From now on every notification becomes a line of the file: time, name, and what it carries, sorted by key.
-    // False when the file cannot be written.
+    // From now on every notification becomes a line at the end of the file: time, name, and what it carries, sorted by
+    // key. False when the file cannot be written.
     bool writeTo(std::string const& path);
 
     void hear(platform::Notification const& notification);

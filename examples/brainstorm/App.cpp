@@ -93,7 +93,7 @@ Desktop::Requests App::requests()
         .openBrainstorm = [this] { openFromElsewhere(ActivityType::brainstormWindow); },
         .openMainWindow = [this] { openFromElsewhere(ActivityType::iOSAppWindow); },
         .openSettings = [this] { openSettingsOrOnboarding(); },
-        .checkForUpdates = [this] { sayWhereUpdatesAre(); },
+        .checkForUpdates = [this] { checkForUpdates(); },
         .importDropped = [this](std::vector<platform::URL> const& urls) { importDropped(urls); },
         .quit = [] { gtk_main_quit(); },
     };
@@ -113,10 +113,10 @@ void App::openSettingsOrOnboarding()
     openFromElsewhere(hasUser ? ActivityType::settingsWindow : ActivityType::onboardingWindow);
 }
 
-void App::sayWhereUpdatesAre()
+void App::checkForUpdates()
 {
     openFromElsewhere(ActivityType::iOSAppWindow);
-    showStatus("Ideas is built from its sources, and as new as they are");
+    showStatus(m_desktop->checkForUpdates() ? "Asked for a newer version" : "Updates are being looked for already");
 }
 
 void App::importDropped(std::vector<platform::URL> const& urls)

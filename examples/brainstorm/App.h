@@ -30,7 +30,7 @@ private:
     Desktop::Requests requests();
     void openFromElsewhere(char const* activityType);
     void openSettingsOrOnboarding();
-    void sayWhereUpdatesAre();
+    void checkForUpdates();
     // Into the panel that is open, or else into a new one.
     void importDropped(std::vector<platform::URL> const& urls);
 

@@ -1,5 +1,6 @@
 #include "examples/brainstorm/Desktop.h"
 #include "platform/appkit/NSWindow.h"
+#include "platform/runtime/Class.h"
 
 namespace ideas {
 
@@ -19,8 +20,9 @@ Desktop::~Desktop()
 
 void Desktop::start()
 {
-    auto started = paneweld::Host::start(
-        { .bundleIdentifier = "org.example.Ideas", .shortcutDescription = "Start a new brainstorm" });
+    auto started = paneweld::Host::start({ .bundleIdentifier = "org.example.Ideas",
+        .appName = "Ideas",
+        .shortcutDescription = "Start a new brainstorm" });
     if (!started) {
         m_problem = "The desktop integration did not start: " + started.error().localizedDescription;
         return;
@@ -39,6 +41,9 @@ void Desktop::start()
         m_problem = "The desktop integration could not be loaded";
     else if (m_host->windowReach() == paneweld::WindowReach::Unreachable)
         m_problem = "No X server can be reached: windows are left as they are";
+    m_updater = paneweld::NSBundle::updateController(*plugin);
+    if (m_updater)
+        platform::perform(*m_updater, "startUpdater");
 }
 
 void Desktop::observe()
@@ -198,6 +203,17 @@ void Desktop::onStatusItemPlace(std::function<void()> handler)
 void Desktop::setHasUser(bool hasUser)
 {
     post(paneweld::NotificationName::updateMenuItemTitle(), paneweld::UpdateMenuItemTitle { hasUser }.userInfo());
+}
+
+bool Desktop::checkForUpdates()
+{
+    if (!m_updater)
+        return false;
+    auto const canCheck = platform::perform(*m_updater, "canCheckForUpdates");
+    if (!canCheck || !canCheck->asBool().value_or(false))
+        return false;
+    platform::perform(*m_updater, "checkForUpdates");
+    return true;
 }
 
 void Desktop::setMainMenu(std::shared_ptr<platform::NSMenu> menu)

@@ -61,6 +61,9 @@ public:
     // Without a user the icon's menu offers to sign in.
     void setHasUser(bool hasUser);
 
+    // The desktop's notifications tell what comes of it. False when nothing would: it is under way, or not to be had.
+    bool checkForUpdates();
+
     // What is checked when a shortcut is chosen.
     void setMainMenu(std::shared_ptr<platform::NSMenu> menu);
 
@@ -107,6 +110,7 @@ private:
     std::unique_ptr<paneweld::Host> m_host;
     std::unique_ptr<paneweld::GlibLoop> m_loop;
     std::shared_ptr<platform::NSObject> m_controller;
+    std::shared_ptr<platform::NSObject> m_updater;
     std::vector<platform::Observation> m_observations;
     std::map<std::string, WindowNews> m_news;
     Requests m_requests;

@@ -15,7 +15,7 @@ constexpr char const* usage
     = "Usage: ideas [--window brainstorm|app|onboarding|settings] [--transcript FILE] [--no-announce]\n"
       "\n"
       "  --window NAME      open this window only\n"
-      "  --transcript FILE  write every notification of the process, one a line\n"
+      "  --transcript FILE  append every notification of the process, one a line\n"
       "  --no-announce      let the plug-in discover windows instead of announcing them\n";
 
 } // namespace

@@ -134,7 +134,9 @@ play_menu() {
     expect "the menu closes" 10 no_menu_window
     expect "the app is asked for updates" 10 count_is CheckForUpdates 1
     expect "the main window comes to the front" 10 is_active "$main"
+    expect "there is no newer version yet" 20 shows "You’re up to date"
     picture updates
+    expect "the notice goes" 20 no_notice_window
 
     open_menu
     xdotool key Down key Down key Down

@@ -18,6 +18,7 @@ session_fail() {
 
 session_stop() {
     local pid
+    updates_stop
     for pid in $session_app $session_letter $session_files $session_panel; do
         kill "$pid" 2>/dev/null || true
         wait "$pid" 2>/dev/null || true
@@ -59,6 +60,10 @@ main_window() {
 
 no_window_named() {
     ! window_named "$1"
+}
+
+has_ended() {
+    ! kill -0 "$1"
 }
 
 is_active() {
@@ -186,9 +191,10 @@ session_play() {
     session_out=$2
     session_prepare_home
     start_panel
+    updates_prepare
 
     echo "demo: playing the session"
-    "$session_build/ideas" --window app --transcript "$session_out/transcript.txt" \
+    "$HOME/Apps/Ideas/ideas" --window app --transcript "$session_out/transcript.txt" \
         2>"$session_out/log.txt" &
     session_app=$!
     expect "the main window opens, and is called Ideas" 20 main_window
@@ -201,9 +207,11 @@ session_play() {
     play_icon "$main"
     play_settings
     play_onboarding
+    play_updates
 
+    # Started anew by its update, it is nobody's child.
     kill -TERM "$session_app"
-    wait "$session_app" || session_fail "the app did not end well"
+    expect "the app ends when it is told to" 10 has_ended "$session_app"
     session_app=
     session_stop
     rm -f "$session_out/at-rest.png"

@@ -71,7 +71,7 @@ film_strip() {
         "from-elsewhere|Ctrl+Alt+N there: a new panel, ready for typing"
         "files|A file manager, and the app's icon in the tray"
         "dropped|Two files dropped on it: they are ideas now"
-        "updates|And in the library"
+        "updates|And in the library. A check: it is up to date"
         "settings|The settings, with another shortcut recorded"
         "dark|And dark, as just chosen"
         "onboarding|The introduction"
@@ -87,7 +87,15 @@ film_strip() {
         "menu|A right click: its menu"
         "chosen|Chosen with the keyboard"
     )
+    local news=(
+        "offer|A new release: it is offered"
+        "downloading|Half way; checked when all is there"
+        "installed|In its place, and nothing interrupted"
+        "restarted|Restarted: the newest"
+    )
     local cards=() rows=()
+    strip_cards 325 440x150+996+740 "${news[@]}"
+    strip_row "$strip_dir/row-9.miff" "${cards[@]}"
     strip_cards 325 372x190+534+421 "${details[@]}"
     strip_row "$strip_dir/row-7.miff" "${cards[@]}"
     strip_cards 440 420x205+1020+0 "${corner[@]}"
@@ -109,7 +117,7 @@ film_strip() {
     strip_row "$strip_dir/row-4.miff" "${cards[@]:6:3}"
     strip_row "$strip_dir/row-5.miff" "${cards[@]:9:3}"
     strip_row "$strip_dir/row-8.miff" "${cards[@]:12:3}"
-    for index in {1..8}; do
+    for index in {1..9}; do
         rows+=("$strip_dir/row-$index.miff")
     done
     "$strip_im" "${rows[@]}" -background '#1f1f28' -gravity center -append -bordercolor '#1f1f28' -border 10x12 \

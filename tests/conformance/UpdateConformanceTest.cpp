@@ -53,6 +53,12 @@ protected:
         }
         return lines;
     }
+    void pressRestart() { m_world.updates().pressRestart(); }
+    bool isAskedToEnd()
+    {
+        auto const lines = m_world.ledger().lines();
+        return !lines.empty() && lines.back().text == "update restart";
+    }
     std::string installed()
     {
         auto const& version = m_world.updates().installedVersion();
@@ -69,7 +75,9 @@ class LinuxUpdateStage : public paneweld_tests::UpdatesFixture {
 protected:
     void open()
     {
+        isOneFile = true;
         start("1.0", { m_key.publicKey() });
+        platform->setTerminateHandler([this] { m_isAskedToEnd = true; });
         controller = platform->makeStandardUpdaterController(platform::StartingUpdater::No, {});
     }
     platform::SPUStandardUpdaterController& updater() { return *controller; }
@@ -110,6 +118,8 @@ protected:
         return lines;
     }
     bool isAsked() { return !m_answers.empty() || !desktop.open().empty(); }
+    void pressRestart() { desktop.press("restart"); }
+    bool isAskedToEnd() const { return m_isAskedToEnd; }
     std::string installed() { return app->start(); }
 
 private:
@@ -122,6 +132,7 @@ private:
 
     paneweld_tests::SigningKey m_key { 1 };
     std::deque<Choice> m_answers;
+    bool m_isAskedToEnd = false;
 };
 
 template<typename Stage>
@@ -169,6 +180,17 @@ TYPED_TEST(UpdateConformance, AnUpdateIsInstalledWhenTheUserSaysSo)
     EXPECT_EQ(this->installed(), "2.0");
     // The old one that still runs has it already.
     this->checkUntil({ "offer 2.0", "installed 2.0", "none" });
+}
+
+TYPED_TEST(UpdateConformance, TheAppIsRestartedWhenTheUserSaysSo)
+{
+    this->publish("2.0");
+    this->updater().startUpdater();
+    this->answerNext(Choice::Install);
+    this->checkUntil({ "offer 2.0", "installed 2.0" });
+    EXPECT_FALSE(this->isAskedToEnd());
+    this->pressRestart();
+    this->pumpUntil([this] { return this->isAskedToEnd(); });
 }
 
 TYPED_TEST(UpdateConformance, AnUpdateWaitsForTheUser)

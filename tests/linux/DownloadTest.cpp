@@ -3,6 +3,7 @@
 #include "backends/shared/UpdateWorld.h"
 #include "tests/linux/WebServer.h"
 
+#include <cstdlib>
 #include <gtest/gtest.h>
 
 namespace paneweld_tests {
@@ -78,6 +79,28 @@ TEST_F(DownloadTest, FollowsRedirectsButNotForEver)
     EXPECT_EQ(received, "");
 }
 
+TEST_F(DownloadTest, NeverGoesFromHttpsToAnythingLess)
+{
+    WebServer secure(WebServer::Language::Https);
+    server.set("/plain", { .body = "anybody's" });
+    secure.set("/there", { .body = "bytes" });
+    secure.set("/within", { .status = 302, .headers = { "Location: /there" } });
+    secure.set("/out", { .status = 302, .headers = { "Location: " + server.url("/plain") } });
+    server.set("/in", { .status = 302, .headers = { "Location: " + secure.url("/there") } });
+    // Who it says it is, it says alone.
+    EXPECT_NE(fetch(secure.url("/there")), "");
+    EXPECT_EQ(received, "");
+    EXPECT_TRUE(secure.requests().empty());
+    setenv("SSL_CERT_FILE", secure.certificateFile().c_str(), 1);
+    EXPECT_EQ(fetch(secure.url("/there")), "");
+    EXPECT_EQ(fetch(secure.url("/within")), "");
+    EXPECT_EQ(fetch("/in"), "");
+    EXPECT_EQ(received, "bytes");
+    EXPECT_NE(fetch(secure.url("/out")), "");
+    EXPECT_EQ(received, "");
+    EXPECT_EQ(server.requests(), (std::vector<std::string> { "/in" }));
+}
+
 TEST_F(DownloadTest, AServerThatStallsIsLeft)
 {
     server.set("/slow", { .body = "some bytes", .stallsAfter = 4 });
@@ -112,7 +135,7 @@ TEST_F(DownloadTest, MoreThanWasPromisedIsNotTaken)
     EXPECT_LE(received.size(), 4000u);
     download.length.reset();
     download.maximum = 4000;
-    EXPECT_NE(fetch("/long"), "");
+    EXPECT_EQ(fetch("/long"), "the download is too long");
     EXPECT_EQ(fetch("/silent"), "the download is too long");
     EXPECT_LE(received.size(), 4000u);
 }

@@ -23,6 +23,8 @@ public:
     // The user presses an action of it, which closes it, or closes it without a word.
     void press(std::string const& action);
     void dismiss();
+    // The desktop shows no notifications from now on.
+    void leave() { stop(); }
 
 private:
     int handleCall(sd_bus_message* message) override;

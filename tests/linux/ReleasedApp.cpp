@@ -57,6 +57,19 @@ std::string ReleasedApp::archive(
     return bytes ? bytes.value() : std::string();
 }
 
+void ReleasedApp::rewrite(std::string const& version, std::string const& info) const
+{
+    writeApp("apps/Ideas", version, info, "org.example.Ideas");
+}
+
+void ReleasedApp::becomeImage(std::string const& version, unsigned mode, std::string const& info) const
+{
+    std::filesystem::remove_all(path());
+    m_folder.write("apps/Ideas", image(version));
+    EXPECT_EQ(chmod(path().c_str(), mode), 0);
+    writeApp("mounted/usr/bin", version, info, "org.example.Ideas");
+}
+
 backends::UpdateItem ReleasedApp::item(std::string const& version, std::string const& archive, SigningKey const& key)
 {
     backends::UpdateItem item;

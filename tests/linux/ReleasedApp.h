@@ -25,6 +25,14 @@ public:
     // The bytes of an archive with the app in that version, "Info" lines and all.
     std::string archive(std::string const& version, std::string const& info = {},
         std::string const& identifier = "org.example.Ideas") const;
+    // The same app with another Info, as if it had been installed so.
+    void rewrite(std::string const& version, std::string const& info) const;
+    // The same app as one file, in place of the folder: an AppImage, whose main bundle lies in what it has mounted.
+    void becomeImage(std::string const& version, unsigned mode = 0755, std::string const& info = {}) const;
+    std::string mountedFolder() const { return m_folder.path() + "/mounted"; }
+    std::string mountedBundle() const { return mountedFolder() + "/usr/bin"; }
+    // The bytes of such a file.
+    static std::string image(std::string const& version) { return "#!/bin/sh\necho " + version + "\n"; }
     // As a feed would tell of an archive.
     static backends::UpdateItem item(std::string const& version, std::string const& archive, SigningKey const& key);
 

@@ -1,11 +1,9 @@
 #include "backends/linux/host/UpdateInstaller.h"
 #include "tests/linux/ReleasedApp.h"
+#include "tests/linux/UpdateRun.h"
 
-#include <csignal>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace paneweld_tests {
@@ -14,129 +12,6 @@ using backends::UpdateInstaller;
 using backends::UpdateItem;
 using backends::UpdateTarget;
 using Kind = backends::UpdateTarget::Kind;
-
-namespace {
-
-// The whole of an update, from the archive on. The words of its failure, or none.
-std::string update(UpdateTarget const& target, std::string const& archive, UpdateItem const& item,
-    std::vector<std::string> const& keys, UpdateInstaller::Step atStep = {})
-{
-    UpdateInstaller installer(target, std::move(atStep));
-    auto const place = installer.prepare();
-    if (!place)
-        return place.error().localizedDescription;
-    std::ofstream(place.value(), std::ios::binary) << archive;
-    auto problem = installer.verify(item, keys);
-    if (!problem)
-        problem = installer.install({ "org.example.Ideas", item.version });
-    return problem ? problem->localizedDescription : std::string();
-}
-
-// An AppImage in place of the folder: one file that is started.
-std::string imageOf(std::string const& version) { return "#!/bin/sh\necho " + version + "\n"; }
-
-void becomeImage(ReleasedApp const& app, std::string const& version, mode_t mode)
-{
-    std::filesystem::remove_all(app.path());
-    std::ofstream(app.path()) << imageOf(version);
-    chmod(app.path().c_str(), mode);
-}
-
-mode_t modeOf(std::string const& path)
-{
-    struct stat facts { };
-    EXPECT_EQ(stat(path.c_str(), &facts), 0) << path;
-    return facts.st_mode & 07777;
-}
-
-// Every step at which a process may be killed, as a whole update goes through them.
-std::vector<std::string> stepsOf(
-    UpdateTarget const& target, std::string const& archive, UpdateItem const& item, SigningKey const& key)
-{
-    std::vector<std::string> steps;
-    EXPECT_EQ(
-        update(target, archive, item, { key.publicKey() }, [&](char const* name) { steps.emplace_back(name); }), "");
-    return steps;
-}
-
-// Kills a process at the step. The step has the number of those before it.
-void killAt(std::size_t step, UpdateTarget const& target, std::string const& archive, UpdateItem const& item,
-    SigningKey const& key)
-{
-    auto const child = fork();
-    if (child == 0) {
-        std::size_t count = 0;
-        update(target, archive, item, { key.publicKey() }, [&](char const*) {
-            if (count++ == step)
-                raise(SIGKILL);
-        });
-        _exit(0);
-    }
-    int status = 0;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
-}
-
-} // namespace
-
-TEST(UpdateInstaller, AFolderSurvivesAKillAtEveryStep)
-{
-    SigningKey const key(1);
-    std::vector<std::string> steps;
-    {
-        ReleasedApp const app("1.0");
-        auto const archive = app.archive("2.0");
-        steps = stepsOf({ Kind::Folder, app.path() }, archive, ReleasedApp::item("2.0", archive, key), key);
-        EXPECT_EQ(app.start(), "2.0");
-        EXPECT_TRUE(app.leftovers().empty());
-    }
-    EXPECT_EQ(steps,
-        (std::vector<std::string> {
-            "prepared", "verified", "unpacked", "as the old one", "on the disk", "in its place", "cleared" }));
-    bool isNew = false;
-    for (std::size_t i = 0; i < steps.size(); ++i) {
-        ReleasedApp const app("1.0");
-        auto const archive = app.archive("2.0");
-        auto const item = ReleasedApp::item("2.0", archive, key);
-        killAt(i, { Kind::Folder, app.path() }, archive, item, key);
-        isNew |= steps[i] == "in its place";
-        EXPECT_EQ(app.start(), isNew ? "2.0" : "1.0") << "killed at: " << steps[i];
-        // The next attempt does not stumble over what is left of this one.
-        EXPECT_EQ(update({ Kind::Folder, app.path() }, archive, item, { key.publicKey() }), "");
-        EXPECT_EQ(app.start(), "2.0");
-        EXPECT_TRUE(app.leftovers().empty());
-    }
-}
-
-TEST(UpdateInstaller, AFileSurvivesAKillAtEveryStep)
-{
-    SigningKey const key(1);
-    auto const archive = imageOf("2.0");
-    auto const item = ReleasedApp::item("2.0", archive, key);
-    std::vector<std::string> steps;
-    {
-        ReleasedApp const app("1.0");
-        becomeImage(app, "1.0", 0755);
-        steps = stepsOf({ Kind::File, app.path() }, archive, item, key);
-        EXPECT_EQ(app.start(), "2.0");
-    }
-    EXPECT_EQ(steps,
-        (std::vector<std::string> {
-            "prepared", "verified", "as the old one", "on the disk", "in its place", "cleared" }));
-    bool isNew = false;
-    for (std::size_t i = 0; i < steps.size(); ++i) {
-        ReleasedApp const app("1.0");
-        becomeImage(app, "1.0", 0750);
-        killAt(i, { Kind::File, app.path() }, archive, item, key);
-        isNew |= steps[i] == "in its place";
-        EXPECT_EQ(app.start(), isNew ? "2.0" : "1.0") << "killed at: " << steps[i];
-        EXPECT_EQ(modeOf(app.path()), 0750u);
-        EXPECT_EQ(update({ Kind::File, app.path() }, archive, item, { key.publicKey() }), "");
-        EXPECT_EQ(app.start(), "2.0");
-        EXPECT_EQ(modeOf(app.path()), 0750u);
-        EXPECT_TRUE(app.leftovers().empty());
-    }
-}
 
 TEST(UpdateInstaller, TheNewFolderHasTheModeOfTheOldOne)
 {
@@ -148,6 +23,27 @@ TEST(UpdateInstaller, TheNewFolderHasTheModeOfTheOldOne)
         update({ Kind::Folder, app.path() }, archive, ReleasedApp::item("2.0", archive, key), { key.publicKey() }), "");
     EXPECT_EQ(modeOf(app.path()), 0711u);
     EXPECT_EQ(modeOf(app.path() + "/start"), 0755u);
+}
+
+TEST(UpdateInstaller, OwnerAndGroupAreThoseOfTheOldOne)
+{
+    SigningKey const key(1);
+    // Who is not root has no other group to give.
+    gid_t const group = geteuid() == 0 ? 65534 : getegid();
+    for (auto const kind : { Kind::Folder, Kind::File }) {
+        ReleasedApp const app("1.0");
+        if (kind == Kind::File)
+            app.becomeImage("1.0");
+        ASSERT_EQ(chown(app.path().c_str(), geteuid(), group), 0);
+        auto const archive = kind == Kind::File ? ReleasedApp::image("2.0") : app.archive("2.0");
+        EXPECT_EQ(
+            update({ kind, app.path() }, archive, ReleasedApp::item("2.0", archive, key), { key.publicKey() }), "");
+        struct stat facts { };
+        ASSERT_EQ(stat(app.path().c_str(), &facts), 0);
+        EXPECT_EQ(facts.st_uid, geteuid());
+        EXPECT_EQ(facts.st_gid, group);
+        EXPECT_EQ(app.start(), "2.0");
+    }
 }
 
 TEST(UpdateInstaller, NothingOfARefusedArchiveIsUnpacked)

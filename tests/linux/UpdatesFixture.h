@@ -26,6 +26,8 @@ protected:
         std::string const& more = "SUEnableAutomaticChecks = NO;")
     {
         app.emplace(version, info(keys) + more);
+        if (isOneFile)
+            app->becomeImage(version, 0755, info(keys) + more);
         startInstalled();
     }
 
@@ -45,9 +47,13 @@ protected:
         unsetenv("DISPLAY");
         unsetenv("APPIMAGE");
         unsetenv("APPDIR");
+        if (isOneFile) {
+            setenv("APPIMAGE", app->path().c_str(), 1);
+            setenv("APPDIR", app->mountedFolder().c_str(), 1);
+        }
         setenv("XDG_CONFIG_HOME", (app->scratch() + "/config").c_str(), 1);
         backends::LinuxOptions options;
-        options.mainBundlePath = app->path();
+        options.mainBundlePath = isOneFile ? app->mountedBundle() : app->path();
         options.appName = "Ideas";
         auto made = backends::makeLinuxPlatform(options);
         ASSERT_TRUE(made.hasValue());
@@ -91,7 +97,7 @@ protected:
     // On the server, as an archive and in the feed, alone.
     backends::UpdateItem release(std::string const& version, SigningKey const& key, std::string const& releaseInfo)
     {
-        auto const archive = app->archive(version, releaseInfo);
+        auto const archive = isOneFile ? ReleasedApp::image(version) : app->archive(version, releaseInfo);
         auto item = ReleasedApp::item(version, archive, key);
         item.url = server.url("/" + version + ".tar.gz");
         server.set("/" + version + ".tar.gz", { .body = archive });
@@ -114,13 +120,15 @@ protected:
     }
     static std::string installedNotice(std::string const& version)
     {
-        return "Ideas " + version + " is installed|It is there when Ideas is started next.|";
+        return "Ideas " + version + " is installed|It is there when Ideas is started next.|restart=Restart Now";
     }
     bool canCheck() { return controller->updater().canCheckForUpdates(); }
 
     SessionBus bus;
     NotificationStandIn desktop { bus.address() };
     WebServer server;
+    // An AppImage and not a folder. Only then a restart may be asked for: a test is no app to be started again.
+    bool isOneFile = false;
     std::optional<ReleasedApp> app;
     std::unique_ptr<backends::LinuxPlatform> platform;
     std::unique_ptr<platform::SPUStandardUpdaterController> controller;

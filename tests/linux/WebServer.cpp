@@ -4,17 +4,68 @@
 #include <array>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
+#include <openssl/ssl.h>
 #include <poll.h>
+#include <span>
+#include <string_view>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
 #include <unistd.h>
+#include <utility>
 
 namespace paneweld_tests {
 
-WebServer::WebServer()
+// One visitor, who is sent away in the end.
+class WebServer::Connection {
+public:
+    Connection(int descriptor, SSL_CTX* context)
+        : m_descriptor(descriptor)
+        , m_secure(context ? SSL_new(context) : nullptr, &SSL_free)
+    {
+        if (!m_secure)
+            return;
+        SSL_set_fd(m_secure.get(), descriptor);
+        // Who does not trust the certificate leaves in the middle of this, and reads and sends nothing then.
+        SSL_accept(m_secure.get());
+    }
+    ~Connection()
+    {
+        if (m_secure)
+            SSL_shutdown(m_secure.get());
+        close(m_descriptor);
+    }
+    Connection(Connection const&) = delete;
+    Connection& operator=(Connection const&) = delete;
+
+    // 0 at the end.
+    std::size_t receive(std::span<char> bytes)
+    {
+        auto const count = m_secure ? SSL_read(m_secure.get(), bytes.data(), static_cast<int>(bytes.size()))
+                                    : recv(m_descriptor, bytes.data(), bytes.size(), 0);
+        return count > 0 ? static_cast<std::size_t>(count) : 0;
+    }
+    void send(std::string_view bytes)
+    {
+        while (!bytes.empty()) {
+            auto const count = m_secure ? SSL_write(m_secure.get(), bytes.data(), static_cast<int>(bytes.size()))
+                                        : ::send(m_descriptor, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+            if (count <= 0)
+                return;
+            bytes.remove_prefix(static_cast<std::size_t>(count));
+        }
+    }
+
+private:
+    int m_descriptor;
+    std::unique_ptr<SSL, decltype(&SSL_free)> m_secure;
+};
+
+WebServer::WebServer(Language language)
     : m_listening(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
     , m_wake(eventfd(0, EFD_CLOEXEC))
 {
+    if (language == Language::Https)
+        m_certificate.emplace();
     sockaddr_in address {};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
@@ -31,15 +82,14 @@ WebServer::~WebServer()
     std::uint64_t const one = 1;
     EXPECT_EQ(write(m_wake, &one, sizeof one), static_cast<ssize_t>(sizeof one));
     m_thread.join();
-    for (int const connection : m_stalled)
-        close(connection);
+    m_stalled.clear();
     close(m_listening);
     close(m_wake);
 }
 
 std::string WebServer::url(std::string const& path) const
 {
-    return "http://127.0.0.1:" + std::to_string(m_port) + path;
+    return (m_certificate ? "https" : "http") + std::string("://127.0.0.1:") + std::to_string(m_port) + path;
 }
 
 void WebServer::set(std::string const& path, Page page)
@@ -67,25 +117,16 @@ void WebServer::run()
     }
 }
 
-void WebServer::send(int connection, std::string const& bytes)
+void WebServer::answer(int descriptor)
 {
-    for (std::size_t sent = 0; sent < bytes.size();) {
-        auto const count = ::send(connection, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
-        if (count <= 0)
-            return;
-        sent += static_cast<std::size_t>(count);
-    }
-}
-
-void WebServer::answer(int connection)
-{
+    auto connection = std::make_unique<Connection>(descriptor, m_certificate ? m_certificate->context() : nullptr);
     std::string request;
     std::array<char, 4096> bytes {};
     while (request.find("\r\n\r\n") == std::string::npos) {
-        auto const count = recv(connection, bytes.data(), bytes.size(), 0);
-        if (count <= 0)
-            break;
-        request.append(bytes.data(), static_cast<std::size_t>(count));
+        auto const count = connection->receive(bytes);
+        if (count == 0)
+            return;
+        request.append(bytes.data(), count);
     }
     auto const start = request.find(' ') + 1;
     auto const path = request.substr(start, request.find(' ', start) - start);
@@ -102,12 +143,9 @@ void WebServer::answer(int connection)
     auto const length = page.saidLength == -2 ? static_cast<std::int64_t>(page.body.size()) : page.saidLength;
     if (length >= 0)
         head += "Content-Length: " + std::to_string(length) + "\r\n";
-    bool const stalls = page.stallsAfter < page.body.size();
-    send(connection, head + "\r\n" + page.body.substr(0, page.stallsAfter));
-    if (stalls)
-        m_stalled.push_back(connection);
-    else
-        close(connection);
+    connection->send(head + "\r\n" + page.body.substr(0, page.stallsAfter));
+    if (page.stallsAfter < page.body.size())
+        m_stalled.push_back(std::move(connection));
 }
 
 } // namespace paneweld_tests

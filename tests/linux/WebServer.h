@@ -1,9 +1,12 @@
 #pragma once
 
-#include <atomic>
+#include "tests/linux/ServerCertificate.h"
+
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -24,28 +27,34 @@ public:
         std::size_t stallsAfter = SIZE_MAX;
     };
 
-    WebServer();
+    enum class Language { Http, Https };
+
+    explicit WebServer(Language language = Language::Http);
     ~WebServer();
     WebServer(WebServer const&) = delete;
     WebServer& operator=(WebServer const&) = delete;
 
     std::string url(std::string const& path) const;
+    // What a visitor has to trust. Only over https.
+    std::string certificateFile() const { return m_certificate ? m_certificate->file() : std::string(); }
     void set(std::string const& path, Page page);
     // The paths that were asked for, in order.
     std::vector<std::string> requests() const;
 
 private:
-    void run();
-    void answer(int connection);
-    void send(int connection, std::string const& bytes);
+    class Connection;
 
+    void run();
+    void answer(int descriptor);
+
+    std::optional<ServerCertificate> m_certificate;
     int m_listening;
     int m_wake;
     std::uint16_t m_port = 0;
     mutable std::mutex m_mutex;
     std::map<std::string, Page> m_pages;
     std::vector<std::string> m_requests;
-    std::vector<int> m_stalled;
+    std::vector<std::unique_ptr<Connection>> m_stalled;
     std::thread m_thread;
 };
 

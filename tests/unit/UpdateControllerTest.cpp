@@ -1,76 +1,13 @@
-#include "iOS/UpdateController.h"
-#include "platform/foundation/Bundles.h"
 #include "platform/runtime/Class.h"
-#include "tests/support/World.h"
+#include "tests/unit/UpdateStage.h"
 
-using backends::UpdateFeed;
 using backends::UpdateItem;
 using Choice = backends::UpdateUserDriver::Choice;
-using platform::Seconds;
+using Lines = std::vector<std::string>;
 
 namespace {
 
-constexpr Seconds hour { 3600 };
-constexpr Seconds day { 86400 };
-using Lines = std::vector<std::string>;
-
-class UpdateControllerTest : public World {
-protected:
-    void TearDown() override
-    {
-        World::TearDown();
-        EXPECT_EQ(world.updates().unansweredPrompts(), expectedUnanswered);
-    }
-
-    void setApp(std::string const& more = "SUEnableAutomaticChecks = NO;")
-    {
-        world.files().addFile("/opt/ideas/Info.plist",
-            "{ CFBundleIdentifier = \"org.example.Ideas\"; CFBundleVersion = \"1.0\"; SUPublicEDKey = good; "
-            "SUFeedURL = \"https://example.org/feed\"; "
-                + more + " }");
-        world.bundles().setMainBundle("/opt/ideas");
-        controller = paneweld::UpdateController::create(world);
-    }
-
-    void start()
-    {
-        controller->startUpdater();
-        world.settle();
-    }
-
-    void offer(std::string const& version, std::function<void(UpdateItem&)> const& change = {})
-    {
-        UpdateItem item;
-        item.version = item.displayVersion = version;
-        item.url = "https://example.org/" + version;
-        item.signature = "good";
-        if (change)
-            change(item);
-        world.updates().setFeed(UpdateFeed { { item }, {} });
-    }
-
-    void check()
-    {
-        controller->checkForUpdates();
-        world.settle();
-    }
-
-    void letTimePass(Seconds time)
-    {
-        world.updates().letTimePass(time);
-        world.settle();
-    }
-
-    Lines takeLedger()
-    {
-        auto const lines = ledger();
-        world.ledger().clear();
-        return lines;
-    }
-
-    std::shared_ptr<paneweld::UpdateController> controller;
-    int expectedUnanswered = 0;
-};
+class UpdateControllerTest : public UpdateStage { };
 
 } // namespace
 
@@ -162,6 +99,67 @@ TEST_F(UpdateControllerTest, AnUpdateIsOfferedFetchedAndInstalled)
     EXPECT_EQ(ledger(), (Lines { "update feed https://example.org/feed", "update shown none" }));
 }
 
+TEST_F(UpdateControllerTest, TheNewVersionIsStartedWhenTheUserSaysSo)
+{
+    setApp();
+    start();
+    offer("2.0");
+    world.updates().answerNextUpdate(Choice::Install);
+    check();
+    EXPECT_EQ(ledger().back(), "update shown installed 2.0");
+    world.updates().pressRestart();
+    world.settle();
+    EXPECT_EQ(ledger().back(), "update restart");
+    world.updates().setNotStartable("the new version is no program");
+    world.updates().pressRestart();
+    world.settle();
+    EXPECT_EQ(ledger().back(), "update shown error the new version is no program");
+    EXPECT_EQ(log("updates").back(), "error: no restart: the new version is no program");
+}
+
+TEST_F(UpdateControllerTest, ARestartWaitsForNothingThatWouldBeCutOff)
+{
+    setApp();
+    start();
+    offer("2.0");
+    world.updates().answerNextUpdate(Choice::Install);
+    check();
+    offer("3.0");
+    world.updates().answerNextUpdate(Choice::Install);
+    world.ledger().setListener([this](auto const& line) {
+        if (line.text == "update shown offer 3.0")
+            world.updates().holdNetwork(true);
+    });
+    check();
+    // The notice of before, pressed late.
+    world.updates().pressRestart();
+    world.settle();
+    EXPECT_EQ(ledger().back(), "update fetch https://example.org/3.0");
+    world.updates().holdNetwork(false);
+    world.settle();
+    EXPECT_EQ(ledger().back(), "update shown installed 3.0");
+}
+
+TEST_F(UpdateControllerTest, WhetherACheckCanBeAskedForIsTrueToEveryPhase)
+{
+    setApp();
+    start();
+    offer("2.0");
+    // What each line of the ledger finds, at the time when it is written.
+    Lines phases;
+    world.ledger().setListener([&](auto const& line) {
+        auto const what = line.text.substr(0, line.text.find_last_of(" /"));
+        phases.push_back(what + (controller->canCheckForUpdates() ? ": yes" : ": no"));
+    });
+    world.updates().answerNextUpdate(Choice::Install);
+    check();
+    EXPECT_EQ(phases,
+        (Lines { "update feed https://example.org: no", "update shown offer: yes", "update shown progress 2.0: yes",
+            "update fetch https://example.org: yes", "update shown progress 2.0: yes", "update install: yes",
+            "update shown installed: yes" }));
+    EXPECT_TRUE(controller->canCheckForUpdates());
+}
+
 TEST_F(UpdateControllerTest, AnUnsignedUpdateIsRefused)
 {
     setApp();
@@ -197,21 +195,6 @@ TEST_F(UpdateControllerTest, AnOpenOfferIsBroughtToTheFront)
     EXPECT_EQ(ledger().back(), "update to front");
 }
 
-TEST_F(UpdateControllerTest, ASkippedVersionIsNotOfferedByItselfAgain)
-{
-    setApp("SUEnableAutomaticChecks = YES;");
-    offer("2.0");
-    world.updates().answerNextUpdate(Choice::Skip);
-    start();
-    letTimePass(hour);
-    EXPECT_EQ(ledger().back(), "update shown offer 2.0");
-    letTimePass(day);
-    EXPECT_EQ(ledger().back(), "update feed https://example.org/feed");
-    world.updates().answerNextUpdate(Choice::Later);
-    check();
-    EXPECT_EQ(ledger().back(), "update shown offer 2.0");
-}
-
 TEST_F(UpdateControllerTest, ADownloadCanBeCancelled)
 {
     setApp();
@@ -238,78 +221,6 @@ TEST_F(UpdateControllerTest, ADownloadCanBeCancelled)
     EXPECT_TRUE(controller->canCheckForUpdates());
 }
 
-TEST_F(UpdateControllerTest, ChecksComeByTheSchedule)
-{
-    setApp("SUEnableAutomaticChecks = YES; SUScheduledCheckInterval = 7200;");
-    start();
-    // Never checked: due at once.
-    letTimePass(Seconds { 0 });
-    EXPECT_EQ(takeLedger(), (Lines { "update feed https://example.org/feed" }));
-    letTimePass(hour * 1.9);
-    EXPECT_EQ(takeLedger(), Lines {});
-    letTimePass(hour * 0.2);
-    EXPECT_EQ(takeLedger(), (Lines { "update feed https://example.org/feed" }));
-    // Asked for in between, it begins anew.
-    letTimePass(hour);
-    check();
-    takeLedger();
-    letTimePass(hour * 1.9);
-    EXPECT_EQ(takeLedger(), Lines {});
-}
-
-TEST_F(UpdateControllerTest, AFailingFeedIsSaidOnlyToWhoAsked)
-{
-    setApp("SUEnableAutomaticChecks = YES;");
-    world.updates().setFeed(platform::NSError { "Updates", 2001, "the server answers 500" });
-    start();
-    letTimePass(Seconds { 0 });
-    EXPECT_EQ(takeLedger(), (Lines { "update feed https://example.org/feed" }));
-    EXPECT_EQ(log("updates"), (Lines { "error: no update: the server answers 500" }));
-    check();
-    EXPECT_EQ(ledger().back(), "update shown error the server answers 500");
-}
-
-TEST_F(UpdateControllerTest, TheUserIsAskedForPermissionAtTheSecondStart)
-{
-    setApp("");
-    start();
-    EXPECT_EQ(ledger(), Lines {});
-    EXPECT_EQ(world.updates().kept("SUHasLaunchedBefore"), "YES");
-    controller = paneweld::UpdateController::create(world);
-    world.updates().answerNextPermission(true);
-    start();
-    EXPECT_EQ(takeLedger(), (Lines { "update shown permission" }));
-    letTimePass(Seconds { 0 });
-    EXPECT_EQ(takeLedger(), (Lines { "update feed https://example.org/feed" }));
-    controller = paneweld::UpdateController::create(world);
-    start();
-    letTimePass(hour);
-    EXPECT_EQ(takeLedger(), Lines {});
-}
-
-TEST_F(UpdateControllerTest, AutomaticUpdatesComeSilently)
-{
-    setApp("SUEnableAutomaticChecks = YES; SUAutomaticallyUpdate = YES;");
-    offer("2.0");
-    start();
-    world.updates().letTimePass(Seconds { 0 });
-    EXPECT_FALSE(controller->canCheckForUpdates());
-    world.settle();
-    EXPECT_EQ(ledger(),
-        (Lines { "update feed https://example.org/feed", "update fetch https://example.org/2.0", "update install 2.0",
-            "update shown installed 2.0" }));
-}
-
-TEST_F(UpdateControllerTest, AMajorUpgradeIsNotInstalledByItself)
-{
-    setApp("SUEnableAutomaticChecks = YES; SUAutomaticallyUpdate = YES;");
-    offer("2.0", [](UpdateItem& item) { item.minimumAutomaticVersion = "1.5"; });
-    start();
-    letTimePass(Seconds { 0 });
-    expectedUnanswered = 1;
-    EXPECT_EQ(ledger().back(), "update shown offer 2.0");
-}
-
 TEST_F(UpdateControllerTest, InformationLeadsToItsPage)
 {
     setApp();
@@ -323,20 +234,6 @@ TEST_F(UpdateControllerTest, InformationLeadsToItsPage)
     EXPECT_EQ(ledger(),
         (Lines {
             "update feed https://example.org/feed", "update shown information 2.0", "open https://example.org/news" }));
-}
-
-TEST_F(UpdateControllerTest, AnAppWithoutAVersionIsToldSoAfterAWhile)
-{
-    world.files().addFile("/opt/ideas/Info.plist", "{ CFBundleIdentifier = a; }");
-    world.bundles().setMainBundle("/opt/ideas");
-    controller = paneweld::UpdateController::create(world);
-    start();
-    EXPECT_FALSE(controller->canCheckForUpdates());
-    EXPECT_EQ(log("updates"), (Lines { "error: the updater does not start: the app has no version" }));
-    letTimePass(Seconds { 3.9 });
-    EXPECT_EQ(ledger(), Lines {});
-    letTimePass(Seconds { 0.2 });
-    EXPECT_EQ(ledger(), (Lines { "update shown error the app has no version" }));
 }
 
 TEST_F(UpdateControllerTest, WithoutAKeyNothingIsLookedFor)
@@ -376,18 +273,4 @@ TEST_F(UpdateControllerTest, ADelegateMayRefuseACheck)
     EXPECT_EQ(gatekeeper->asked, (std::vector { platform::SPUUpdateCheck::Updates }));
     EXPECT_EQ(ledger(), (Lines { "update shown error not now" }));
     EXPECT_TRUE(updater->updater().canCheckForUpdates());
-}
-
-TEST_F(UpdateControllerTest, WithoutAFeedNobodyIsAskedForPermission)
-{
-    world.files().addFile("/opt/ideas/Info.plist", "{ CFBundleIdentifier = a; CFBundleVersion = 1; }");
-    world.bundles().setMainBundle("/opt/ideas");
-    for (int i = 0; i < 3; ++i) {
-        controller = paneweld::UpdateController::create(world);
-        start();
-    }
-    EXPECT_EQ(ledger(), Lines {});
-    EXPECT_TRUE(controller->canCheckForUpdates());
-    check();
-    EXPECT_EQ(ledger().back(), "update shown error the app names no feed of updates");
 }

@@ -70,6 +70,7 @@ void Notifications::show(Notice const& notice, Answer answered)
     m_answered = std::move(answered);
     m_notice = notice;
     m_isWanted = connect();
+    m_nobodyThere = m_isWanted ? LoopSource {} : m_loop.soon([this] { answer({}); });
     m_isNextWaiting = m_isWanted && m_isAsking;
     if (m_isWanted && !m_isAsking)
         send();
@@ -87,8 +88,6 @@ void Notifications::send()
     Dictionary hints;
     if (!m_appIdentifier.empty())
         hints["desktop-entry"] = Value(m_appIdentifier);
-    if (m_notice.percent)
-        hints["value"] = Value(*m_notice.percent);
     m_showing = m_bus->call(member("Notify"), "susssasa{sv}i",
         { Value(m_appName), Value(m_shown), Value(""), Value(m_notice.title), Value(withoutMarkup(m_notice.body)),
             Value(actions), Value(hints), Value(m_notice.isLasting ? never : asTheServerLikes) },
@@ -101,6 +100,9 @@ void Notifications::handleShown(BusMessage const& reply)
     auto const number = reply.argument(0).asUInt32();
     if (reply.isError() || !number) {
         m_log.error("nothing can be shown to the user: %{public}s", { reply.isError() ? reply.error : "odd answer" });
+        m_shown = 0;
+        if (!m_isNextWaiting)
+            answer({});
     } else {
         m_shown = *number;
         m_server = reply.sender;
@@ -114,6 +116,7 @@ void Notifications::handleShown(BusMessage const& reply)
 void Notifications::close()
 {
     m_answered = nullptr;
+    m_nobodyThere = {};
     m_isWanted = false;
     m_isNextWaiting = false;
     if (m_bus && !m_isLost && m_shown != 0)

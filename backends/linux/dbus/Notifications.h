@@ -1,19 +1,17 @@
 #pragma once
 
 #include "backends/linux/dbus/Bus.h"
+#include "backends/linux/loop/EventLoop.h"
 #include "platform/log/OSLog.h"
 
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace backends {
-
-class EventLoop;
 
 // One notification at a time on the user's desktop (Desktop Notifications Specification 1.2). The next one takes the
 // place of the one before. Main thread only.
@@ -27,8 +25,6 @@ public:
         std::vector<std::pair<std::string, std::string>> actions {};
         // Stays until it is answered.
         bool isLasting = false;
-        // Between 0 and 100.
-        std::optional<int> percent {};
     };
     // The name of the action, or empty when the notice was closed without one.
     using Answer = std::function<void(std::string const& action)>;
@@ -37,7 +33,7 @@ public:
     Notifications(
         EventLoop& loop, std::string busAddress, std::string appName, std::string appIdentifier, platform::OSLog log);
 
-    // Where there is nobody to show it, the log says so, and no answer comes.
+    // Where there is nobody to show it, the log says so, and it counts as closed. Never inside the call.
     void show(Notice const& notice, Answer answered);
     void close();
 
@@ -69,6 +65,7 @@ private:
     bool m_isAsking = false;
     bool m_isNextWaiting = false;
     bool m_isWanted = false;
+    LoopSource m_nobodyThere;
     Answer m_answered;
 };
 

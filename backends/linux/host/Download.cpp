@@ -5,11 +5,12 @@
 #include "platform/foundation/Text.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <cstddef>
+#include <cstdlib>
 #include <memory>
 #include <string>
-#include <utility>
 
 namespace backends {
 
@@ -20,17 +21,23 @@ namespace {
 constexpr long mostRedirects = 5;
 constexpr long leastBytesPerSecond = 100;
 constexpr long connectSeconds = 30;
+constexpr std::chrono::milliseconds betweenProgress { 500 };
 
 // A download under way, as the callbacks of the library see it.
 struct Course {
     Download const& download;
     std::function<bool(std::string_view)> const& sink;
     std::uint64_t received = 0;
-    int lastPercent = -1;
+    int lastPercent = 0;
+    std::chrono::steady_clock::time_point lastTold {};
     char const* problem = nullptr;
 
     bool isCancelled() const { return download.isCancelled && *download.isCancelled; }
     std::uint64_t most() const { return download.length.value_or(download.maximum); }
+    char const* tooLong() const
+    {
+        return download.length ? "the download is longer than the feed says" : "the download is too long";
+    }
 };
 
 std::size_t take(char* bytes, std::size_t size, std::size_t count, void* context)
@@ -39,8 +46,7 @@ std::size_t take(char* bytes, std::size_t size, std::size_t count, void* context
     auto const length = size * count;
     course.received += length;
     if (course.received > course.most()) {
-        course.problem
-            = course.download.length ? "the download is longer than the feed says" : "the download is too long";
+        course.problem = course.tooLong();
         return CURL_WRITEFUNC_ERROR;
     }
     if (!course.sink({ bytes, length })) {
@@ -60,8 +66,13 @@ int tellProgress(void* context, curl_off_t, curl_off_t, curl_off_t, curl_off_t)
         return 0;
     auto const fraction = static_cast<double>(course.received) / static_cast<double>(*length);
     auto const percent = static_cast<int>(std::floor(fraction * 100));
-    if (percent > std::exchange(course.lastPercent, std::max(percent, course.lastPercent)))
-        course.download.progress(fraction);
+    auto const now = std::chrono::steady_clock::now();
+    // Asked once a second when nothing comes as well, so that the last word before a stall is told too.
+    if (percent <= course.lastPercent || now - course.lastTold < betweenProgress)
+        return 0;
+    course.lastPercent = percent;
+    course.lastTold = now;
+    course.download.progress(fraction);
     return 0;
 }
 
@@ -78,6 +89,9 @@ void prepare(CurlLibrary const& library, CURL* handle, Course& course)
     set(CURLOPT_NOSIGNAL, 1L);
     set(CURLOPT_PROTOCOLS, static_cast<long>(CURLPROTO_HTTP | CURLPROTO_HTTPS));
     set(CURLOPT_REDIR_PROTOCOLS, static_cast<long>(isSecure ? CURLPROTO_HTTPS : CURLPROTO_HTTP | CURLPROTO_HTTPS));
+    // Most programs look there, and this library does not by itself.
+    if (auto const* const trusted = std::getenv("SSL_CERT_FILE"); trusted && *trusted)
+        set(CURLOPT_CAINFO, trusted);
     set(CURLOPT_FOLLOWLOCATION, 1L);
     set(CURLOPT_MAXREDIRS, mostRedirects);
     set(CURLOPT_FAILONERROR, 1L);
@@ -86,7 +100,7 @@ void prepare(CurlLibrary const& library, CURL* handle, Course& course)
     set(CURLOPT_LOW_SPEED_TIME, std::max(1L, std::lround(download.stallTime.count())));
     if (download.deadline)
         set(CURLOPT_TIMEOUT_MS, milliseconds(*download.deadline));
-    set(CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(download.maximum));
+    set(CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(course.most()));
     set(CURLOPT_WRITEFUNCTION, &take);
     set(CURLOPT_WRITEDATA, &course);
     set(CURLOPT_XFERINFOFUNCTION, &tellProgress);
@@ -120,6 +134,9 @@ std::optional<NSError> fetch(Download const& download, std::function<bool(std::s
     auto const result = library.curl_easy_perform(handle.get());
     if (course.isCancelled())
         return NSError { "Updates", updateCancelled, "the download was cancelled" };
+    // Said by the server before the first byte.
+    if (result == CURLE_FILESIZE_EXCEEDED)
+        course.problem = course.tooLong();
     if (course.problem)
         return NSError { "Updates", 2002, course.problem };
     if (result != CURLE_OK)

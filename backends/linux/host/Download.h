@@ -27,7 +27,8 @@ struct Download {
     std::optional<platform::Seconds> deadline {};
     // Set from any thread to end it.
     std::atomic<bool> const* isCancelled = nullptr;
-    // Between 0 and 1, at most once in a hundredth of the way. Only with a known length.
+    // Between 0 and 1, at each hundredth of the way, but not more often than twice a second: desktops draw each, and
+    // more than the eye can follow is a burden to them. Only with a known length.
     std::function<void(double)> progress {};
 };
 

@@ -75,8 +75,12 @@ bool Journal::write(platform::LogRecord const& record)
 {
     if (auto const lost = m_lost.exchange(0); lost > 0) {
         auto const words = std::to_string(lost) + " lines were lost, the journal is slow";
-        if (send({ LogLevel::Error, record.subsystem, record.category, words }) != Sent::Yes)
-            m_lost += lost;
+        auto const told = send({ LogLevel::Error, record.subsystem, record.category, words });
+        if (told != Sent::Yes) {
+            // Where this finds no place, the line finds none either.
+            m_lost += lost + (told == Sent::Full ? 1 : 0);
+            return told != Sent::Gone;
+        }
     }
     auto const sent = send(record);
     if (sent == Sent::Full)

@@ -106,11 +106,13 @@ void StandardErrorLog::write(platform::LogRecord const& record)
     // The descriptor is the host's, so it cannot be made one that never blocks: it is asked before. What is ready takes
     // as much as the longest line. In one call, so that lines of several threads do not mix.
     auto const errorBefore = errno;
-    pollfd wait { m_options.descriptor, POLLOUT, 0 };
-    bool const isReady = poll(&wait, 1, 0) == 1 && (wait.revents & POLLOUT);
     PipeSignalBlocked const blocked;
-    if (isReady) [[maybe_unused]]
-        auto const bytes = ::write(m_options.descriptor, line.data(), line.size());
+    m_lock.with([&] {
+        pollfd wait { m_options.descriptor, POLLOUT, 0 };
+        bool const isReady = poll(&wait, 1, 0) == 1 && (wait.revents & POLLOUT);
+        if (isReady) [[maybe_unused]]
+            auto const bytes = ::write(m_options.descriptor, line.data(), line.size());
+    });
     errno = errorBefore;
 }
 

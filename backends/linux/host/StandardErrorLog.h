@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/dispatch/UnfairLock.h"
 #include "platform/log/LogSink.h"
 
 #include <optional>
@@ -37,6 +38,8 @@ public:
 
 private:
     Options m_options;
+    // So that no other thread of ours takes the place that this one has just found.
+    platform::UnfairLock m_lock;
 };
 
 } // namespace backends

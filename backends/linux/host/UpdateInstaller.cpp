@@ -15,6 +15,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
+#include <iterator>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -76,6 +77,17 @@ std::optional<NSError> whyNotTheApp(std::string const& folder, UpdateInstaller::
             "the archive holds version " + (version ? *version : std::string("unknown")) + " and not "
                 + identity.version);
     return std::nullopt;
+}
+
+std::optional<std::string> onlyFolderIn(std::string const& folder)
+{
+    std::error_code error;
+    std::filesystem::directory_iterator const entries(folder, error);
+    if (error || std::distance(begin(entries), end(entries)) != 1)
+        return std::nullopt;
+    auto const entry = *std::filesystem::directory_iterator(folder, error);
+    bool const isFolder = entry.is_directory(error) && !entry.is_symlink(error);
+    return isFolder ? std::optional(entry.path().string()) : std::nullopt;
 }
 
 } // namespace
@@ -144,82 +156,58 @@ std::optional<NSError> UpdateInstaller::verify(UpdateItem const& item, std::vect
 std::optional<NSError> UpdateInstaller::install(Identity const& identity)
 {
     at("verified");
-    return m_target.kind == UpdateTarget::Kind::File ? replaceFile() : replaceFolder(identity);
-}
-
-std::optional<NSError> UpdateInstaller::replaceFile()
-{
-    struct stat before { };
-    if (stat(m_target.path.c_str(), &before) != 0)
-        return systemFailure(m_target.path);
-    auto const archive = archivePath();
-    // As the old one was: a launcher that could start that one starts this one. Its group is kept where we may.
-    [[maybe_unused]] int const group = chown(archive.c_str(), static_cast<uid_t>(-1), before.st_gid);
-    if (chmod(archive.c_str(), before.st_mode & 07777) != 0)
-        return systemFailure(archive);
-    at("as the old one");
-    if (!writeThrough(archive))
-        return systemFailure(archive);
-    at("on the disk");
-    if (rename(archive.c_str(), m_target.path.c_str()) != 0)
+    bool const isFile = m_target.kind == UpdateTarget::Kind::File;
+    auto const anew = isFile ? platform::Result<std::string>(archivePath()) : unpack(identity);
+    if (!anew)
+        return anew.error();
+    if (auto problem = makeLikeTheOldOne(anew.value()))
+        return problem;
+    auto const from = anew.value().c_str();
+    auto const to = m_target.path.c_str();
+    if (isFile ? rename(from, to) != 0 : !exchangeFiles(from, to))
         return systemFailure(m_target.path);
     at("in its place");
     writeThrough(m_target.parent());
+    // The old version of a folder lies where the new one was.
     clear();
     at("cleared");
     return std::nullopt;
 }
 
-platform::Result<std::string> UpdateInstaller::unpack()
+platform::Result<std::string> UpdateInstaller::unpack(Identity const& identity)
 {
-    auto const folder = m_staging + "/unpacked";
-    if (mkdir(folder.c_str(), 0700) != 0)
+    // A name that nobody has used: the tar of a killed process may still be at work in the last one.
+    auto folder = m_staging + "/unpacked-XXXXXX";
+    if (!mkdtemp(folder.data()))
         return systemFailure(folder);
     auto const output = outputOfProgram({ "tar", "--extract", "--file=" + archivePath(), "--directory=" + folder,
                                             "--no-same-owner", "--preserve-permissions" },
         std::chrono::steady_clock::now() + unpackTime);
     if (!output)
         return failure(4006, "the update cannot be unpacked: " + output.error().localizedDescription);
-    std::error_code error;
-    std::string found;
-    int count = 0;
-    for (auto const& entry : std::filesystem::directory_iterator(folder, error)) {
-        ++count;
-        if (entry.is_directory(error) && !entry.is_symlink(error))
-            found = entry.path().string();
-    }
-    if (count != 1 || found.empty())
+    at("unpacked");
+    auto const app = onlyFolderIn(folder);
+    if (!app)
         return failure(4006, "the archive does not hold one folder and nothing else");
-    return found;
+    if (auto const problem = whyNotTheApp(*app, identity))
+        return *problem;
+    return *app;
 }
 
-std::optional<NSError> UpdateInstaller::replaceFolder(Identity const& identity)
+std::optional<NSError> UpdateInstaller::makeLikeTheOldOne(std::string const& anew) const
 {
-    auto const unpacked = unpack();
-    if (!unpacked)
-        return unpacked.error();
-    auto const& folder = unpacked.value();
-    at("unpacked");
-    if (auto const problem = whyNotTheApp(folder, identity))
-        return problem;
     struct stat before { };
     if (stat(m_target.path.c_str(), &before) != 0)
         return systemFailure(m_target.path);
-    [[maybe_unused]] int const group = chown(folder.c_str(), static_cast<uid_t>(-1), before.st_gid);
-    if (chmod(folder.c_str(), before.st_mode & 07777) != 0)
-        return systemFailure(folder);
+    // A launcher that could start that one starts this one. Its group is kept where we may.
+    [[maybe_unused]] int const group = chown(anew.c_str(), static_cast<uid_t>(-1), before.st_gid);
+    if (chmod(anew.c_str(), before.st_mode & 07777) != 0)
+        return systemFailure(anew);
     at("as the old one");
-    // The names must not reach the disk before what they name.
-    if (!writeThrough(folder))
-        return systemFailure(folder);
+    // The name must not reach the disk before what it names.
+    if (!writeThrough(anew))
+        return systemFailure(anew);
     at("on the disk");
-    if (!exchangeFiles(folder, m_target.path))
-        return systemFailure(m_target.path);
-    at("in its place");
-    writeThrough(m_target.parent());
-    // The old version lies where the new one was.
-    clear();
-    at("cleared");
     return std::nullopt;
 }
 

@@ -42,9 +42,9 @@ public:
     void clear();
 
 private:
-    std::optional<platform::NSError> replaceFile();
-    std::optional<platform::NSError> replaceFolder(Identity const& identity);
-    platform::Result<std::string> unpack();
+    // The folder in the archive, which is the promised app.
+    platform::Result<std::string> unpack(Identity const& identity);
+    std::optional<platform::NSError> makeLikeTheOldOne(std::string const& anew) const;
     void at(char const* step) const;
 
     UpdateTarget m_target;

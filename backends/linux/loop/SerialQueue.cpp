@@ -35,13 +35,15 @@ SerialQueue::~SerialQueue()
 
 void SerialQueue::async(std::function<void()> work)
 {
+    // The work may end this queue as soon as the lock is free.
+    auto const line = m_line;
     {
-        std::lock_guard const lock(m_line->mutex);
-        m_line->work.push_back(std::move(work));
+        std::lock_guard const lock(line->mutex);
+        line->work.push_back(std::move(work));
         if (!m_thread.joinable())
             startThread();
     }
-    m_line->changed.notify_one();
+    line->changed.notify_one();
 }
 
 void SerialQueue::startThread()
