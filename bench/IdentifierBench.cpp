@@ -87,10 +87,9 @@ std::shared_ptr<WindowIdentifier> fromRapidJSON(std::string const& json)
     std::string texts[3];
     char const* const keys[] = { "id", "type", "localized_title" };
     for (int i = 0; i < 3; ++i) {
-        auto const member = document.FindMember(keys[i]);
-        if (member == document.MemberEnd() || !member->value.IsString())
+        if (!document.HasMember(keys[i]) || !document[keys[i]].IsString())
             return nullptr;
-        texts[i].assign(member->value.GetString(), member->value.GetStringLength());
+        texts[i].assign(document[keys[i]].GetString(), document[keys[i]].GetStringLength());
     }
     return WindowIdentifier::create(std::move(texts[0]), std::move(texts[1]), std::move(texts[2]));
 }

@@ -30,12 +30,12 @@ class Streams {
 public:
     template<typename Rebuild>
     explicit Streams(Rebuild rebuild)
-        : m_shows(actions.publisher()
-                      .then(platform::removeDuplicates<WindowAction>())
-                      .then(platform::filter<WindowAction>(
-                          [this](WindowAction const& action) { return m_state.apply(action); }))
-                      .sink([this, rebuild](WindowAction const& action) { rebuild(*this, action); }))
     {
+        m_shows
+            = actions.publisher()
+                  .then(platform::removeDuplicates<WindowAction>())
+                  .then(platform::filter<WindowAction>([this](auto const& action) { return m_state.apply(action); }))
+                  .sink([this, rebuild](WindowAction const& action) { rebuild(*this, action); });
     }
 
     platform::PassthroughSubject<WindowAction> actions;
