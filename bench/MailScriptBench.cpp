@@ -8,7 +8,8 @@
 #include <lua.hpp>
 #include <string>
 
-// A call of a handler with a message's texts, from the event to its reply, and the same of the bare engine.
+// A call of a handler with a message's texts, from the event to its reply, and the same of the bare engine. Most of the
+// difference is the way to the script's own thread and back, which keeps a handler that hangs from holding up the next.
 
 namespace {
 

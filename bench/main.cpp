@@ -21,6 +21,9 @@ public:
                 continue;
             auto& measures = m_measures[nameOf(run)];
             measures["time"] = run.GetAdjustedRealTime();
+            // What others make of the cores shows in the time, and hardly in this.
+            if (run.run_name.time_type.empty())
+                measures["cpu"] = run.GetAdjustedCPUTime();
             for (auto const& [counter, value] : run.counters)
                 measures[counter] = value;
         }
@@ -29,13 +32,14 @@ public:
     void Finalize() override
     {
         ConsoleReporter::Finalize();
-        std::printf("\n%-50s %10s\n", "", "x floor");
+        std::printf("\n%-50s %12s %12s %10s\n", "", "result", "floor", "x floor");
         for (auto const& [name, measures] : m_measures) {
             auto const floor = m_measures.find(name + "/floor");
             if (floor == m_measures.end())
                 continue;
             for (auto const& [measure, value] : measures)
-                std::printf("%-50s %10.2f\n", (name + " " + measure).c_str(), value / floor->second.at(measure));
+                std::printf("%-50s %12.2f %12.2f %10.2f\n", (name + " " + measure).c_str(), value,
+                    floor->second.at(measure), value / floor->second.at(measure));
         }
     }
 
@@ -53,6 +57,10 @@ private:
                 ++end;
             name.erase(place, end - place);
         }
+        // The arguments stand behind the name that a benchmark was given.
+        std::string_view const floor = "/floor";
+        if (auto const place = name.find(floor); place != std::string::npos)
+            name = name.substr(0, place) + name.substr(place + floor.size()) + std::string(floor);
         return name;
     }
 

@@ -2,8 +2,12 @@
 
 #include "platform/foundation/Fatal.h"
 #include "platform/foundation/JSON.h"
+#include "platform/foundation/JSONShortReader.h"
+#include "platform/foundation/JSONWriter.h"
 #include "platform/foundation/Text.h"
 
+#include <array>
+#include <cstddef>
 #include <typeinfo>
 
 namespace paneweld {
@@ -50,6 +54,13 @@ Value boxed(std::shared_ptr<WindowIdentifier> identifier)
 }
 
 WindowIdentifier const& identifierIn(NSObject& object) { return static_cast<WindowIdentifier const&>(object); }
+
+// White space, a byte order mark, or the zeros of a wide character may stand before the bracket.
+bool mayBeginObject(char first)
+{
+    return first == '{' || first == ' ' || first == '\t' || first == '\r' || first == '\n' || first == '\0'
+        || static_cast<unsigned char>(first) >= 0xEF;
+}
 
 platform::Class makeRuntimeClass()
 {
@@ -135,15 +146,24 @@ void WindowIdentifier::init()
 
 std::shared_ptr<WindowIdentifier> WindowIdentifier::from(std::string_view text)
 {
-    auto const object = platform::JSONObject::scan(text);
-    if (!object)
+    // Most titles are for people: told by their first byte, which opens no object in any encoding.
+    if (text.empty() || !mayBeginObject(text.front()))
         return nullptr;
-    auto id = object->string("id");
-    auto type = id ? object->string("type") : std::nullopt;
-    auto localizedTitle = type ? object->string("localized_title") : std::nullopt;
-    if (!localizedTitle)
-        return nullptr;
-    return create(std::move(*id), std::move(*type), std::move(*localizedTitle));
+    static constexpr std::array<std::string_view, 3> keys { "id", "type", "localized_title" };
+    std::array<std::string, 3> texts;
+    auto& [id, type, localizedTitle] = texts;
+    if (!platform::JSONShortReader::read(text, keys, texts)) {
+        auto const object = platform::JSONObject::scan(text);
+        if (!object)
+            return nullptr;
+        for (std::size_t i = 0; i < keys.size(); ++i) {
+            auto read = object->string(keys[i]);
+            if (!read)
+                return nullptr;
+            texts[i] = std::move(*read);
+        }
+    }
+    return create(std::move(id), std::move(type), std::move(localizedTitle));
 }
 
 bool WindowIdentifier::isBrainstorm() const { return m_type == brainstormType(); }
@@ -153,9 +173,16 @@ bool WindowIdentifier::isSettings() const { return m_type == settingsType(); }
 
 std::string WindowIdentifier::encoded() const
 {
-    auto text
-        = platform::jsonObjectText({ { "id", m_id }, { "type", m_type }, { "localized_title", m_localizedTitle } });
-    return platform::isValidUTF8(text) ? text : m_localizedTitle;
+    platform::JSONWriter json;
+    json.literal("{\"id\":");
+    json.string(m_id);
+    json.literal(",\"localized_title\":");
+    json.string(m_localizedTitle);
+    json.literal(",\"type\":");
+    json.string(m_type);
+    json.literal("}");
+    auto text = json.take();
+    return json.isASCII() || platform::isValidUTF8(text) ? text : m_localizedTitle;
 }
 
 bool WindowIdentifier::isEqualTo(Value const& other) const

@@ -6,10 +6,6 @@
 #include "platform/appkit/NSAnimationContext.h"
 #include "platform/appkit/NSApplication.h"
 #include "platform/appkit/NSWindow.h"
-#include "platform/combine/CombineLatest.h"
-#include "platform/combine/Filter.h"
-#include "platform/combine/Map.h"
-#include "platform/combine/RemoveDuplicates.h"
 #include "platform/foundation/MainThread.h"
 
 // The road of a height: from the host's request through its window's pipeline to the frame, and the reports back.
@@ -44,34 +40,33 @@ void WindowManager::sendIsAnimating(std::string const& id, bool isAnimating)
     m_isWindowAnimatingSubject.send({ id, isAnimating });
 }
 
-void WindowManager::rebuildResizePipelines(std::set<std::string> const& windowIdentifiers)
+void WindowManager::observeResizing()
 {
-    m_resizeSubscriptions.clear();
-    for (auto const& id : windowIdentifiers)
-        m_resizeSubscriptions.push_back(makeResizePipeline(id));
+    auto const pipelines = std::make_shared<ResizePipelines>([weak = weakSelf()](auto const& latest) {
+        if (auto const self = weak.lock())
+            self->receive(latest);
+    });
+    m_resizePipelines = pipelines;
+    m_resizeSubscriptions.push_back(m_resizeBrainstormSubject.publisher().sink(
+        [pipelines](auto const& request) { pipelines->receiveRequest(request); }));
+    m_resizeSubscriptions.push_back(
+        m_isWindowAnimatingSubject.publisher().sink([pipelines](auto const& flag) { pipelines->receiveFlag(flag); }));
 }
 
-platform::Cancellable WindowManager::makeResizePipeline(std::string const& id)
+void WindowManager::rebuildResizePipelines(WindowAction const& change)
 {
-    using Pair = std::pair<ResizeBrainstormWindow, IsWindowAnimating>;
-    return platform::combineLatest(m_resizeBrainstormSubject.publisher(), m_isWindowAnimatingSubject.publisher())
-        .then(platform::filter<Pair>(
-            [id](Pair const& pair) { return pair.first.windowIdentifier == id && pair.second.windowIdentifier == id; }))
-        .then(platform::filter<Pair>([](Pair const& pair) { return !pair.second.isAnimating; }))
-        .then(platform::map<ResizeBrainstormWindow, Pair>([](Pair const& pair) { return pair.first; }))
-        .then(platform::removeDuplicates<ResizeBrainstormWindow>())
-        .sink([weak = weakSelf(), state = m_state](ResizeBrainstormWindow const& latest) {
-            auto const self = weak.lock();
-            if (!self)
-                return;
-            auto request = latest;
-            // Limits apply each time, also when a rebuild replays the request; a preferred size applies once.
-            if (!state->with([&](State& locked) { return locked.takePreferredSize(latest); })) {
-                request.preferredWidth = std::nullopt;
-                request.preferredHeight = std::nullopt;
-            }
-            self->apply(request);
-        });
+    m_resizePipelines->rebuild(change, m_resizeBrainstormSubject.value());
+}
+
+void WindowManager::receive(ResizeBrainstormWindow const& latest)
+{
+    auto request = latest;
+    // Limits apply each time, also when a rebuild replays the request; a preferred size applies once.
+    if (!m_state->with([&](State& locked) { return locked.takePreferredSize(latest); })) {
+        request.preferredWidth = std::nullopt;
+        request.preferredHeight = std::nullopt;
+    }
+    apply(request);
 }
 
 void WindowManager::apply(ResizeBrainstormWindow const& request)

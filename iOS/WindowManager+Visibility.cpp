@@ -5,9 +5,11 @@
 #include "platform/Platform.h"
 #include "platform/appkit/NSEventMonitors.h"
 #include "platform/appkit/NSWindow.h"
-#include "platform/combine/Map.h"
+#include "platform/combine/Filter.h"
 #include "platform/combine/ReceiveOn.h"
 #include "platform/combine/RemoveDuplicates.h"
+
+#include <utility>
 
 // Which windows are shown, and the Escape key of brainstorm windows.
 
@@ -19,23 +21,22 @@ using platform::NSWindow;
 
 void WindowManager::observeWindowActions()
 {
-    using Identifiers = std::set<std::string>;
+    observeResizing();
     // A repeated show of one window, as every focus reports it, ends at the first step; an action that changes
-    // nothing ends at the second.
+    // nothing ends at the second, unless it is the very first. What goes on is the change and not the set: it is as
+    // good as a copy of the set to whoever hears all changes in order, and costs the same however many are shown.
     m_windowActionSubscription
         = m_windowActionSubject.publisher()
               .then(platform::removeDuplicates<WindowAction>())
-              .then(platform::map<Identifiers, WindowAction>([state = m_state](WindowAction const& action) {
-                  return state->with([&](State& locked) {
-                      locked.apply(action);
-                      return locked.windowIdentifiers;
-                  });
-              }))
-              .then(platform::removeDuplicates<Identifiers>())
-              .then(platform::receiveOn<Identifiers>(UIScheduler::shared(m_platform.mainQueue())))
-              .sink([weak = weakSelf()](Identifiers const& identifiers) {
+              .then(platform::filter<WindowAction>(
+                  [state = m_state, isFirst = std::make_shared<bool>(true)](WindowAction const& action) {
+                      bool const isChange = state->with([&](State& locked) { return locked.apply(action); });
+                      return std::exchange(*isFirst, false) || isChange;
+                  }))
+              .then(platform::receiveOn<WindowAction>(UIScheduler::shared(m_platform.mainQueue())))
+              .sink([weak = weakSelf()](WindowAction const& change) {
                   if (auto const self = weak.lock())
-                      self->rebuildResizePipelines(identifiers);
+                      self->rebuildResizePipelines(change);
               });
 }
 

@@ -55,9 +55,9 @@ std::shared_ptr<WindowManager> WindowManager::create(platform::Platform& platfor
 }
 
 WindowManager::WindowManager(platform::Platform& platform)
-    : m_platform(platform)
+    : m_resizeBrainstormSubject(ResizeBrainstormWindow {})
+    , m_platform(platform)
     , m_state(std::make_shared<Locked<State>>())
-    , m_resizeBrainstormSubject(ResizeBrainstormWindow {})
 {
 }
 

@@ -3,6 +3,7 @@
 #include "iOS/IsWindowAnimating.h"
 #include "iOS/Locked.h"
 #include "iOS/ResizeBrainstormWindow.h"
+#include "iOS/ResizePipelines.h"
 #include "iOS/WindowAction.h"
 #include "iOS/WindowState.h"
 #include "platform/appkit/Forward.h"
@@ -15,7 +16,6 @@
 #include <map>
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
 #include <variant>
 #include <vector>
@@ -57,11 +57,20 @@ protected:
     // The end of construction: what needs a weak hold on this object.
     void observeWindowActions();
 
-    // Ends every resize pipeline and builds one for each shown window, none of which has seen a flag or a request.
-    virtual void rebuildResizePipelines(std::set<std::string> const& windowIdentifiers);
+    // The set of shown windows has changed: ends every resize pipeline and builds one for each that is shown now, none
+    // of which has seen a flag.
+    virtual void rebuildResizePipelines(WindowAction const& change);
+
+    // What comes out of a window's pipeline.
+    void receive(ResizeBrainstormWindow const& latest);
+
+    platform::CurrentValueSubject<ResizeBrainstormWindow> m_resizeBrainstormSubject;
+    // One stream for all windows: a pipeline sees only the latest flag, whichever window it is about.
+    platform::PassthroughSubject<IsWindowAnimating> m_isWindowAnimatingSubject;
 
 private:
     std::weak_ptr<WindowManager> weakSelf();
+    void observeResizing();
     void postToHost(platform::NotificationName const& name, platform::Dictionary userInfo);
 
     void style(std::shared_ptr<platform::NSWindow> const& window);
@@ -71,7 +80,6 @@ private:
     void installEscapeMonitor(std::shared_ptr<platform::NSWindow> const& window);
     void removeEscapeMonitor(platform::NSWindow const& window);
 
-    platform::Cancellable makeResizePipeline(std::string const& id);
     void apply(ResizeBrainstormWindow const& request);
     void sendIsAnimating(std::string const& id, bool isAnimating);
 
@@ -82,12 +90,11 @@ private:
     // monitors themselves are not taken away then.
     std::map<platform::NSWindow const*, std::shared_ptr<platform::NSEventMonitor>> m_keyDownMonitors;
     platform::PassthroughSubject<WindowAction> m_windowActionSubject;
-    platform::CurrentValueSubject<ResizeBrainstormWindow> m_resizeBrainstormSubject;
-    // One stream for all windows: a pipeline sees only the latest flag, whichever window it is about.
-    platform::PassthroughSubject<IsWindowAnimating> m_isWindowAnimatingSubject;
     // Nobody sends into it and nobody listens. It is kept as an inert signal on purpose.
     platform::PassthroughSubject<std::monostate> m_forceUpdateHeightSubject;
     std::optional<platform::Cancellable> m_windowActionSubscription;
+    std::shared_ptr<ResizePipelines> m_resizePipelines;
+    // One for each stream, of all pipelines together.
     std::vector<platform::Cancellable> m_resizeSubscriptions;
 };
 

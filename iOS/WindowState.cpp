@@ -4,14 +4,12 @@
 
 namespace paneweld {
 
-void State::apply(WindowAction const& action)
+bool State::apply(WindowAction const& action)
 {
-    if (action.action == WindowAction::Case::WillShow) {
-        windowIdentifiers.insert(action.windowIdentifier);
-        return;
-    }
-    windowIdentifiers.erase(action.windowIdentifier);
+    if (action.action == WindowAction::Case::WillShow)
+        return windowIdentifiers.insert(action.windowIdentifier).second;
     lastAppliedResizeIDByWindowIdentifier.erase(action.windowIdentifier);
+    return windowIdentifiers.erase(action.windowIdentifier) > 0;
 }
 
 bool State::takePreferredSize(ResizeBrainstormWindow const& request)

@@ -19,8 +19,8 @@ struct State {
     std::map<std::string, platform::UUID> lastAppliedResizeIDByWindowIdentifier {};
 
     // Follows a show or a close. A close forgets the size that was applied, so that a window reopened under its id
-    // gets its next one even if the request is an old one.
-    void apply(WindowAction const& action);
+    // gets its next one even if the request is an old one. Whether another set of windows is shown now.
+    bool apply(WindowAction const& action);
 
     // Whether the request carries a preferred size that its window has not had. Asking counts as applying.
     bool takePreferredSize(ResizeBrainstormWindow const& request);

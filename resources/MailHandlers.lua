@@ -11,8 +11,17 @@ local function text(value)
     return value == nil and "" or tostring(value)
 end
 
+-- In time that grows with the text only, however many spaces are in it.
 local function trimmed(line)
-    return line:match("^%s*(.*%S)") or ""
+    local first = line:find("%S")
+    if not first then
+        return ""
+    end
+    local last = #line
+    while line:find("^%s", last) do
+        last = last - 1
+    end
+    return line:sub(first, last)
 end
 
 -- "Ada <ada@example.org>" is known by what stands in the brackets.

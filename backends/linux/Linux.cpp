@@ -30,6 +30,7 @@
 #include "platform/appkit/NSImage.h"
 #include "platform/foundation/Bundles.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <limits>
 #include <set>
@@ -84,6 +85,7 @@ public:
               { Bus::sessionAddress(), options.bundleIdentifier.value_or(""), [this] { return keyWindow(); } },
               log("workspace"))
         , m_mail(*m_loop, m_mainQueue, mailOptions(options), log("mail"))
+        , m_scripts(m_mail.functions(), scriptLimits(options))
         , m_bundleDirectory(log("bundle"))
         , m_bundles(m_bundleDirectory)
         , m_systemShortcuts(
@@ -91,6 +93,10 @@ public:
     {
         auto const folder = options.mainBundlePath ? options.mainBundlePath : folderOfExecutable();
         m_bundles.setMainBundle(folder.value_or("/"), options.bundleIdentifier);
+        m_loop->atEndOfTurn([this] {
+            m_keyWindow = keyWindow().value_or(XCB_WINDOW_NONE);
+            return false;
+        });
         connect(options);
         makeHotKeys(options);
         makeStatusBar();
@@ -232,11 +238,22 @@ private:
         m_hotKeys = std::make_unique<LinuxHotKeys>(std::move(session), *m_loop, m_mainQueue, log("hotkeys"));
     }
 
-    static LinuxMail::Options mailOptions(LinuxOptions const& options)
+    static ScriptEngine::Limits scriptLimits(LinuxOptions const& options)
+    {
+        ScriptEngine::Limits limits;
+        limits.time = options.scriptTime;
+        return limits;
+    }
+
+    LinuxMail::Options mailOptions(LinuxOptions const& options)
     {
         LinuxMail::Options mail;
         mail.busAddress = Bus::sessionAddress();
         mail.appID = options.bundleIdentifier.value_or("");
+        mail.parentWindow = [this]() -> std::optional<std::uint32_t> {
+            auto const window = m_keyWindow.load();
+            return window != XCB_WINDOW_NONE ? std::optional(window) : std::nullopt;
+        };
         return mail;
     }
 
@@ -283,6 +300,8 @@ private:
         return key ? x11Window(*key) : std::nullopt;
     }
 
+    // As of the last turn of the loop, for other threads, which must not wait for this one.
+    std::atomic<xcb_window_t> m_keyWindow = XCB_WINDOW_NONE;
     std::unique_ptr<EventLoop> m_loop;
     SystemLog m_log;
     MonotonicClock m_clock;
@@ -300,7 +319,7 @@ private:
     LinuxWorkspace m_workspace;
     FolderBookmarks m_bookmarks;
     LinuxMail m_mail;
-    ScriptEngine m_scripts { m_mail.functions() };
+    ScriptEngine m_scripts;
     BundleDirectory m_bundleDirectory;
     platform::Bundles m_bundles;
     NoEventMonitors m_noMonitors;

@@ -3,6 +3,7 @@
 #include "platform/Platform.h"
 #include "platform/appkit/NSEventModifierFlags.h"
 #include "platform/carbon/HotKeyTruth.h"
+#include "platform/dispatch/Clock.h"
 #include "platform/foundation/Result.h"
 
 #include <cstdint>
@@ -27,6 +28,8 @@ struct LinuxOptions {
     std::optional<std::string> appName {};
     // What a desktop that binds shortcuts itself tells the user of ours, in the user's language.
     std::string hotKeyDescription {};
+    // How long a handler of a script may take before it is ended, and its call with it.
+    platform::Seconds scriptTime { 120 };
 };
 
 enum class WindowReach {

@@ -1,10 +1,11 @@
 #include "backends/linux/LinuxMail.h"
 
+#include "backends/linux/host/Descriptor.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
-#include <unistd.h>
 #include <utility>
 
 namespace backends {
@@ -29,33 +30,6 @@ std::vector<std::string> textsAt(ScriptFunction::Arguments const& arguments, std
     return texts;
 }
 
-// Files that are handed over, open so that the desktop reads the ones that were meant.
-class OpenFiles {
-public:
-    OpenFiles() = default;
-    ~OpenFiles()
-    {
-        for (int const descriptor : m_descriptors)
-            close(descriptor);
-    }
-    OpenFiles(OpenFiles const&) = delete;
-    OpenFiles& operator=(OpenFiles const&) = delete;
-
-    bool open(std::string const& path)
-    {
-        // Not held up by a pipe that nobody writes into.
-        int const descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-        if (descriptor < 0)
-            return false;
-        m_descriptors.push_back(descriptor);
-        return true;
-    }
-    std::vector<int> const& descriptors() const { return m_descriptors; }
-
-private:
-    std::vector<int> m_descriptors;
-};
-
 } // namespace
 
 LinuxMail::LinuxMail(EventLoop& loop, platform::Queue& mainQueue, Options options, platform::OSLog log)
@@ -67,13 +41,7 @@ LinuxMail::LinuxMail(EventLoop& loop, platform::Queue& mainQueue, Options option
 {
 }
 
-LinuxMail::~LinuxMail()
-{
-    for (auto& child : m_children) {
-        child.source.end();
-        close(child.program.descriptor);
-    }
-}
+LinuxMail::~LinuxMail() = default;
 
 std::vector<ScriptFunction> LinuxMail::functions()
 {
@@ -86,16 +54,22 @@ std::vector<ScriptFunction> LinuxMail::functions()
 LinuxMail::Reply LinuxMail::compose(ScriptFunction::Arguments const& arguments, Clock::time_point deadline)
 {
     MailMessage message { textsAt(arguments, 0), textAt(arguments, 1), textAt(arguments, 2), {} };
-    OpenFiles files;
+    // Open, so that the desktop reads the ones that were meant.
+    std::vector<Descriptor> files;
     for (auto const& named : textsAt(arguments, 3)) {
         auto const url = named.starts_with('/') ? std::nullopt : platform::URL::fromString(named);
         auto const path = url && url->isFileURL() ? url->filePath().value_or("") : named;
         if (!path.starts_with('/'))
             return NSError { errorDomain, platform::fnfErr, "not the path of a file: " + named };
-        if (!files.open(path))
+        // Not held up by a pipe that nobody writes into.
+        files.emplace_back(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+        if (!files.back())
             return NSError { errorDomain, platform::fnfErr, path + ": " + std::strerror(errno) };
         message.attachments.push_back(path);
     }
+    // The disk of a file may take as long as it likes to open it.
+    if (Clock::now() >= deadline)
+        return NSError { errorDomain, platform::errAETimeout, "the files could not be opened in time" };
     std::vector<std::string> program { m_options.opener };
     // An address cannot carry files.
     if (!message.attachments.empty())
@@ -103,7 +77,10 @@ LinuxMail::Reply LinuxMail::compose(ScriptFunction::Arguments const& arguments, 
     for (auto const& path : message.attachments)
         program.insert(program.end(), { "--attach", path });
     program.push_back(mailtoAddress(message));
-    return finish(m_portal.compose(message, files.descriptors(), deadline), std::move(program), deadline);
+    std::vector<int> descriptors;
+    for (auto const& file : files)
+        descriptors.push_back(file.number());
+    return finish(m_portal.compose(message, descriptors, parentWindow(), deadline), std::move(program), deadline);
 }
 
 LinuxMail::Reply LinuxMail::open(ScriptFunction::Arguments const& arguments, Clock::time_point deadline)
@@ -112,7 +89,7 @@ LinuxMail::Reply LinuxMail::open(ScriptFunction::Arguments const& arguments, Clo
     // Any other scheme would be a way to start other programs.
     if (!address.starts_with("mid:"))
         return NSError { errorDomain, platform::errOSASystemError, "not the address of a message: " + address };
-    return finish(m_portal.open(address, deadline), { m_options.opener, address }, deadline);
+    return finish(m_portal.open(address, parentWindow(), deadline), { m_options.opener, address }, deadline);
 }
 
 LinuxMail::Reply LinuxMail::finish(
@@ -129,22 +106,31 @@ LinuxMail::Reply LinuxMail::finish(
         break;
     }
     m_log.info("no mail through the portal, starting %{public}s: %{public}s", { program.front(), answer.reason });
-    auto started = startUserProgram(std::move(program), std::min(deadline, Clock::now() + m_options.patience));
+    auto const name = program.front();
+    auto started = UserProcess::start(std::move(program), {});
     if (!started)
         return NSError { errorDomain, platform::errOSASystemError, started.error().localizedDescription };
-    if (started.value().process >= 0)
-        m_mainQueue.async([this, running = started.value()] { watch(running); });
+    auto const end = started.value().waitUntil(std::min(deadline, Clock::now() + m_options.patience));
+    if (end && *end != 0)
+        return NSError { errorDomain, platform::errOSASystemError, name + ": " + wordsForEnd(*end) };
+    if (!end) {
+        // Queues copy their work.
+        auto const running = std::make_shared<UserProcess>(started.take());
+        m_mainQueue.async([this, running] { watch(std::move(*running)); });
+    }
     return NSAppleEventDescriptor();
 }
 
-void LinuxMail::watch(RunningProgram program)
+void LinuxMail::watch(UserProcess process)
 {
-    auto const child = m_children.insert(m_children.end(), { program, {} });
-    child->source = m_loop.whenReadable(program.descriptor, [this, child] {
-        child->source.end();
-        reap(child->program);
-        m_children.erase(child);
-    });
+    auto const running = m_running.insert(m_running.end(), nullptr);
+    *running
+        = ChildProgram::watch(m_loop, std::move(process), [this, running](auto const&) { m_running.erase(running); });
+}
+
+std::optional<std::uint32_t> LinuxMail::parentWindow() const
+{
+    return m_options.parentWindow ? m_options.parentWindow() : std::nullopt;
 }
 
 } // namespace backends

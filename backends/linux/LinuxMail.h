@@ -1,14 +1,18 @@
 #pragma once
 
 #include "backends/linux/dbus/MailPortal.h"
+#include "backends/linux/host/ChildProgram.h"
 #include "backends/linux/host/ScriptEngine.h"
-#include "backends/linux/host/UserProgram.h"
 #include "backends/linux/loop/EventLoop.h"
 #include "platform/dispatch/Queue.h"
 #include "platform/log/OSLog.h"
 
 #include <chrono>
+#include <cstdint>
+#include <functional>
 #include <list>
+#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,6 +29,8 @@ public:
         // Openers of addresses, and of messages with attachments.
         std::string opener = "xdg-open";
         std::string composer = "xdg-email";
+        // The window that has the keyboard, where the desktop's own dialog belongs. Asked on the script's thread.
+        std::function<std::optional<std::uint32_t>()> parentWindow {};
         // How long an opener may take to fail. One that runs for longer is the mail program itself.
         std::chrono::milliseconds patience { 2000 };
     };
@@ -46,18 +52,18 @@ private:
     Reply open(ScriptFunction::Arguments const& arguments, Clock::time_point deadline);
     Reply finish(MailPortal::Answer const& answer, std::vector<std::string> program, Clock::time_point deadline);
 
-    struct Child {
-        RunningProgram program {};
-        LoopSource source {};
-    };
-    void watch(RunningProgram program);
+    std::optional<std::uint32_t> parentWindow() const;
+
+    // On the main thread: leaves no zombie when it ends.
+    void watch(UserProcess process);
 
     EventLoop& m_loop;
     platform::Queue& m_mainQueue;
     Options m_options;
     MailPortal m_portal;
     platform::OSLog m_log;
-    std::list<Child> m_children;
+    // Mail programs that the opener itself has become.
+    std::list<std::unique_ptr<ChildProgram>> m_running;
 };
 
 } // namespace backends

@@ -13,15 +13,18 @@ using platform::URL;
 
 namespace {
 
-// The folders among what was chosen, written as folders are; or everything but those.
+// The folders among what was chosen, written as folders are; or the files. What is not there is neither: a program
+// whose locale lacks a letter writes another name.
 std::vector<URL> onlyOfKind(std::vector<URL> const& chosen, bool isForFolders)
 {
     std::vector<URL> urls;
     for (auto const& url : chosen) {
         auto const path = url.filePath();
         struct stat facts { };
-        bool const isFolder = path && stat(path->c_str(), &facts) == 0 && S_ISDIR(facts.st_mode);
-        if (path && isFolder == isForFolders)
+        if (!path || stat(path->c_str(), &facts) != 0)
+            continue;
+        bool const isFolder = S_ISDIR(facts.st_mode);
+        if (isFolder == isForFolders)
             urls.push_back(URL::fileURL(*path, isFolder ? URL::IsDirectory::Yes : URL::IsDirectory::No));
     }
     return urls;
@@ -115,8 +118,16 @@ void FolderDialogs::finish(Dialog& dialog, FolderAnswer const& answer)
         openFirst();
 }
 
+void FolderDialogs::noteThatFoldersCanBeMade()
+{
+    if (!std::exchange(m_hasNotedFolders, true))
+        m_log.info("new folders can be made in the desktop's dialogs, which cannot be told otherwise");
+}
+
 ModalResponse LinuxOpenPanel::runModal()
 {
+    if (!canCreateDirectories)
+        m_dialogs.noteThatFoldersCanBeMade();
     FolderQuestion question;
     question.message = message;
     question.prompt = prompt;

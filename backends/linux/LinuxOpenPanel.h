@@ -35,6 +35,8 @@ public:
     // Waits until the user has answered. A question that comes meanwhile, from inside the wait, gets a dialog of its
     // own after this one. Empty when nothing was chosen, and when there is nobody who could ask; then the log says why.
     std::vector<platform::URL> ask(FolderQuestion question);
+    // No dialog of a desktop has a way to be told that it must not make folders. Says so, once.
+    void noteThatFoldersCanBeMade();
 
 private:
     struct Dialog;
@@ -50,6 +52,7 @@ private:
     platform::OSLog m_log;
     // Those of the calls under way; the first one is on the screen.
     std::deque<Dialog*> m_line;
+    bool m_hasNotedFolders = false;
 };
 
 class LinuxOpenPanel : public platform::NSOpenPanel {

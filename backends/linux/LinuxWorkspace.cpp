@@ -1,9 +1,10 @@
 #include "backends/linux/LinuxWorkspace.h"
 
+#include "backends/linux/host/Descriptor.h"
+
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
-#include <unistd.h>
 #include <utility>
 
 namespace backends {
@@ -29,11 +30,11 @@ LinuxWorkspace::LinuxWorkspace(EventLoop& loop, Options options, platform::OSLog
 
 bool LinuxWorkspace::openURL(URL const& url)
 {
-    int descriptor = -1;
+    Descriptor descriptor;
     if (auto const path = url.filePath()) {
         // Held while its scope lasts, and it stays the same file whatever is renamed meanwhile.
-        descriptor = ::open(path->c_str(), O_PATH | O_CLOEXEC);
-        if (descriptor < 0) {
+        descriptor.reset(::open(path->c_str(), O_PATH | O_CLOEXEC));
+        if (!descriptor) {
             NSError const error { "NSPOSIXErrorDomain", errno, *path + ": " + std::strerror(errno) };
             auto const entry = m_later.emplace(m_later.end());
             *entry = m_loop.soon([this, entry, url, error] {
@@ -44,8 +45,8 @@ bool LinuxWorkspace::openURL(URL const& url)
             return false;
         }
     }
-    bool const isAsked = m_portal.open(
-        url, descriptor, m_options.parentWindow(), [this, url](OpenURI::Outcome outcome, std::string const& reason) {
+    bool const isAsked = m_portal.open(url, descriptor.number(), m_options.parentWindow(),
+        [this, url](OpenURI::Outcome outcome, std::string const& reason) {
             if (outcome == OpenURI::Outcome::Failed)
                 openWithProgram(url, reason);
             else if (outcome == OpenURI::Outcome::Declined)
@@ -53,8 +54,6 @@ bool LinuxWorkspace::openURL(URL const& url)
             else
                 finish(url, std::nullopt);
         });
-    if (descriptor >= 0)
-        close(descriptor);
     if (!isAsked)
         openWithProgram(url, "no session bus");
     return true;

@@ -3,6 +3,7 @@
 #include "platform/combine/Publisher.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <memory>
 #include <vector>
 
@@ -20,18 +21,23 @@ public:
         return Cancellable([conduit, weak = this->weak_from_this()] {
             conduit->isCancelled = true;
             if (auto const conduits = weak.lock())
-                std::erase(conduits->m_conduits, conduit);
+                conduits->remove(conduit);
         });
     }
 
+    // Whoever calls keeps this alive: a delivery may subscribe, cancel, send, and end the subject.
     void offer(T const& value)
     {
-        // A copy of the list: a delivery may subscribe, cancel and send.
-        auto const snapshot = m_conduits;
-        for (auto const& conduit : snapshot) {
-            if (!conduit->isCancelled)
-                conduit->receive(value);
+        // Who comes under way stands behind these; who goes keeps an empty place until all sends are through.
+        auto const count = m_conduits.size();
+        ++m_sends;
+        for (std::size_t i = 0; i < count; ++i) {
+            auto& conduit = *m_conduits[i];
+            if (!conduit.isCancelled)
+                conduit.receive(value);
         }
+        if (--m_sends == 0 && m_hasCancelled)
+            dropCancelled();
     }
 
 private:
@@ -40,7 +46,27 @@ private:
         bool isCancelled = false;
     };
 
+    void remove(std::shared_ptr<Conduit> const& conduit)
+    {
+        if (m_sends > 0)
+            m_hasCancelled = true;
+        else
+            std::erase(m_conduits, conduit);
+    }
+
+    void dropCancelled()
+    {
+        m_hasCancelled = false;
+        // What a receiver holds may cancel as well, so the list is in order again before any receiver goes.
+        auto const first = std::stable_partition(
+            m_conduits.begin(), m_conduits.end(), [](auto const& conduit) { return !conduit->isCancelled; });
+        std::vector<std::shared_ptr<Conduit>> const cancelled(first, m_conduits.end());
+        m_conduits.erase(first, m_conduits.end());
+    }
+
     std::vector<std::shared_ptr<Conduit>> m_conduits;
+    int m_sends = 0;
+    bool m_hasCancelled = false;
 };
 
 } // namespace platform

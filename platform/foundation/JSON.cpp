@@ -1,5 +1,6 @@
 #include "platform/foundation/JSON.h"
 
+#include "platform/foundation/JSONWriter.h"
 #include "platform/foundation/Text.h"
 
 #include <algorithm>
@@ -7,46 +8,6 @@
 namespace platform {
 
 namespace {
-
-std::optional<char> shortEscape(char character)
-{
-    switch (character) {
-    case '"':
-    case '\\':
-    case '/':
-        return character;
-    case '\b':
-        return 'b';
-    case '\f':
-        return 'f';
-    case '\n':
-        return 'n';
-    case '\r':
-        return 'r';
-    case '\t':
-        return 't';
-    default:
-        return std::nullopt;
-    }
-}
-
-void appendString(std::string& json, std::string const& text)
-{
-    constexpr char digits[] = "0123456789abcdef";
-    json += '"';
-    for (char const character : text) {
-        auto const byte = static_cast<unsigned char>(character);
-        if (auto const letter = shortEscape(character)) {
-            json += { '\\', *letter };
-        } else if (byte < 0x20) {
-            json += "\\u00";
-            json += { digits[byte >> 4], digits[byte & 0x0F] };
-        } else {
-            json += character;
-        }
-    }
-    json += '"';
-}
 
 struct Encoding {
     std::size_t unitSize = 1;
@@ -107,15 +68,19 @@ std::optional<std::string> decodedText(std::string_view bytes)
 
 std::string jsonObjectText(std::map<std::string, std::string> const& members)
 {
-    std::string json = "{";
+    JSONWriter json;
+    json.literal("{");
+    bool isFirst = true;
     for (auto const& [key, value] : members) {
-        if (json.size() > 1)
-            json += ',';
-        appendString(json, key);
-        json += ':';
-        appendString(json, value);
+        if (!isFirst)
+            json.literal(",");
+        isFirst = false;
+        json.string(key);
+        json.literal(":");
+        json.string(value);
     }
-    return json + "}";
+    json.literal("}");
+    return json.take();
 }
 
 std::optional<JSONObject> JSONObject::scan(std::string_view bytes)

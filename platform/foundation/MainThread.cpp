@@ -2,25 +2,14 @@
 
 #include "platform/foundation/Fatal.h"
 
-#include <atomic>
 #include <string>
-#include <thread>
 
 namespace platform {
 
-namespace {
+constinit std::atomic<unsigned> latestAdoption = 0;
+constinit thread_local unsigned adoptionOfThisThread = 0;
 
-std::atomic<std::thread::id> s_mainThread {};
-
-} // namespace
-
-void adoptMainThread() { s_mainThread = std::this_thread::get_id(); }
-
-bool isMainThread()
-{
-    auto const mainThread = s_mainThread.load();
-    return mainThread == std::thread::id {} || mainThread == std::this_thread::get_id();
-}
+void adoptMainThread() { adoptionOfThisThread = ++latestAdoption; }
 
 void assertMainThread(std::string_view where)
 {

@@ -2,25 +2,48 @@
 
 #include "platform/foundation/Value.h"
 
+#include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 
 namespace platform {
 
-// The name of a notification. Two names are equal when their texts are.
+// The name of a notification. Two names are equal when their texts are. Copies share one text, so that the usual
+// question, whether a name is a copy of this one, is answered by an address.
 class NotificationName {
 public:
     explicit NotificationName(std::string rawValue)
-        : m_rawValue(std::move(rawValue))
+        : m_text(std::make_shared<Text const>(std::move(rawValue)))
     {
     }
+    // Never moved from: a name always has its text.
+    NotificationName(NotificationName const&) = default;
+    NotificationName& operator=(NotificationName const&) = default;
 
-    std::string const& rawValue() const { return m_rawValue; }
-    bool operator==(NotificationName const&) const = default;
+    std::string const& rawValue() const { return m_text->rawValue; }
+    // The same address for all copies, as long as one of them lives.
+    void const* identity() const { return m_text.get(); }
+    bool operator==(NotificationName const& other) const
+    {
+        return m_text == other.m_text
+            || (m_text->hash == other.m_text->hash && m_text->rawValue == other.m_text->rawValue);
+    }
 
 private:
-    std::string m_rawValue;
+    struct Text {
+        explicit Text(std::string text)
+            : rawValue(std::move(text))
+            , hash(std::hash<std::string> {}(rawValue))
+        {
+        }
+
+        std::string rawValue;
+        std::size_t hash;
+    };
+
+    std::shared_ptr<Text const> m_text;
 };
 
 // What one post carries: a name, who it is about, and a small dictionary. Each but the name may be absent.

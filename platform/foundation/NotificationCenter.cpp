@@ -4,6 +4,7 @@
 #include "platform/foundation/MainThread.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace platform {
@@ -11,35 +12,32 @@ namespace platform {
 class ObservationToken { };
 
 struct NotificationCenter::Registration {
-    Filter filter;
+    // Set while the name of the filter is all that counts: then a copy of that name is heard without further questions.
+    void const* soleName = nullptr;
     Handler handler;
-    std::weak_ptr<NSObject> observer {};
-    // The address only tells observers apart; it is never looked through.
-    NSObject const* observerIdentity = nullptr;
-    ObserverHandler observerHandler {};
-    std::shared_ptr<ObservationToken> token {};
+    Filter filter;
     bool isRemoved = false;
+    std::weak_ptr<NSObject> observer {};
+    // The address only tells observers apart; it is never looked through. Null for a closure.
+    NSObject const* observerIdentity = nullptr;
+    std::shared_ptr<ObservationToken> token {};
 
     bool hears(Notification const& notification) const
     {
-        if (isRemoved)
-            return false;
-        if (filter.name && *filter.name != notification.name)
+        if (soleName == notification.name.identity())
+            return true;
+        if (isRemoved || (filter.name && *filter.name != notification.name))
             return false;
         return !filter.object || filter.object == notification.object;
     }
 
-    void deliver(Notification const& notification) const
+    void remove()
     {
-        if (handler) {
-            handler(notification);
-            return;
-        }
-        if (auto const object = observer.lock())
-            observerHandler(*object, notification);
+        isRemoved = true;
+        soleName = nullptr;
     }
 
-    bool hasEnded() const { return isRemoved || (!handler && observer.expired()); }
+    bool hasEnded() const { return observerIdentity && observer.expired(); }
 };
 
 NotificationCenter::NotificationCenter() = default;
@@ -52,17 +50,19 @@ NotificationCenter& NotificationCenter::defaultCenter()
     return *center;
 }
 
-void NotificationCenter::add(std::shared_ptr<Registration> registration)
+void NotificationCenter::add(std::unique_ptr<Registration> registration)
 {
     assertMainThread("NotificationCenter.addObserver");
-    std::erase_if(m_registrations, [](auto const& known) { return known->hasEnded(); });
+    removeWhere([](Registration const& known) { return known.hasEnded(); });
+    if (registration->filter.name && !registration->filter.object)
+        registration->soleName = registration->filter.name->identity();
     m_registrations.push_back(std::move(registration));
 }
 
 std::shared_ptr<ObservationToken> NotificationCenter::addObserver(Filter filter, Handler handler)
 {
     auto token = std::make_shared<ObservationToken>();
-    auto registration = std::make_shared<Registration>();
+    auto registration = std::make_unique<Registration>();
     registration->filter = std::move(filter);
     registration->handler = std::move(handler);
     registration->token = token;
@@ -72,36 +72,54 @@ std::shared_ptr<ObservationToken> NotificationCenter::addObserver(Filter filter,
 
 void NotificationCenter::addObserver(std::weak_ptr<NSObject> observer, Filter filter, ObserverHandler handler)
 {
-    auto registration = std::make_shared<Registration>();
+    auto registration = std::make_unique<Registration>();
     registration->filter = std::move(filter);
     registration->observerIdentity = observer.lock().get();
-    registration->observer = std::move(observer);
-    registration->observerHandler = std::move(handler);
+    registration->observer = observer;
+    registration->handler = [observer = std::move(observer), handler = std::move(handler)](auto const& notification) {
+        if (auto const object = observer.lock())
+            handler(*object, notification);
+    };
     add(std::move(registration));
+}
+
+template<typename Predicate>
+void NotificationCenter::removeWhere(Predicate const& isMeant)
+{
+    for (auto const& known : m_registrations) {
+        if (known->isRemoved || !isMeant(*known))
+            continue;
+        known->remove();
+        m_hasRemoved = true;
+    }
+    if (m_hasRemoved && !m_isPosting)
+        dropRemoved();
+}
+
+void NotificationCenter::dropRemoved()
+{
+    m_hasRemoved = false;
+    // What a handler holds may end observations of its own, so the list is in order again before any handler goes.
+    auto const firstRemoved = std::stable_partition(
+        m_registrations.begin(), m_registrations.end(), [](auto const& known) { return !known->isRemoved; });
+    std::vector<std::unique_ptr<Registration>> const removed(
+        std::make_move_iterator(firstRemoved), std::make_move_iterator(m_registrations.end()));
+    m_registrations.erase(firstRemoved, m_registrations.end());
 }
 
 void NotificationCenter::removeObserver(std::shared_ptr<ObservationToken> const& token)
 {
     assertMainThread("NotificationCenter.removeObserver");
-    std::erase_if(m_registrations, [&](auto const& known) {
-        if (!token || known->token != token)
-            return false;
-        known->isRemoved = true;
-        return true;
-    });
+    removeWhere([&](Registration const& known) { return token && known.token == token; });
 }
 
 void NotificationCenter::removeObserver(
     NSObject const& observer, std::optional<NotificationName> const& name, std::shared_ptr<NSObject> const& object)
 {
     assertMainThread("NotificationCenter.removeObserver");
-    std::erase_if(m_registrations, [&](auto const& known) {
-        if (known->observerIdentity != &observer)
-            return false;
-        if ((name && known->filter.name != name) || (object && known->filter.object != object))
-            return false;
-        known->isRemoved = true;
-        return true;
+    removeWhere([&](Registration const& known) {
+        return known.observerIdentity == &observer && (!name || known.filter.name == name)
+            && (!object || known.filter.object == object);
     });
 }
 
@@ -109,7 +127,7 @@ std::vector<NotificationCenter::Filter> NotificationCenter::observations(NSObjec
 {
     std::vector<Filter> filters;
     for (auto const& registration : m_registrations) {
-        if (registration->observerIdentity == &observer)
+        if (registration->observerIdentity == &observer && !registration->isRemoved)
             filters.push_back(registration->filter);
     }
     return filters;
@@ -117,25 +135,50 @@ std::vector<NotificationCenter::Filter> NotificationCenter::observations(NSObjec
 
 void NotificationCenter::post(Notification const& notification)
 {
-    std::vector<std::shared_ptr<Registration>> hearers;
-    for (auto const& registration : m_registrations) {
-        if (registration->hears(notification))
-            hearers.push_back(registration);
+    if (!isMainThread())
+        refuse(notification);
+    if (m_isPosting || m_tap) {
+        postAmidst(notification);
+        return;
     }
-    if (!isMainThread()) {
-        // The observer that would have run on the wrong thread names the place; without one the centre does.
-        for (auto const& hearer : hearers) {
-            if (!hearer->filter.mainThreadAssertion.empty())
-                fatalError(hearer->filter.mainThreadAssertion);
-        }
-        fatalError("not on the main thread: NotificationCenter.post " + notification.name.rawValue());
-    }
+    m_isPosting = true;
+    deliver(notification, m_registrations.size());
+    m_isPosting = false;
+    if (m_hasRemoved)
+        dropRemoved();
+}
+
+// The rarer way, from inside another post or with a tap. It is kept apart so that the usual one stays short.
+[[gnu::noinline]] void NotificationCenter::postAmidst(Notification const& notification)
+{
+    auto const count = m_registrations.size();
+    bool const wasPosting = std::exchange(m_isPosting, true);
     if (m_tap)
         m_tap(notification);
-    for (auto const& hearer : hearers) {
-        if (!hearer->isRemoved)
-            hearer->deliver(notification);
+    deliver(notification, count);
+    m_isPosting = wasPosting;
+    if (m_hasRemoved && !wasPosting)
+        dropRemoved();
+}
+
+// Who is added under way stands behind the first `count`, and waits for the next post.
+inline void NotificationCenter::deliver(Notification const& notification, std::size_t count)
+{
+    for (std::size_t i = 0; i < count; ++i) {
+        auto const& registration = *m_registrations[i];
+        if (registration.hears(notification))
+            registration.handler(notification);
     }
+}
+
+void NotificationCenter::refuse(Notification const& notification) const
+{
+    // The observer that would have run on the wrong thread names the place; without one the centre does.
+    for (auto const& registration : m_registrations) {
+        if (registration->hears(notification) && !registration->filter.mainThreadAssertion.empty())
+            fatalError(registration->filter.mainThreadAssertion);
+    }
+    fatalError("not on the main thread: NotificationCenter.post " + notification.name.rawValue());
 }
 
 Observation::Observation(

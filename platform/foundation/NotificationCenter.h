@@ -2,6 +2,7 @@
 
 #include "platform/foundation/Notification.h"
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -60,9 +61,18 @@ public:
 private:
     struct Registration;
 
-    void add(std::shared_ptr<Registration> registration);
+    void add(std::unique_ptr<Registration> registration);
+    template<typename Predicate>
+    void removeWhere(Predicate const& isMeant);
+    void dropRemoved();
+    void postAmidst(Notification const& notification);
+    void deliver(Notification const& notification, std::size_t count);
+    [[noreturn]] void refuse(Notification const& notification) const;
 
-    std::vector<std::shared_ptr<Registration>> m_registrations;
+    // Each stays at its address and in its place until no post is under way any more.
+    std::vector<std::unique_ptr<Registration>> m_registrations;
+    bool m_isPosting = false;
+    bool m_hasRemoved = false;
     Handler m_tap;
 };
 

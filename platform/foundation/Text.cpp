@@ -1,5 +1,7 @@
 #include "platform/foundation/Text.h"
 
+#include <cstring>
+
 namespace platform {
 
 namespace {
@@ -65,6 +67,19 @@ std::optional<DecodedCharacter> decodeUTF8(std::string_view bytes, std::size_t p
 bool isValidUTF8(std::string_view bytes)
 {
     for (std::size_t position = 0; position < bytes.size();) {
+        // Eight characters of ASCII at once.
+        std::uint64_t word = 0;
+        if (bytes.size() - position >= sizeof word) {
+            std::memcpy(&word, bytes.data() + position, sizeof word);
+            if ((word & 0x8080808080808080) == 0) {
+                position += sizeof word;
+                continue;
+            }
+        }
+        if (static_cast<unsigned char>(bytes[position]) < 0x80) {
+            ++position;
+            continue;
+        }
         auto const character = decodeUTF8(bytes, position);
         if (!character)
             return false;

@@ -9,7 +9,7 @@
 
 namespace paneweld_tests {
 
-ChildProcess::ChildProcess(std::vector<std::string> const& arguments, int keptDescriptor)
+ChildProcess::ChildProcess(std::vector<std::string> const& arguments, int keptDescriptor, Streams const& streams)
 {
     auto texts = arguments;
     std::vector<char*> pointers;
@@ -21,8 +21,8 @@ ChildProcess::ChildProcess(std::vector<std::string> const& arguments, int keptDe
         return;
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     int const nowhere = open("/dev/null", O_RDWR);
-    dup2(nowhere, STDIN_FILENO);
-    dup2(nowhere, STDOUT_FILENO);
+    dup2(streams.input >= 0 ? streams.input : nowhere, STDIN_FILENO);
+    dup2(streams.output >= 0 ? streams.output : nowhere, STDOUT_FILENO);
     dup2(nowhere, STDERR_FILENO);
     if (keptDescriptor >= 0)
         fcntl(keptDescriptor, F_SETFD, 0);

@@ -10,8 +10,14 @@ namespace paneweld_tests {
 class ChildProcess {
 public:
     ChildProcess() = default;
+    // What the program has instead of nothing as its own input and output.
+    struct Streams {
+        int input = -1;
+        int output = -1;
+    };
     // A descriptor of ours to leave open in the program, or -1.
-    explicit ChildProcess(std::vector<std::string> const& arguments, int keptDescriptor = -1);
+    explicit ChildProcess(
+        std::vector<std::string> const& arguments, int keptDescriptor = -1, Streams const& streams = { -1, -1 });
     ~ChildProcess();
     ChildProcess(ChildProcess&&) noexcept;
     ChildProcess& operator=(ChildProcess&&) noexcept;

@@ -173,12 +173,20 @@ bool Client::isAbove(xcb_window_t first, xcb_window_t second)
 
 std::uint32_t Client::pixel(int x, int y)
 {
-    auto const cookie = xcb_get_image(m_connection, XCB_IMAGE_FORMAT_Z_PIXMAP, root(), static_cast<std::int16_t>(x),
-        static_cast<std::int16_t>(y), 1, 1, 0xFFFFFFFF);
+    auto const seen = pixels({ x, y, 1, 1 });
+    return seen.empty() ? 0 : seen.front();
+}
+
+std::vector<std::uint32_t> Client::pixels(Geometry const& place)
+{
+    auto const cookie = xcb_get_image(m_connection, XCB_IMAGE_FORMAT_Z_PIXMAP, root(),
+        static_cast<std::int16_t>(place.x), static_cast<std::int16_t>(place.y), static_cast<std::uint16_t>(place.width),
+        static_cast<std::uint16_t>(place.height), 0xFFFFFFFF);
     auto const reply = owned(xcb_get_image_reply(m_connection, cookie, nullptr));
-    if (!reply)
-        return 0;
-    return *reinterpret_cast<std::uint32_t const*>(xcb_get_image_data(reply.get())) & 0xFFFFFF;
+    std::vector<std::uint32_t> pixels;
+    for (int i = 0; reply && i < place.width * place.height; ++i)
+        pixels.push_back(reinterpret_cast<std::uint32_t const*>(xcb_get_image_data(reply.get()))[i] & 0xFFFFFF);
+    return pixels;
 }
 
 void Client::press(xcb_keycode_t key)

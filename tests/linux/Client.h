@@ -64,6 +64,8 @@ public:
     bool isAbove(xcb_window_t first, xcb_window_t second);
     // The colour of one pixel of the screen, as it is seen.
     std::uint32_t pixel(int x, int y);
+    // Row by row; empty when the place is not on the screen.
+    std::vector<std::uint32_t> pixels(Geometry const& place);
 
     // Input that nobody can tell from a person's.
     void press(xcb_keycode_t key);

@@ -120,11 +120,11 @@ Desktop::~Desktop()
     m_server.end(SIGTERM);
 }
 
-void Desktop::startWindowManager(std::string const& program)
+void Desktop::startWindowManager(std::vector<std::string> const& command)
 {
-    m_windowManager = ChildProcess({ program });
+    m_windowManager = ChildProcess(command);
     Client client(m_display);
-    EXPECT_TRUE(client.waitUntil([&] { return client.checkWindow() != XCB_WINDOW_NONE; })) << program;
+    EXPECT_TRUE(client.waitUntil([&] { return client.checkWindow() != XCB_WINDOW_NONE; })) << command.front();
     probe(m_display, "the window manager looks after no window", isManaged, {});
 }
 
@@ -134,9 +134,18 @@ void Desktop::resumeServer() { kill(m_server.id(), SIGCONT); }
 
 void Desktop::endWindowManager() { m_windowManager.end(SIGTERM); }
 
+void Desktop::pauseWindowManager() { kill(m_windowManager.id(), SIGSTOP); }
+
+void Desktop::killWindowManager() { m_windowManager.end(SIGKILL); }
+
 void Desktop::startCompositor()
 {
     m_compositor = ChildProcess({ "picom", "--backend", "xrender", "--config", "/dev/null" });
+    awaitCompositor();
+}
+
+void Desktop::awaitCompositor()
+{
     Client client(m_display);
     EXPECT_TRUE(client.waitUntil([&] { return client.selectionOwner("_NET_WM_CM_S0") != XCB_WINDOW_NONE; }));
     Toolkit::Window unseen;

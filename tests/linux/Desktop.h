@@ -3,6 +3,7 @@
 #include "tests/linux/ChildProcess.h"
 
 #include <string>
+#include <vector>
 
 namespace paneweld_tests {
 
@@ -16,10 +17,15 @@ public:
     std::string const& display() const { return m_display; }
 
     // Return when the program has taken its place on the screen.
-    void startWindowManager(std::string const& program = "openbox");
+    void startWindowManager(std::vector<std::string> const& command = { "openbox" });
     void startCompositor();
+    // For a window manager that composites by itself.
+    void awaitCompositor();
     // Return when it has gone.
     void endWindowManager();
+    // It hears nothing more, and then is gone without a word.
+    void pauseWindowManager();
+    void killWindowManager();
     void endCompositor();
     void endServer();
     // A server that is there and answers nothing, until it goes on.

@@ -103,6 +103,8 @@ int MailPortalStandIn::handleCall(sd_bus_message* message)
     auto line = member;
     char const* text = nullptr;
     sd_bus_message_read(message, "s", &text);
+    if (*text)
+        line += std::string(" over=") + text;
     if (member == "OpenURI") {
         sd_bus_message_read(message, "s", &text);
         line += std::string(" ") + text;

@@ -8,8 +8,8 @@
 namespace paneweld_tests {
 
 // A desktop's portal of our own on a test's bus, as far as mail goes, with a user who answers as the test says. What it
-// was asked reads "ComposeEmail to=a,b subject=... body=... files=contents,contents", "OpenURI mid:...", "Close
-// request".
+// was asked reads "ComposeEmail over=x11:200001 to=a,b subject=... body=... files=contents,contents", "OpenURI
+// mid:...", "Close request".
 class MailPortalStandIn : public BusPeer {
 public:
     struct Manners {

@@ -208,6 +208,27 @@ TEST_F(Mail, AnOpenerThatFailsOrIsNotThereIsTheHandlersError)
     EXPECT_EQ(compose({}, "s", "b"), "-1750: " + options.opener + ": No such file or directory");
 }
 
+TEST_F(Mail, TheOpenerIsTheUsersAndSeesTheUsersEnvironment)
+{
+    std::filesystem::create_directories(folder.path() + "/bundle");
+    std::filesystem::create_directories(folder.path() + "/users");
+    auto const bundle = folder.path() + "/bundle";
+    program("bundle/opener", "exit 5");
+    program("users/opener", R"(tr '\0' '\n' < /proc/$$/environ > "$FOLDER/environment")");
+    options.opener = "opener";
+    std::string const path = std::getenv("PATH");
+    setenv("APPDIR", bundle.c_str(), 1);
+    setenv("LD_LIBRARY_PATH", (bundle + "/lib").c_str(), 1);
+    setenv("LD_PRELOAD", (bundle + "/hostile.so").c_str(), 1);
+    setenv("PATH", (bundle + ":" + folder.path() + "/users:" + path).c_str(), 1);
+    EXPECT_EQ(compose({}, "s", "b"), "done");
+    auto const environment = "\n" + read("environment");
+    EXPECT_NE(environment.find("\nPATH=" + folder.path() + "/users:" + path + "\n"), std::string::npos) << environment;
+    EXPECT_EQ(environment.find(bundle), std::string::npos) << environment;
+    for (auto const* name : { "\nLD_PRELOAD", "\nLD_LIBRARY_PATH", "\nAPPDIR" })
+        EXPECT_EQ(environment.find(name), std::string::npos) << environment;
+}
+
 TEST_F(Mail, AMailProgramThatStaysOpenIsLeftAloneAndWaitedForLater)
 {
     // It runs until the test ends it.

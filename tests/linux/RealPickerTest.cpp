@@ -215,6 +215,42 @@ TEST_F(RealPicker, NothingIsChosenWhenThePortalDies)
     EXPECT_TRUE(pick(ModalResponse::Cancel).empty());
 }
 
+TEST_F(RealPicker, NothingIsChosenWhenTheScreenGoes)
+{
+    open();
+    auto const owner = show();
+    owner->makeKeyAndOrderFront();
+    pumpUntil([&] { return owner->isKeyWindow(); });
+    whenOpen();
+    thenDo([&] {
+        // The host's toolkit has nothing to wait for any more.
+        backend->setNestedIteration({});
+        desktop->endServer();
+    });
+    auto const panel = backend->makeOpenPanel();
+    panel->canChooseDirectories = true;
+    panel->message = message;
+    patienceEnd = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    EXPECT_EQ(panel->runModal(), ModalResponse::Cancel);
+    EXPECT_TRUE(panel->urls().empty());
+    EXPECT_FALSE(owner->isKeyWindow());
+    // The next one is answered too, though nobody can draw it.
+    EXPECT_EQ(backend->makeOpenPanel()->runModal(), ModalResponse::Cancel);
+}
+
+TEST_F(RealPicker, NothingHangsOnTheWindowThatTheDialogBelongsTo)
+{
+    open();
+    auto const owner = show();
+    owner->makeKeyAndOrderFront();
+    pumpUntil([&] { return owner->isKeyWindow(); });
+    whenOpen();
+    thenDo([&] { toolkit->destroy(xid(owner)); });
+    then([&] { return !owner->isListed(); });
+    pressUntilClosed("Escape");
+    EXPECT_TRUE(pick(ModalResponse::Cancel).empty());
+}
+
 TEST_F(RealPicker, ASecondQuestionFromInsideHasItsOwnDialogAfterTheFirst)
 {
     open();

@@ -1,129 +1,17 @@
-#include "backends/linux/host/ScriptEngine.h"
 #include "platform/applescript/ScriptSeal.h"
 #include "platform/foundation/Text.h"
-#include "tests/support/CompiledScript.h"
+#include "tests/linux/ScriptFixture.h"
 #include "tests/support/Vectors.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <memory>
 #include <random>
-#include <string>
-#include <thread>
-#include <utility>
 
-using backends::ScriptEngine;
 using platform::Dictionary;
 using platform::NSAppleEventDescriptor;
-using platform::NSError;
-using platform::Result;
-
-namespace {
-
-constexpr auto helpers = R"(
-function echo(...) return ... end
-function kinds(...)
-    local kinds = {}
-    for i, value in ipairs({...}) do kinds[i] = math.type(value) or type(value) end
-    return table.concat(kinds, " ")
-end
-function hang() while true do end end
-function stubborn() while true do pcall(hang) end end
-counter = 0
-function count() counter = counter + 1 return counter end
-)";
-
-class Script : public testing::Test {
-protected:
-    explicit Script(ScriptEngine::Limits limits = {})
-        : engine({ { "add", add }, { "fail", fail }, { "slow", slow } }, limits)
-    {
-    }
-
-    void open(std::string const& source)
-    {
-        Dictionary info;
-        script = engine.load(compiledScript(source), info);
-        ASSERT_TRUE(script) << platform::Value(info).description();
-    }
-    static NSAppleEventDescriptor descriptor(platform::Value const& value)
-    {
-        if (auto const* const text = value.asText())
-            return NSAppleEventDescriptor::descriptorWithString(*text);
-        if (value.kind() == platform::ValueKind::Boolean)
-            return NSAppleEventDescriptor::descriptorWithBoolean(*value.asBool());
-        if (value.kind() == platform::ValueKind::Integer)
-            return NSAppleEventDescriptor::descriptorWithInt32(static_cast<std::int32_t>(*value.asInt()));
-        return NSAppleEventDescriptor::descriptorWithDouble(value.asDouble().value_or(0));
-    }
-    // What the handler returned, or its error as a descriptor's text: "-1708: the script has no handler x".
-    std::optional<NSAppleEventDescriptor> run(std::string const& handler, platform::List const& arguments = {})
-    {
-        auto event = NSAppleEventDescriptor::initWithEventClass(
-            platform::kASAppleScriptSuite, platform::kASSubroutineEvent, {}, platform::kAutoGenerateReturnID, 0);
-        event.setDescriptor(NSAppleEventDescriptor::descriptorWithString(handler), platform::keyASSubroutineName);
-        auto list = NSAppleEventDescriptor::listDescriptor();
-        for (auto const& argument : arguments)
-            list.insertDescriptor(descriptor(argument), 0);
-        event.setDescriptor(std::move(list), platform::keyDirectObject);
-        errorInfo.clear();
-        return script->executeAppleEvent(event, errorInfo);
-    }
-    std::string text(std::string const& handler, platform::List const& arguments = {})
-    {
-        auto const reply = run(handler, arguments);
-        if (reply)
-            return reply->stringValue().value_or("nothing");
-        auto const number = errorInfo.find(platform::NSAppleScriptErrorNumber);
-        auto const message = errorInfo.find(platform::NSAppleScriptErrorMessage);
-        return "error " + (number == errorInfo.end() ? "-" : number->second.description()) + ": "
-            + (message == errorInfo.end() ? "-" : message->second.description());
-    }
-
-    static Result<NSAppleEventDescriptor> add(
-        backends::ScriptFunction::Arguments const& arguments, std::chrono::steady_clock::time_point)
-    {
-        std::int32_t sum = 0;
-        for (auto const& argument : arguments) {
-            for (std::size_t i = 1; i <= argument.numberOfItems(); ++i)
-                sum += argument.descriptorAtIndex(i)->int32Value().value_or(0);
-            sum += argument.int32Value().value_or(0);
-        }
-        return NSAppleEventDescriptor::descriptorWithInt32(sum);
-    }
-    static Result<NSAppleEventDescriptor> fail(
-        backends::ScriptFunction::Arguments const&, std::chrono::steady_clock::time_point)
-    {
-        return NSError { "Test", -43, "no such file" };
-    }
-    // As one that waits for somebody who does not answer.
-    static Result<NSAppleEventDescriptor> slow(
-        backends::ScriptFunction::Arguments const&, std::chrono::steady_clock::time_point deadline)
-    {
-        std::this_thread::sleep_until(deadline);
-        return NSError { "Test", platform::errAETimeout, "nobody answered" };
-    }
-
-    ScriptEngine engine;
-    std::shared_ptr<platform::NSAppleScript> script;
-    Dictionary errorInfo;
-};
-
-class HastyScript : public Script {
-protected:
-    HastyScript()
-        : Script({ platform::Seconds { 0.05 }, 16 * 1024 * 1024 })
-    {
-    }
-};
-
-} // namespace
 
 TEST_F(Script, ArgumentsKeepTheirKindsAndSoDoResults)
 {
-    open(helpers);
+    open(scriptHelpers);
     EXPECT_EQ(text("kinds", { "a", 5, true, 2.5 }), "string integer boolean float");
     EXPECT_EQ(run("echo", { "a" }), NSAppleEventDescriptor::descriptorWithString("a"));
     EXPECT_EQ(run("echo", { -7 }), NSAppleEventDescriptor::descriptorWithInt32(-7));
@@ -149,7 +37,7 @@ TEST_F(Script, IntegersBeyond32BitsComeBackAsTheirText)
 
 TEST_F(Script, HandlersAreFoundWithoutRegardToCaseAndOnlyItsOwn)
 {
-    open(helpers);
+    open(scriptHelpers);
     EXPECT_EQ(text("ECHO", { "x" }), "x");
     EXPECT_EQ(text("Echo", { "x" }), "x");
     // Neither variables nor what scripts are given.
@@ -194,11 +82,11 @@ TEST_F(Script, ReachesNothingOutside)
 
 TEST_F(Script, VariablesLiveFromCallToCallAndInOneScriptOnly)
 {
-    open(helpers);
+    open(scriptHelpers);
     auto const first = script;
     EXPECT_EQ(text("count"), "1");
     EXPECT_EQ(text("count"), "2");
-    open(helpers);
+    open(scriptHelpers);
     EXPECT_EQ(text("count"), "1");
     script = first;
     EXPECT_EQ(text("count"), "3");
@@ -206,7 +94,7 @@ TEST_F(Script, VariablesLiveFromCallToCallAndInOneScriptOnly)
 
 TEST_F(Script, TenThousandTextsArriveAndReturnUnchanged)
 {
-    open(helpers);
+    open(scriptHelpers);
     auto const seed = testSeed();
     SCOPED_TRACE("PANEWELD_TEST_SEED=" + std::to_string(seed));
     std::mt19937 random(seed);
@@ -239,43 +127,6 @@ TEST_F(Script, TenThousandTextsArriveAndReturnUnchanged)
     }
 }
 
-TEST_F(HastyScript, AHandlerThatHangsIsEndedAndTheNextCallStillRuns)
-{
-    open(helpers);
-    for (auto const* name : { "hang", "stubborn" }) {
-        EXPECT_EQ(text(name), "error -1712: the handler did not end in time");
-        EXPECT_EQ(text("echo", { name }), name);
-    }
-    EXPECT_EQ(text("count"), "1");
-}
-
-TEST_F(HastyScript, AHandlerThatWaitsIsEndedByWhatItWaitsFor)
-{
-    open("function wait() slow() return 'never' end function insist() while true do pcall(slow) end end");
-    EXPECT_EQ(text("wait"), "error -1712: nobody answered");
-    EXPECT_EQ(text("insist"), "error -1712: the handler did not end in time");
-}
-
-TEST_F(HastyScript, AHandlerThatTakesAllMemoryIsEndedAndTheNextCallStillRuns)
-{
-    open("function eat() local t = {} for i = 1, 1e9 do t[i] = ('x'):rep(1000) .. i end end"
-         " function gulp() return #('x'):rep(1 << 30) end function live() return 'lives' end"
-         " function deep() return deep() .. 'x' end");
-    EXPECT_THAT(text("eat"),
-        testing::AnyOf(
-            "error -1750: the script needs too much memory", "error -1712: the handler did not end in time"));
-    EXPECT_EQ(text("gulp"), "error -1750: the script needs too much memory");
-    EXPECT_THAT(text("deep"), testing::HasSubstr("error"));
-    EXPECT_EQ(text("live"), "lives");
-}
-
-TEST_F(HastyScript, AScriptThatHangsWhileItIsLoadedIsNotLoaded)
-{
-    Dictionary info;
-    EXPECT_FALSE(engine.load(compiledScript("while true do end"), info));
-    EXPECT_EQ(info[platform::NSAppleScriptErrorMessage], platform::Value("the handler did not end in time"));
-}
-
 TEST_F(Script, WhatTheBuildDidNotMakeIsRefused)
 {
     auto const refusal = [&](std::string const& file) {
@@ -283,14 +134,14 @@ TEST_F(Script, WhatTheBuildDidNotMakeIsRefused)
         EXPECT_FALSE(engine.load(file, info));
         return info[platform::NSAppleScriptErrorMessage].description();
     };
-    auto const good = compiledScript(helpers);
+    auto const good = compiledScript(scriptHelpers);
     EXPECT_EQ(refusal(""), "not a compiled script");
-    EXPECT_EQ(refusal(helpers), "not a compiled script");
+    EXPECT_EQ(refusal(scriptHelpers), "not a compiled script");
     auto damaged = good;
     damaged[damaged.size() / 2] ^= 1;
     EXPECT_EQ(refusal(damaged), "the compiled script is damaged");
     // Whole, and not for this engine: a source, and the code of another version.
-    EXPECT_THAT(refusal(platform::sealedScript(helpers)), testing::HasSubstr("attempt to load a text chunk"));
+    EXPECT_THAT(refusal(platform::sealedScript(scriptHelpers)), testing::HasSubstr("attempt to load a text chunk"));
     auto other = std::string(platform::unsealedScript(good).value());
     other[4] = 0x53;
     EXPECT_THAT(refusal(platform::sealedScript(other)), testing::HasSubstr("version mismatch"));

@@ -136,6 +136,24 @@ TEST_F(Showing, TakesAWindowAwayAndBringsBackTheSameObject)
     EXPECT_TRUE(pumpUntil([&] { return onlooker->opacity(id) == 1; }));
 }
 
+TEST_F(Showing, AWindowThatHasTheKeyboardAlreadyIsKeyAfterItsReport)
+{
+    start(With::Nothing);
+    auto const made = toolkit->make({ .title = "early" });
+    ASSERT_TRUE(pumpUntil([&] { return window(made) != nullptr; }));
+    news.clear();
+    // Changing the look of a window looks after who has the keyboard as well.
+    onNews = [](auto const& kind, platform::NSWindow& reported) {
+        if (kind == "visible")
+            stylePanel(reported);
+    };
+    toolkit->map(made);
+    xcb_set_input_focus(toolkit->wire(), XCB_INPUT_FOCUS_PARENT, made, XCB_CURRENT_TIME);
+    toolkit->sync();
+    ASSERT_TRUE(pumpUntil([&] { return window(made)->isKeyWindow(); }));
+    EXPECT_EQ(news, (std::vector<std::string> { "visible early", "key early" }));
+}
+
 TEST_F(Showing, AnIconifiedWindowIsListedAndNotVisibleAndReportedWhenItComesBack)
 {
     start(With::WindowManager);

@@ -115,6 +115,24 @@ TEST_F(Stack, APinHoldsOverARestartOfTheWindowManager)
     EXPECT_TRUE(panel->isListed());
 }
 
+TEST_F(Stack, AnUnpinThatNobodyHeardHoldsForTheNextWindowManager)
+{
+    start(With::WindowManager);
+    auto const panel = show({ .title = "panel" });
+    auto const id = xid(panel);
+    panel->setLevel(platform::windowLevelFloating);
+    ASSERT_TRUE(pumpUntil([&] { return isPinned(id); }));
+    // It leaves what it did on the window, where the next one finds it.
+    desktop->pauseWindowManager();
+    panel->setLevel(platform::windowLevelNormal);
+    settle();
+    ASSERT_TRUE(isPinned(id));
+    desktop->killWindowManager();
+    desktop->startWindowManager();
+    EXPECT_TRUE(pumpUntil([&] { return !isPinned(id); }));
+    EXPECT_EQ(panel->level(), platform::windowLevelNormal);
+}
+
 TEST_F(Stack, NothingIsMappedBehindTheToolkitsBack)
 {
     start(With::WindowManager);

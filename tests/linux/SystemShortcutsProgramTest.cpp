@@ -32,7 +32,7 @@ TEST(SystemShortcutsProgram, FailsWithItsOwnWords)
     EXPECT_EQ(failed.error().localizedDescription, "sh: no such thing");
     auto const silent = outputOfProgram({ "sh", "-c", "exit 3" }, deadline);
     ASSERT_FALSE(silent);
-    EXPECT_EQ(silent.error().localizedDescription, "sh: failed with status 3");
+    EXPECT_EQ(silent.error().localizedDescription, "sh: failed: exit code 3");
     auto const endless = outputOfProgram({ "yes" }, deadline);
     ASSERT_FALSE(endless);
     EXPECT_EQ(endless.error().code, EFBIG);

@@ -12,6 +12,7 @@
 #include <condition_variable>
 #include <cstdlib>
 #include <fstream>
+#include <iterator>
 #include <mutex>
 #include <optional>
 #include <sstream>
@@ -56,6 +57,8 @@ protected:
             [this](auto const& text, auto const& error) {
                 std::lock_guard const lock(m_mutex);
                 times.push_back(Clock::now());
+                ends.push_back(
+                    std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count());
                 answers.push_back(error ? std::to_string(error->code) + ": " + error->localizedDescription
                                         : text.value_or("nothing"));
                 m_changed.notify_all();
@@ -75,6 +78,8 @@ protected:
     std::shared_ptr<platform::NSObject> controller;
     Lines answers;
     std::vector<Clock::time_point> times;
+    // The same on the clock of the wall.
+    std::vector<double> ends;
 
 private:
     std::mutex m_mutex;
@@ -113,6 +118,44 @@ TEST_F(MailRoad, WithoutADesktopTheUsersOpenerGetsIt)
     std::ostringstream opened;
     opened << std::ifstream(folder.path() + "/opened").rdbuf();
     EXPECT_EQ(opened.str(), "mailto:ada@example.org,bob@example.org?subject=Ideas\nmid:x@y\n");
+}
+
+TEST_F(MailRoad, EachOfThreeCallsStartsAQuarterOfASecondAfterTheOneBeforeItEnded)
+{
+    folder.write("xdg-open", "#!/bin/sh\ndate +%s.%N >> '" + folder.path() + "/started'\n");
+    start();
+    for (int i = 0; i < 3; ++i)
+        post("openMessage", { "mid:x@y" });
+    wait();
+    EXPECT_EQ(answers, Lines(3, "nothing"));
+    std::ifstream started(folder.path() + "/started");
+    std::vector<double> starts { std::istream_iterator<double>(started), {} };
+    ASSERT_EQ(starts.size(), 3u);
+    for (std::size_t i = 1; i < starts.size(); ++i)
+        EXPECT_GE(starts[i] - ends[i - 1], 0.25);
+}
+
+TEST_F(MailRoad, TextsOfAnyLengthTakeNoLongerThanTheirLength)
+{
+    start();
+    std::string const megabyte(1 << 20, ' ');
+    std::string quotes;
+    for (int i = 0; i < 1 << 19; ++i)
+        quotes += "\" ";
+    auto const before = Clock::now();
+    post("composeMessage", { megabyte + "ada@example.org" + megabyte, "s" });
+    post("composeMessage", { quotes + "ada@example.org", "s" });
+    post("composeMessage", { std::string(1 << 20, '<'), "s" });
+    post("composeMessage", { "ada@example.org", "s", "b", std::string(1 << 20, '\n') });
+    post("openMessage", { megabyte + "mid:x@y" + megabyte });
+    wait();
+    EXPECT_EQ(answers[0], "nothing");
+    EXPECT_EQ(answers[1], "nothing");
+    EXPECT_EQ(answers[2].substr(0, 26), "-1700: not a mail address:");
+    EXPECT_EQ(answers[3], "nothing");
+    EXPECT_EQ(answers[4], "nothing");
+    // Of time that grows with the square one of them alone would take minutes.
+    EXPECT_LT(Clock::now() - before, std::chrono::seconds(25));
 }
 
 TEST_F(MailRoad, WhatIsNoMailIsAnErrorWithItsNumber)

@@ -4,7 +4,9 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 using nlohmann::json;
 using namespace platform;
@@ -164,4 +166,69 @@ TEST(NotificationCenter, TheTapHearsEveryPostBeforeItsObservers)
     center.post({ NotificationName("N"), nullptr, {} });
     center.post({ NotificationName("M"), nullptr, {} });
     EXPECT_EQ(heard, (std::vector<std::string> { "tap N", "observer", "tap M" }));
+}
+
+TEST(NotificationCenter, AnObserverRemovedInANestedPostIsNotCalledByTheOuterOne)
+{
+    NotificationCenter center;
+    std::string heard;
+    std::optional<Observation> third;
+    Observation const first(center, { NotificationName("outer"), nullptr, {} }, [&](auto const&) {
+        heard += "1";
+        center.post({ NotificationName("inner"), nullptr, {} });
+    });
+    Observation const second(center, { NotificationName("inner"), nullptr, {} }, [&](auto const&) {
+        heard += "2";
+        third.reset();
+    });
+    third.emplace(center, NotificationCenter::Filter { NotificationName("outer"), nullptr, {} },
+        [&](auto const&) { heard += "3"; });
+    center.post({ NotificationName("outer"), nullptr, {} });
+    EXPECT_EQ(heard, "12");
+}
+
+TEST(NotificationCenter, AnObserverAddedUnderWayHearsTheNestedPostAndNotTheOuterOne)
+{
+    NotificationCenter center;
+    std::string heard;
+    std::vector<Observation> added;
+    Observation const first(center, { NotificationName("outer"), nullptr, {} }, [&](auto const&) {
+        added.emplace_back(
+            center, NotificationCenter::Filter {}, [&](auto const& n) { heard += n.name.rawValue() + " "; });
+        center.post({ NotificationName("inner"), nullptr, {} });
+    });
+    center.post({ NotificationName("outer"), nullptr, {} });
+    EXPECT_EQ(heard, "inner ");
+}
+
+TEST(NotificationCenter, ATapMayEndObservations)
+{
+    NotificationCenter center;
+    int heard = 0;
+    std::vector<Observation> observations;
+    for (int i = 0; i < 5; ++i)
+        observations.emplace_back(center, NotificationCenter::Filter {}, [&](auto const&) { ++heard; });
+    center.setTap([&](auto const&) { observations.resize(2); });
+    center.post({ NotificationName("any"), nullptr, {} });
+    EXPECT_EQ(heard, 2);
+}
+
+TEST(NotificationCenter, AHandlerThatEndsItselfLivesToItsEndAndTakesOthersWithIt)
+{
+    NotificationCenter center;
+    int heard = 0;
+    auto const chained = std::make_shared<std::optional<Observation>>();
+    chained->emplace(center, NotificationCenter::Filter {}, [&](auto const&) { heard += 100; });
+    std::optional<Observation> own;
+    auto const text = std::make_shared<std::string>("still here");
+    own.emplace(center, NotificationCenter::Filter {},
+        [&own, &heard, chained, kept = std::weak_ptr<std::string>(text)](auto const&) {
+            own.reset();
+            heard += kept.expired() ? 1000 : 1;
+        });
+    center.post({ NotificationName("any"), nullptr, {} });
+    EXPECT_EQ(heard, 101);
+    chained->reset();
+    center.post({ NotificationName("any"), nullptr, {} });
+    EXPECT_EQ(heard, 101);
 }

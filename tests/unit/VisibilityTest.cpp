@@ -2,6 +2,7 @@
 #include "iOS/UIScheduler.h"
 #include "tests/support/World.h"
 
+#include <set>
 #include <thread>
 
 using namespace paneweld;
@@ -23,14 +24,20 @@ public:
     std::vector<std::set<std::string>> rebuilds {};
 
 protected:
-    void rebuildResizePipelines(std::set<std::string> const& identifiers) override
+    void rebuildResizePipelines(WindowAction const& change) override
     {
-        rebuilds.push_back(identifiers);
-        WindowManager::rebuildResizePipelines(identifiers);
+        if (change.action == WindowAction::Case::WillShow)
+            m_shown.insert(change.windowIdentifier);
+        else
+            m_shown.erase(change.windowIdentifier);
+        rebuilds.push_back(m_shown);
+        WindowManager::rebuildResizePipelines(change);
     }
 
 private:
     using WindowManager::WindowManager;
+
+    std::set<std::string> m_shown;
 };
 
 class Visibility : public World {

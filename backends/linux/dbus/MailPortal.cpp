@@ -2,11 +2,10 @@
 
 #include "backends/linux/dbus/BusVariant.h"
 #include "backends/linux/loop/EventLoop.h"
+#include "backends/linux/loop/NestedLoop.h"
 #include "platform/foundation/Text.h"
 
-#include <algorithm>
 #include <optional>
-#include <poll.h>
 #include <utility>
 
 namespace backends {
@@ -17,29 +16,12 @@ using Clock = std::chrono::steady_clock;
 
 namespace {
 
-constexpr int longestWaitMilliseconds = 60'000;
-
 // Texts on the bus are UTF-8 without zeros; what is not would end the connection.
 std::string textForBus(std::string const& text)
 {
     auto repaired = platform::repairedUTF8(text);
     std::erase(repaired, '\0');
     return repaired;
-}
-
-// False at the deadline.
-bool runUntil(EventLoop& loop, Clock::time_point deadline, auto const& condition)
-{
-    loop.dispatch();
-    while (!condition()) {
-        auto const left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
-        if (left <= 0)
-            return false;
-        pollfd wait { loop.pollableDescriptor(), POLLIN, 0 };
-        poll(&wait, 1, static_cast<int>(std::min<std::int64_t>(left, longestWaitMilliseconds)));
-        loop.dispatch();
-    }
-    return true;
 }
 
 } // namespace
@@ -80,13 +62,16 @@ MailPortal::Answer MailPortal::ask(Question const& question, Clock::time_point d
             request = portal->ask(question.interface, question.method, question.signature, question.arguments,
                 question.options(known.value()), answered);
     });
-    if (!runUntil(*loop.value(), deadline, [&] { return answer.has_value(); }))
-        return { Ended::OutOfTime };
+    auto const timer = loop.value()->at(deadline.time_since_epoch(), [&] {
+        if (!answer)
+            answer = Answer { Ended::OutOfTime };
+    });
+    NestedLoop(*loop.value()).runUntil([&] { return answer.has_value(); });
     return *answer;
 }
 
-MailPortal::Answer MailPortal::compose(
-    MailMessage const& message, std::vector<int> const& attachments, Clock::time_point deadline) const
+MailPortal::Answer MailPortal::compose(MailMessage const& message, std::vector<int> const& attachments,
+    std::optional<std::uint32_t> parentWindow, Clock::time_point deadline) const
 {
     auto const options = [&](std::uint32_t version) {
         constexpr std::uint32_t firstWithManyRecipients = 3;
@@ -102,14 +87,14 @@ MailPortal::Answer MailPortal::compose(
             known["attachment_fds"] = BusVariant::make("ah", List(attachments.begin(), attachments.end()));
         return known;
     };
-    // No parent window: whoever shows a dialog of its own shows it over the one that is active.
-    return ask({ "Email", "ComposeEmail", "s", { "" }, options }, deadline);
+    return ask({ "Email", "ComposeEmail", "s", { portalWindowHandle(parentWindow) }, options }, deadline);
 }
 
-MailPortal::Answer MailPortal::open(std::string const& address, Clock::time_point deadline) const
+MailPortal::Answer MailPortal::open(
+    std::string const& address, std::optional<std::uint32_t> parentWindow, Clock::time_point deadline) const
 {
-    return ask({ "OpenURI", "OpenURI", "ss", { "", textForBus(address) }, [](std::uint32_t) { return Dictionary {}; } },
-        deadline);
+    List const arguments { portalWindowHandle(parentWindow), textForBus(address) };
+    return ask({ "OpenURI", "OpenURI", "ss", arguments, [](std::uint32_t) { return Dictionary {}; } }, deadline);
 }
 
 } // namespace backends

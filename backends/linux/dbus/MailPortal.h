@@ -4,6 +4,8 @@
 #include "backends/linux/host/MailMessage.h"
 
 #include <chrono>
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -32,10 +34,12 @@ public:
         std::string reason {};
     };
 
-    // The attachments are open files, which stay the caller's.
+    // The attachments are open files, which stay the caller's. What the desktop itself asks the user, such as for the
+    // program, it asks over the parent window.
     Answer compose(MailMessage const& message, std::vector<int> const& attachments,
+        std::optional<std::uint32_t> parentWindow, std::chrono::steady_clock::time_point deadline) const;
+    Answer open(std::string const& address, std::optional<std::uint32_t> parentWindow,
         std::chrono::steady_clock::time_point deadline) const;
-    Answer open(std::string const& address, std::chrono::steady_clock::time_point deadline) const;
 
 private:
     struct Question;

@@ -1,17 +1,18 @@
 #include "backends/linux/host/FileFacts.h"
 
+#include "backends/linux/host/Descriptor.h"
 #include "backends/linux/host/FileSystem.h"
 
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
+#include <linux/magic.h>
 #include <memory>
 #include <sstream>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <sys/statfs.h>
 #include <sys/sysmacros.h>
-#include <unistd.h>
 
 namespace backends {
 
@@ -25,12 +26,19 @@ struct HandleBuffer {
     file_handle* handle() { return reinterpret_cast<file_handle*>(bytes); }
 };
 
-void readHandle(std::string const& path, int flags, FileIdentity& identity)
+// Programs that serve file systems (FUSE) count their handles anew whenever they start.
+bool hasLastingHandles(int file)
+{
+    struct statfs found { };
+    return fstatfs(file, &found) == 0 && found.f_type != FUSE_SUPER_MAGIC;
+}
+
+void readHandle(int file, FileIdentity& identity)
 {
     HandleBuffer buffer;
     buffer.handle()->handle_bytes = MAX_HANDLE_SZ;
     int mount = 0;
-    if (name_to_handle_at(AT_FDCWD, path.c_str(), buffer.handle(), &mount, flags) != 0)
+    if (!hasLastingHandles(file) || name_to_handle_at(file, "", buffer.handle(), &mount, AT_EMPTY_PATH) != 0)
         return;
     identity.handleType = buffer.handle()->handle_type;
     auto const* const start = buffer.bytes + sizeof(file_handle);
@@ -77,12 +85,8 @@ std::string uuidFromKernel(std::string const& folder)
         std::uint8_t bytes[16];
     } answer {};
     constexpr auto question = _IOR(0x15, 0, Answer);
-    int const descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor < 0)
-        return {};
-    int const result = ioctl(descriptor, question, &answer);
-    close(descriptor);
-    if (result != 0 || answer.length != sizeof answer.bytes)
+    Descriptor const descriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (ioctl(descriptor.number(), question, &answer) != 0 || answer.length != sizeof answer.bytes)
         return {};
     constexpr auto digits = "0123456789abcdef";
     std::string text;
@@ -99,11 +103,15 @@ std::string uuidFromKernel(std::string const& folder)
 
 std::optional<FileFacts> factsOf(std::string const& path, LastLink lastLink)
 {
-    bool const follows = lastLink == LastLink::Follow;
+    // Everything is asked of one descriptor, so that it is said of one file, whatever is renamed meanwhile.
+    int const flags = lastLink == LastLink::Follow ? 0 : O_NOFOLLOW;
+    Descriptor const file(open(path.c_str(), O_PATH | O_CLOEXEC | flags));
     struct statx found { };
     // What a remote file system remembers is good enough, and does not wait.
-    int const flags = (follows ? 0 : AT_SYMLINK_NOFOLLOW) | AT_STATX_DONT_SYNC | AT_NO_AUTOMOUNT;
-    if (statx(AT_FDCWD, path.c_str(), flags, STATX_BASIC_STATS | STATX_BTIME | STATX_MNT_ID, &found) != 0)
+    if (!file
+        || statx(file.number(), "", AT_EMPTY_PATH | AT_STATX_DONT_SYNC, STATX_BASIC_STATS | STATX_BTIME | STATX_MNT_ID,
+               &found)
+            != 0)
         return std::nullopt;
     FileFacts facts;
     facts.identity.inode = found.stx_ino;
@@ -111,7 +119,7 @@ std::optional<FileFacts> factsOf(std::string const& path, LastLink lastLink)
         facts.identity.birth = found.stx_btime.tv_sec * 1'000'000'000 + found.stx_btime.tv_nsec;
     facts.isFolder = S_ISDIR(found.stx_mode);
     facts.mount = found.stx_mnt_id;
-    readHandle(path, follows ? AT_SYMLINK_FOLLOW : 0, facts.identity);
+    readHandle(file.number(), facts.identity);
     return facts;
 }
 

@@ -51,9 +51,9 @@ char const* readPiece(lua_State*, void* context, std::size_t* size)
 
 } // namespace
 
-LuaScript::LuaScript(LuaLibrary const& lua, Functions const& functions, ScriptEngine::Limits limits)
+LuaScript::LuaScript(LuaLibrary const& lua, Functions functions, ScriptEngine::Limits limits)
     : m_lua(lua)
-    , m_functions(functions)
+    , m_functions(std::move(functions))
     , m_limits(limits)
     , m_state(lua.lua_newstate(allocate, this))
 {
@@ -91,7 +91,7 @@ void* LuaScript::allocate(void* context, void* block, std::size_t oldSize, std::
 void LuaScript::checkTime(lua_State* state, lua_Debug*)
 {
     auto& self = of(state);
-    if (Clock::now() < self.m_deadline)
+    if (!self.isOutOfTime())
         return;
     self.m_isOutOfTime = true;
     // From here on at every instruction, so that a script which catches errors gets no further either.
@@ -117,10 +117,10 @@ int LuaScript::makeSandbox(lua_State* state)
         lua.lua_pushnil(state);
         lua.lua_setfield(state, -2, name);
     }
-    for (std::size_t i = 0; i < self.m_functions.size(); ++i) {
+    for (std::size_t i = 0; i < self.m_functions->size(); ++i) {
         lua.lua_pushinteger(state, static_cast<lua_Integer>(i));
         lua.lua_pushcclosure(state, callFunction, 1);
-        lua.lua_setfield(state, -2, self.m_functions[i].name.c_str());
+        lua.lua_setfield(state, -2, (*self.m_functions)[i].name.c_str());
     }
     // The script's own globals stand before what it is given: only its own can be called as handlers.
     lua.lua_createtable(state, 0, 0);
@@ -213,6 +213,8 @@ int LuaScript::callFunction(lua_State* state)
 {
     auto& self = of(state);
     auto const& lua = self.m_lua;
+    // A call that was left behind must do nothing any more.
+    checkTime(state, nullptr);
     // An upvalue of ours.
     auto const index = lua.lua_tointegerx(state, lua_upvalueindex(1), nullptr);
     self.runFunction(static_cast<std::size_t>(index));
@@ -235,7 +237,7 @@ void LuaScript::runFunction(std::size_t index)
     ScriptFunction::Arguments arguments;
     for (int place = 1; place <= m_lua.lua_gettop(m_state); ++place)
         arguments.push_back(readDescriptor(m_lua, m_state, place));
-    m_outcome = m_functions[index].call(arguments, m_deadline);
+    m_outcome = (*m_functions)[index].call(arguments, m_deadline);
 }
 
 bool LuaScript::run(lua_CFunction function, Dictionary& errorInfo)

@@ -19,9 +19,9 @@ namespace backends {
 // that Lua calls protected and that hold nothing to destroy, and what they need or yield lies in members.
 class LuaScript : public platform::NSAppleScript {
 public:
-    using Functions = std::vector<ScriptFunction>;
+    using Functions = std::shared_ptr<std::vector<ScriptFunction> const>;
 
-    LuaScript(LuaLibrary const& lua, Functions const& functions, ScriptEngine::Limits limits);
+    LuaScript(LuaLibrary const& lua, Functions functions, ScriptEngine::Limits limits);
     ~LuaScript() override;
     LuaScript(LuaScript const&) = delete;
     LuaScript& operator=(LuaScript const&) = delete;
@@ -50,10 +50,11 @@ private:
     bool runProtected(int arguments, platform::Dictionary& errorInfo);
     void describeError(int status, platform::Dictionary& errorInfo) const;
     void runFunction(std::size_t index);
+    bool isOutOfTime() const { return Clock::now() >= m_deadline; }
     void pop(int count) const { m_lua.lua_settop(m_state, -count - 1); }
 
     LuaLibrary const m_lua;
-    Functions const& m_functions;
+    Functions const m_functions;
     ScriptEngine::Limits const m_limits;
     std::mutex m_mutex;
     // Before the state, which takes of it while it is made.

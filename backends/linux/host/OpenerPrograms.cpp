@@ -32,9 +32,7 @@ void OpenerPrograms::tryNext(std::list<Opening>::iterator opening)
                     finish(opening, std::nullopt);
                     return;
                 }
-                note(program + " failed: "
-                    + (end.status > 0 ? "exit code " + std::to_string(end.status)
-                                      : "signal " + std::to_string(-end.status)));
+                note(program + " failed: " + wordsForEnd(end.status));
                 tryNext(opening);
             });
         if (child) {

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <string_view>
-#include <sys/stat.h>
 #include <utility>
 
 namespace backends {
@@ -23,12 +22,6 @@ bool isKDE()
 {
     auto const* const desktop = std::getenv("XDG_CURRENT_DESKTOP");
     return desktop && std::string_view(desktop).find("KDE") != std::string_view::npos;
-}
-
-bool isFolder(std::string const& path)
-{
-    struct stat facts { };
-    return stat(path.c_str(), &facts) == 0 && S_ISDIR(facts.st_mode);
 }
 
 std::string asFolder(std::string const& path) { return path.empty() || path.ends_with('/') ? path : path + "/"; }
@@ -61,7 +54,7 @@ std::vector<std::string> kdialogArguments(FolderQuestion const& question)
     return arguments;
 }
 
-std::vector<URL> chosenFolders(std::string const& output)
+std::vector<URL> chosenPaths(std::string const& output)
 {
     std::string_view rest(output);
     // The line's own end; a name may hold others.
@@ -72,9 +65,8 @@ std::vector<URL> chosenFolders(std::string const& output)
         auto const end = std::min(rest.find(separator), rest.size());
         std::string const path(rest.substr(0, end));
         rest.remove_prefix(std::min(end + separator.size(), rest.size()));
-        // A program whose locale lacks a letter writes another name.
-        if (path.starts_with('/') && isFolder(path))
-            urls.push_back(URL::fileURL(path, URL::IsDirectory::Yes));
+        if (path.starts_with('/'))
+            urls.push_back(URL::fileURL(path, URL::IsDirectory::No));
     }
     return urls;
 }
@@ -92,12 +84,11 @@ platform::Result<std::unique_ptr<PickerProgram>> PickerProgram::start(
             [self = picker.get(), program = arguments.front()](ChildProgram::End const& end) {
                 auto const answer = std::exchange(self->m_answered, nullptr);
                 if (end.status == 0)
-                    answer(chosenFolders(end.output));
+                    answer(chosenPaths(end.output));
                 else if (end.status == exitCancelled)
                     answer(std::vector<URL> {});
                 else
-                    answer(NSError {
-                        errorDomain, didNotFinish, program + " ended with status " + std::to_string(end.status) });
+                    answer(NSError { errorDomain, didNotFinish, program + " failed: " + wordsForEnd(end.status) });
             });
         if (child) {
             picker->m_child = child.take();

@@ -29,6 +29,6 @@ private:
 // How each program is asked, and how it tells what was chosen. KDE's chooses one folder at a time.
 std::vector<std::string> zenityArguments(FolderQuestion const& question);
 std::vector<std::string> kdialogArguments(FolderQuestion const& question);
-std::vector<platform::URL> chosenFolders(std::string const& output);
+std::vector<platform::URL> chosenPaths(std::string const& output);
 
 } // namespace backends

@@ -1,6 +1,7 @@
 #include "backends/linux/host/ScriptEngine.h"
 
 #include "backends/linux/host/FileSystem.h"
+#include "backends/linux/host/GuardedScript.h"
 #include "backends/linux/host/LuaScript.h"
 #include "platform/applescript/ScriptSeal.h"
 
@@ -32,8 +33,14 @@ std::shared_ptr<platform::NSAppleScript> ScriptEngine::load(
     auto const lua = LuaLibrary::load();
     if (!lua)
         return refuse(lua.error(), errorInfo);
-    auto script = std::make_shared<LuaScript>(lua.value(), m_functions, m_limits);
-    return script->load(code.value(), errorInfo) ? script : nullptr;
+    // The code and the functions are kept: a script that hangs is replaced by a new one.
+    auto const open = [lua = lua.value(), code = std::string(code.value()), functions = m_functions, limits = m_limits](
+                          platform::Dictionary& why) -> std::shared_ptr<platform::NSAppleScript> {
+        auto const script = std::make_shared<LuaScript>(lua, functions, limits);
+        return script->load(code, why) ? script : nullptr;
+    };
+    auto script = open(errorInfo);
+    return script ? std::make_shared<GuardedScript>(std::move(script), open, m_limits.time) : nullptr;
 }
 
 } // namespace backends

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstddef>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -33,13 +34,14 @@ struct ScriptFunction {
 class ScriptEngine : public platform::NSAppleScripts {
 public:
     struct Limits {
-        // A handler that takes longer is ended (errAETimeout). Loading a script counts the same.
+        // A handler that takes longer is ended, or left behind when it cannot be (errAETimeout). Loading a script
+        // counts the same, as far as it can be ended.
         platform::Seconds time { 120 };
         std::size_t bytes = 256 * 1024 * 1024;
     };
 
     ScriptEngine(std::vector<ScriptFunction> functions, Limits limits)
-        : m_functions(std::move(functions))
+        : m_functions(std::make_shared<std::vector<ScriptFunction> const>(std::move(functions)))
         , m_limits(limits)
     {
     }
@@ -48,14 +50,14 @@ public:
     {
     }
 
-    // The library is loaded with the first script. The scripts do not outlive the engine.
+    // The library is loaded with the first script. The scripts may outlive the engine, and hold its functions.
     std::shared_ptr<platform::NSAppleScript> initWithContentsOfURL(
         platform::URL const& url, platform::Dictionary& errorInfo) override;
     // The same for the bytes of a file.
     std::shared_ptr<platform::NSAppleScript> load(std::string const& file, platform::Dictionary& errorInfo) const;
 
 private:
-    std::vector<ScriptFunction> m_functions;
+    std::shared_ptr<std::vector<ScriptFunction> const> m_functions;
     Limits m_limits;
 };
 

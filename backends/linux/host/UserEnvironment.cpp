@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <map>
 #include <string_view>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace backends {
@@ -99,7 +100,8 @@ std::string pathOfProgram(std::string const& name, std::vector<std::string> cons
     }
     for (auto const folder : foldersIn(folders)) {
         auto path = std::string(folder.empty() ? "." : folder) + "/" + name;
-        if (access(path.c_str(), X_OK) == 0)
+        struct stat facts { };
+        if (access(path.c_str(), X_OK) == 0 && stat(path.c_str(), &facts) == 0 && S_ISREG(facts.st_mode))
             return path;
     }
     return {};

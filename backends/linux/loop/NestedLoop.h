@@ -8,7 +8,7 @@ namespace backends {
 class EventLoop;
 
 // The wait inside a call that has to block, such as a modal dialog, while the loops of this process go on. Waits may
-// nest. Main thread only.
+// nest. For the thread of the loop only.
 class NestedLoop {
 public:
     explicit NestedLoop(EventLoop& loop)

@@ -2,10 +2,10 @@
 
 namespace backends {
 
-xcb_res_query_client_ids_cookie_t askProcess(Connection& connection, xcb_window_t window)
+xcb_res_query_client_ids_cookie_t askProcess(xcb_connection_t* wire, xcb_window_t window)
 {
     xcb_res_client_id_spec_t const spec { window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID };
-    return xcb_res_query_client_ids(connection.wire(), 1, &spec);
+    return xcb_res_query_client_ids(wire, 1, &spec);
 }
 
 std::optional<std::uint32_t> processIn(xcb_res_query_client_ids_reply_t const* reply)

@@ -47,7 +47,9 @@ platform::Result<std::unique_ptr<Connection>> Connection::open(
         xcb_screen_next(&screens);
     int const descriptor = xcb_get_file_descriptor(wire);
     fcntl(descriptor, F_SETFD, fcntl(descriptor, F_GETFD) | FD_CLOEXEC);
-    return std::unique_ptr<Connection>(new Connection(wire, screens.data, screenNumber, loop, std::move(log)));
+    auto opened = std::unique_ptr<Connection>(new Connection(wire, screens.data, screenNumber, loop, std::move(log)));
+    opened->m_display = display;
+    return opened;
 }
 
 Connection::Connection(

@@ -57,6 +57,8 @@ public:
     // The identifiers of everything that this very connection makes: (id & ~mask) == base.
     std::uint32_t clientBase(std::uint32_t resource) const { return resource & ~m_resourceMask; }
     std::uint32_t ownBase() const { return m_resourceBase; }
+    // As it was given; absent: DISPLAY.
+    std::optional<std::string> const& display() const { return m_display; }
 
     Extension const& randr() const { return m_randr; }
     Extension const& shape() const { return m_shape; }
@@ -138,6 +140,7 @@ private:
     std::function<void()> m_lost;
     LoopSource m_source;
     xcb_timestamp_t m_latestUserTime = XCB_CURRENT_TIME;
+    std::optional<std::string> m_display;
     bool m_needsFlush = false;
     bool m_isLost = false;
 };

@@ -34,6 +34,13 @@ void WindowAlpha::release()
     apply();
 }
 
+void WindowAlpha::takeOver(bool hasEmptyShape)
+{
+    m_writtenOpacity = 0;
+    m_hasEmptyShape = hasEmptyShape;
+    hold();
+}
+
 void WindowAlpha::apply()
 {
     auto const alpha = m_isHeld ? 0 : m_value;

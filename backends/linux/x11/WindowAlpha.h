@@ -24,6 +24,8 @@ public:
     bool isHeld() const { return m_isHeld; }
     void hold();
     void release();
+    // Somebody else of this process has hidden the window already.
+    void takeOver(bool hasEmptyShape);
 
     void compositorDidChange() { apply(); }
 

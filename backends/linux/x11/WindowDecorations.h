@@ -26,13 +26,14 @@ public:
     void setTitlebarAppearsTransparent(bool isTransparent);
     void setTitleVisibility(platform::TitleVisibility visibility);
     platform::NSButton* button(platform::WindowButton button);
-    // A title bar that shows nothing, over content of the full size, is none.
-    bool isBorderless() const;
 
     // The blurred ground of the whole window (_KDE_NET_WM_BLUR_BEHIND_REGION).
     void setBlursBehind(bool blurs);
 
     void handleRead(std::vector<std::uint32_t> words);
+
+    // A title bar that shows nothing, over content of the full size, is none.
+    bool isBorderless() const;
 
 private:
     std::optional<std::vector<std::uint32_t>> wanted() const;

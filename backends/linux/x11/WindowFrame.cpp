@@ -178,6 +178,18 @@ void WindowFrame::askPosition(std::function<void()> done)
         });
 }
 
+void WindowFrame::askWhetherFramed(std::function<void(bool)> answered)
+{
+    if (m_parent == m_context.connection.root())
+        return answered(false);
+    auto const cookie = xcb_get_geometry(m_context.connection.wire(), m_parent);
+    m_context.connection.ask<xcb_get_geometry_reply_t>(
+        cookie.sequence, [this, weak = m_owner, answered = std::move(answered)](auto const* reply) {
+            if (auto const owner = weak.lock())
+                answered(reply && (reply->width > m_pixels.width || reply->height > m_pixels.height));
+        });
+}
+
 void WindowFrame::setPixels(PixelRect const& pixels)
 {
     m_pixels = pixels;

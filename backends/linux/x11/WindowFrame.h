@@ -35,6 +35,8 @@ public:
     bool isSettled() const { return m_hasArrived || !m_answerTimer; }
     // Whether anybody said where the window is since the last request.
     bool wasAnswered() const { return m_wasAnswered; }
+    // Asks whether the window manager has anything around the window; yes and no are told by the answer.
+    void askWhetherFramed(std::function<void(bool)> answered);
     bool hasTarget() const { return m_target.has_value(); }
     // True as well when no frame was ever set.
     bool isAtTarget() const { return !m_target || visiblePixels() == m_targetPixels; }

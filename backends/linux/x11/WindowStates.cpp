@@ -45,13 +45,18 @@ bool WindowStates::isOnAllDesktops() const { return (m_behavior & platform::coll
 
 void WindowStates::tellAgain()
 {
-    if (floats())
+    // Also that it is not above any more: who was told so may have gone before it heard.
+    if (floats() || m_hasFloated)
         tellAbove();
     if (isOnAllDesktops())
         tellDesktop();
 }
 
-void WindowStates::tellAbove() { setState(AtomName::NET_WM_STATE_ABOVE, floats()); }
+void WindowStates::tellAbove()
+{
+    m_hasFloated = m_hasFloated || floats();
+    setState(AtomName::NET_WM_STATE_ABOVE, floats());
+}
 
 void WindowStates::tellDesktop()
 {

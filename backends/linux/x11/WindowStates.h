@@ -46,6 +46,7 @@ private:
     platform::WindowLevel m_level = platform::windowLevelNormal;
     platform::WindowCollectionBehavior m_behavior = 0;
     bool m_stepsAside = false;
+    bool m_hasFloated = false;
     bool m_isManaged = false;
     // _NET_WM_STATE as it stands, which matters only while no window manager looks after it.
     std::vector<std::uint32_t> m_current;

@@ -8,6 +8,7 @@ namespace backends {
 
 class Animator;
 class Connection;
+class EarlyHold;
 class EventLoop;
 class X11Desktop;
 class X11Screen;
@@ -20,6 +21,7 @@ struct X11Context {
     Connection& connection;
     X11Desktop& desktop;
     X11Screen& screen;
+    EarlyHold& earlyHold;
 };
 
 } // namespace backends

@@ -1,6 +1,7 @@
 #include "backends/linux/x11/X11Window.h"
 
 #include "backends/linux/x11/Connection.h"
+#include "backends/linux/x11/EarlyHold.h"
 #include "backends/linux/x11/PropertyValues.h"
 #include "backends/linux/x11/X11Desktop.h"
 #include "platform/appkit/NSVisualEffectView.h"
@@ -21,6 +22,8 @@ constexpr std::uint32_t fromPager = 2;
 // A window manager that answers with another place gets two more requests, one that is silent some more time.
 constexpr int placingsBeforeShowing = 6;
 constexpr int placingsForAnAnswer = 2;
+// A window manager that leaves something around a window for ever delays it by so many frames.
+constexpr int looksAtFrame = 10;
 // One frame of a usual display.
 constexpr platform::Seconds quietTimeBeforeShowing { 1.0 / 60 };
 
@@ -78,7 +81,7 @@ WindowProperties::Observer X11Window::observeProperties()
                 m_observer.didChange(*this);
             },
         .insetsWereRead = [this](auto const& insets) { m_frame.setInsets(insets); },
-        .managedStateWasRead = [this](auto state) { m_life.handleManagedState(state); },
+        .managedStateWasRead = [this](auto state) { managedStateWasRead(state); },
     };
 }
 
@@ -98,7 +101,9 @@ void X11Window::readStart(Found found)
     std::uint32_t const mask
         = XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_FOCUS_CHANGE;
     xcb_change_window_attributes(connection.wire(), m_window, XCB_CW_EVENT_MASK, &mask);
-    if (found == Found::New)
+    if (auto const held = m_context.earlyHold.take(m_window))
+        m_alpha.takeOver(held->hasEmptyShape);
+    else if (found == Found::New)
         m_alpha.hold();
     readAll({});
     auto const cookie = xcb_get_window_attributes(connection.wire(), m_window);
@@ -149,6 +154,7 @@ void X11Window::forget()
 {
     std::uint32_t const mask = XCB_EVENT_MASK_NO_EVENT;
     xcb_change_window_attributes(m_context.connection.wire(), m_window, XCB_CW_EVENT_MASK, &mask);
+    m_context.earlyHold.forget(m_window);
 }
 
 void X11Window::wasMapped(WindowLife::Presence before)
@@ -171,14 +177,32 @@ void X11Window::wasMapped(WindowLife::Presence before)
     });
 }
 
+void X11Window::managedStateWasRead(std::optional<std::uint32_t> state)
+{
+    m_life.handleManagedState(state);
+    if (!state || !m_isAnnounced || !m_life.isWithdrawn())
+        return;
+    // A window manager looks after it and has not mapped it: the toolkit has written over half of what the window says
+    // about its desktop, and so it was put on another one (xfwm4, Qt).
+    m_states.setManaged(m_context.desktop.hasWindowManager());
+    m_states.tellAgain();
+}
+
 void X11Window::cameBack()
 {
     auto const keepAlive = self();
     // Its first report is still to come.
     if (!m_isReported || m_isAnnounced)
         return;
-    reportWillBecomeVisible();
+    report();
     m_observer.didChange(*this);
+}
+
+void X11Window::report()
+{
+    m_isBeingReported = true;
+    reportWillBecomeVisible();
+    m_isBeingReported = false;
 }
 
 void X11Window::finishShowing()
@@ -186,12 +210,13 @@ void X11Window::finishShowing()
     m_isReported = true;
     bool const wasAnnounced = std::exchange(m_isAnnounced, false);
     if (!wasAnnounced)
-        reportWillBecomeVisible();
+        report();
     // An observer may have closed the window.
     if (m_life.isWithdrawn())
         return;
     m_states.tellAgain();
     m_placingsLeft = placingsBeforeShowing;
+    m_looksAtFrameLeft = looksAtFrame;
     m_frame.sendAgain();
     endHoldWhenPlaced();
     m_observer.didShow(*this);
@@ -221,8 +246,23 @@ void X11Window::endHoldWhenQuiet()
     bool const hasMovedAgain = !m_frame.isSettled() || (!m_frame.isAtTarget() && m_placingsLeft > 0);
     if (hasMovedAgain || !isShown())
         endHoldWhenPlaced();
+    else if (m_decorations.isBorderless() && m_looksAtFrameLeft-- > 0)
+        endHoldWhenBare();
     else
         m_alpha.release();
+}
+
+void X11Window::endHoldWhenBare()
+{
+    // What was taken off after mapping goes when the window manager comes to it, which it tells nobody.
+    m_frame.askWhetherFramed([this](bool isFramed) {
+        if (!m_alpha.isHeld() || m_quietTimer)
+            return;
+        if (isFramed)
+            m_quietTimer = m_context.loop.after(quietTimeBeforeShowing, [this] { endHoldWhenQuiet(); });
+        else
+            m_alpha.release();
+    });
 }
 
 void X11Window::wasWithdrawn()

@@ -14,6 +14,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <xcb/xcb.h>
 
@@ -48,6 +49,8 @@ public:
     PixelRect visiblePixels() const { return m_frame.visiblePixels(); }
     // On the screen, and its coming was reported.
     bool isShown() const;
+    // The keyboard is reported after the report that the window is there, whatever is done to it from inside that one.
+    bool mayBecomeKey() const { return isShown() && !m_isBeingReported; }
     bool isMovableByBackground() const { return m_isMovableByBackground; }
     // On the screen with a size or a look that was set here, so that a drag of its edge matters.
     bool wantsLiveResize() const { return isShown() && m_isStyled; }
@@ -129,7 +132,10 @@ private:
     void finishShowing();
     void endHoldWhenPlaced();
     void endHoldWhenQuiet();
+    void endHoldWhenBare();
+    void managedStateWasRead(std::optional<std::uint32_t> state);
     void cameBack();
+    void report();
     void wasWithdrawn();
     void markStyled();
     void contentDidChange();
@@ -149,11 +155,14 @@ private:
     std::shared_ptr<platform::NSView> m_contentView;
     std::unique_ptr<platform::NSWindowAnimator> m_animator;
     bool m_isReported = false;
+    bool m_isBeingReported = false;
     bool m_isAnnounced = false;
     bool m_isMovableByBackground = false;
     bool m_isStyled = false;
     // How often a frame that did not arrive may still be asked for before the window is shown as it is.
     int m_placingsLeft = 0;
+    // How often it is looked whether the window manager has taken its decorations away.
+    int m_looksAtFrameLeft = 0;
     LoopSource m_quietTimer;
     // Counts mappings, so that the answers of an earlier one are told from the latest.
     unsigned m_mappings = 0;

@@ -27,6 +27,7 @@ X11World::X11World(std::unique_ptr<Connection> connection, platform::NSApplicati
     : m_application(application)
     , m_clock(clock)
     , m_connection(std::move(connection))
+    , m_earlyHold(*m_connection)
     , m_desktop(*m_connection)
     , m_screen(*m_connection, m_desktop)
     , m_keyboard(*m_connection, modifierKeys)
@@ -51,7 +52,7 @@ X11World::X11World(std::unique_ptr<Connection> connection, platform::NSApplicati
                           [&](auto const& entry) { return m_connection->clientBase(entry.first) == base; });
                   },
               .isKnownWindow = [this](auto xid) { return m_windows.contains(xid); } })
-    , m_context { application, loop, animator, *m_connection, m_desktop, m_screen }
+    , m_context { application, loop, animator, *m_connection, m_desktop, m_screen, m_earlyHold }
 {
 }
 
@@ -88,6 +89,7 @@ void X11World::start(std::function<void()> screenDidChange)
     m_tray.start();
     askWhetherInsideWayland();
     m_finder.start();
+    m_earlyHold.start();
     // Some answers lead to a second question.
     m_connection->roundTrip();
     m_connection->roundTrip();
@@ -174,6 +176,7 @@ void X11World::remove(std::shared_ptr<X11Window> const& window)
 {
     // Gone first: what the last report leads to must not find it any more.
     m_windows.erase(window->xid());
+    m_earlyHold.forget(window->xid());
     m_monitors.windowDidGo(window->xid());
     window->handleDestroy();
     m_application.removeWindow(*window);
@@ -187,7 +190,7 @@ void X11World::updateKeyWindow()
     auto const active = m_desktop.supports(AtomName::NET_ACTIVE_WINDOW) ? m_desktop.activeWindow() : m_focused;
     // A window that was not reported yet becomes key after its report.
     auto const found = window(active);
-    if (found && found->isShown()) {
+    if (found && found->mayBecomeKey()) {
         found->reportDidBecomeKey();
         return;
     }

@@ -2,6 +2,7 @@
 
 #include "backends/linux/loop/EventLoop.h"
 #include "backends/linux/x11/Connection.h"
+#include "backends/linux/x11/EarlyHold.h"
 #include "backends/linux/x11/PointerButtons.h"
 #include "backends/linux/x11/WindowFinder.h"
 #include "backends/linux/x11/X11Context.h"
@@ -94,6 +95,7 @@ private:
     platform::NSApplication& m_application;
     platform::Clock& m_clock;
     std::unique_ptr<Connection> m_connection;
+    EarlyHold m_earlyHold;
     X11Desktop m_desktop;
     X11Screen m_screen;
     X11Keyboard m_keyboard;

@@ -1,0 +1,189 @@
+#include "backends/linux/x11/EarlyHold.h"
+
+#include "backends/linux/x11/ClientProcess.h"
+#include "backends/linux/x11/Connection.h"
+
+#include <algorithm>
+#include <csignal>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+#include <xcb/res.h>
+#include <xcb/shape.h>
+
+namespace backends {
+
+namespace {
+
+// A host that does not turn its loop for so long is busy with something else, and what it shows meanwhile is its
+// affair.
+constexpr std::chrono::milliseconds longestHold { 1000 };
+
+} // namespace
+
+EarlyHold::EarlyHold(Connection& connection)
+    : m_connection(connection)
+{
+}
+
+EarlyHold::~EarlyHold()
+{
+    if (m_thread.joinable()) {
+        eventfd_write(m_stop, 1);
+        m_thread.join();
+    }
+    if (m_stop >= 0)
+        close(m_stop);
+    if (m_wire)
+        xcb_disconnect(m_wire);
+}
+
+void EarlyHold::start()
+{
+    // Here and not on the thread: finding the server reads the environment, which the host may be writing.
+    m_wire = xcb_connect(m_connection.display() ? m_connection.display()->c_str() : nullptr, nullptr);
+    m_stop = eventfd(0, EFD_CLOEXEC);
+    if (xcb_connection_has_error(m_wire) || m_stop < 0)
+        return;
+    m_root = m_connection.root();
+    m_opacity = m_connection.atom(AtomName::NET_WM_WINDOW_OPACITY);
+    m_compositor = m_connection.atoms().compositor();
+    xcb_prefetch_extension_data(m_wire, &xcb_res_id);
+    xcb_prefetch_extension_data(m_wire, &xcb_shape_id);
+    std::uint32_t const mask = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
+    xcb_change_window_attributes(m_wire, m_root, XCB_CW_EVENT_MASK, &mask);
+    xcb_flush(m_wire);
+    // Signals are the host's: a thread inherits the mask, so all are blocked while it is made.
+    sigset_t all {};
+    sigset_t before {};
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before);
+    m_thread = std::thread([this] { run(); });
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    pthread_setname_np(m_thread.native_handle(), "paneweld-hold");
+}
+
+std::optional<EarlyHold::Held> EarlyHold::take(xcb_window_t window)
+{
+    std::lock_guard const lock(m_mutex);
+    auto& entry = m_windows[window];
+    return std::exchange(entry.held, std::nullopt);
+}
+
+void EarlyHold::forget(xcb_window_t window)
+{
+    std::lock_guard const lock(m_mutex);
+    m_windows.erase(window);
+}
+
+void EarlyHold::run()
+{
+    auto const* const shapes = xcb_get_extension_data(m_wire, &xcb_shape_id);
+    m_hasShapes = shapes && shapes->present;
+    auto const* const resources = xcb_get_extension_data(m_wire, &xcb_res_id);
+    if (!resources || !resources->present)
+        return;
+    xcb_discard_reply(m_wire, xcb_res_query_version(m_wire, 1, 2).sequence);
+    auto const own = askProcess(m_wire, xcb_get_setup(m_wire)->resource_id_base);
+    XHandle<xcb_res_query_client_ids_reply_t> const reply(xcb_res_query_client_ids_reply(m_wire, own, nullptr));
+    m_ownProcess = processIn(reply.get());
+    pollfd waits[] = { { xcb_get_file_descriptor(m_wire), POLLIN, 0 }, { m_stop, POLLIN, 0 } };
+    while (m_ownProcess && !xcb_connection_has_error(m_wire)) {
+        // What came with a reply is here already and wakes nobody.
+        handleEvents();
+        giveBackLate();
+        poll(waits, 2, millisecondsToWait());
+        if (waits[1].revents != 0)
+            return;
+    }
+}
+
+void EarlyHold::handleEvents()
+{
+    while (XHandle<xcb_generic_event_t> const event { xcb_poll_for_event(m_wire) }) {
+        auto const type = event->response_type & 0x7F;
+        if (type == XCB_CREATE_NOTIFY) {
+            handleCreate(reinterpret_cast<xcb_create_notify_event_t const&>(*event));
+        } else if (type == XCB_DESTROY_NOTIFY) {
+            auto const gone = reinterpret_cast<xcb_destroy_notify_event_t const&>(*event).window;
+            std::lock_guard const lock(m_mutex);
+            // One that was taken is forgotten by whoever took it, who may not have heard of this yet.
+            auto const found = m_windows.find(gone);
+            if (found != m_windows.end() && found->second.held)
+                m_windows.erase(found);
+        }
+    }
+}
+
+void EarlyHold::handleCreate(xcb_create_notify_event_t const& event)
+{
+    if (event.parent != m_root || event.override_redirect
+        || m_connection.clientBase(event.window) == m_connection.ownBase())
+        return;
+    auto const compositor = xcb_get_selection_owner(m_wire, m_compositor);
+    if (!isOurs(event.window)) {
+        xcb_discard_reply(m_wire, compositor.sequence);
+        return;
+    }
+    XHandle<xcb_get_selection_owner_reply_t> const owner(xcb_get_selection_owner_reply(m_wire, compositor, nullptr));
+    hold(event.window, owner && owner->owner != XCB_WINDOW_NONE);
+}
+
+bool EarlyHold::isOurs(xcb_window_t window)
+{
+    XHandle<xcb_res_query_client_ids_reply_t> const reply(
+        xcb_res_query_client_ids_reply(m_wire, askProcess(m_wire, window), nullptr));
+    return processIn(reply.get()) == m_ownProcess;
+}
+
+void EarlyHold::hold(xcb_window_t window, bool isComposited)
+{
+    std::lock_guard const lock(m_mutex);
+    // The main thread was faster.
+    if (m_windows.contains(window))
+        return;
+    Held const held { .hasEmptyShape = !isComposited && m_hasShapes };
+    std::uint32_t const unseen = 0;
+    xcb_change_property(m_wire, XCB_PROP_MODE_REPLACE, window, m_opacity, XCB_ATOM_CARDINAL, 32, 1, &unseen);
+    if (held.hasEmptyShape)
+        xcb_shape_rectangles(
+            m_wire, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, XCB_CLIP_ORDERING_UNSORTED, window, 0, 0, 0, nullptr);
+    xcb_flush(m_wire);
+    m_windows[window] = { held, Clock::now() + longestHold };
+}
+
+void EarlyHold::giveBack(xcb_window_t window, Held const& held)
+{
+    xcb_delete_property(m_wire, window, m_opacity);
+    if (held.hasEmptyShape)
+        xcb_shape_mask(m_wire, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, window, 0, 0, XCB_PIXMAP_NONE);
+}
+
+void EarlyHold::giveBackLate()
+{
+    std::lock_guard const lock(m_mutex);
+    auto const now = Clock::now();
+    for (auto& [window, entry] : m_windows) {
+        if (!entry.held || entry.end > now)
+            continue;
+        giveBack(window, *entry.held);
+        entry.held.reset();
+    }
+    xcb_flush(m_wire);
+}
+
+int EarlyHold::millisecondsToWait()
+{
+    std::lock_guard const lock(m_mutex);
+    std::optional<Clock::time_point> next;
+    for (auto const& [window, entry] : m_windows) {
+        if (entry.held && (!next || entry.end < *next))
+            next = entry.end;
+    }
+    if (!next)
+        return -1;
+    auto const left = std::chrono::ceil<std::chrono::milliseconds>(*next - Clock::now()).count();
+    return static_cast<int>(std::max<std::chrono::milliseconds::rep>(left, 0));
+}
+
+} // namespace backends

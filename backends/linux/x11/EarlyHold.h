@@ -1,0 +1,69 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <xcb/xcb.h>
+
+namespace backends {
+
+class Connection;
+
+// Keeps each new window of this process unseen while the host's thread is still busy making it. The host's thread is
+// ours too, so its loop may come too late: a window manager may have mapped the window by then. This is a thread with a
+// connection of its own that does nothing else, sleeps while no window is made on the screen, and gives a window back
+// that the main thread does not take over in time.
+class EarlyHold {
+public:
+    explicit EarlyHold(Connection& connection);
+    ~EarlyHold();
+    EarlyHold(EarlyHold const&) = delete;
+    EarlyHold& operator=(EarlyHold const&) = delete;
+
+    // Without a second connection there is no early hold, and windows are held a little later.
+    void start();
+
+    struct Held {
+        bool hasEmptyShape = false;
+    };
+    // Leaves the window to the main thread: what was done to it, or nothing. Nothing is done to it afterwards. What
+    // the main thread undoes after an answer of the server to something that it asked later is undone for good.
+    std::optional<Held> take(xcb_window_t window);
+    // The window has gone.
+    void forget(xcb_window_t window);
+
+private:
+    using Clock = std::chrono::steady_clock;
+    // Held and waiting for the main thread, or taken by it.
+    struct Entry {
+        std::optional<Held> held {};
+        Clock::time_point end {};
+    };
+
+    void run();
+    void handleEvents();
+    void handleCreate(xcb_create_notify_event_t const& event);
+    bool isOurs(xcb_window_t window);
+    void hold(xcb_window_t window, bool isComposited);
+    void giveBack(xcb_window_t window, Held const& held);
+    void giveBackLate();
+    int millisecondsToWait();
+
+    Connection& m_connection;
+    xcb_connection_t* m_wire = nullptr;
+    xcb_window_t m_root = XCB_WINDOW_NONE;
+    xcb_atom_t m_opacity = XCB_ATOM_NONE;
+    xcb_atom_t m_compositor = XCB_ATOM_NONE;
+    std::optional<std::uint32_t> m_ownProcess;
+    bool m_hasShapes = false;
+    int m_stop = -1;
+    std::mutex m_mutex;
+    std::map<xcb_window_t, Entry> m_windows;
+    std::thread m_thread;
+};
+
+} // namespace backends

@@ -1,0 +1,65 @@
+#include "iOS/ResizePipelines.h"
+
+#include <utility>
+
+namespace paneweld {
+
+ResizePipelines::ResizePipelines(Sink sink)
+    : m_sink(std::move(sink))
+{
+}
+
+void ResizePipelines::receiveRequest(ResizeBrainstormWindow const& request)
+{
+    send(m_requests, request, request, m_flags.at(request.windowIdentifier));
+}
+
+void ResizePipelines::receiveFlag(IsWindowAnimating const& flag)
+{
+    send(m_flags, flag, m_requests.at(flag.windowIdentifier), flag);
+}
+
+template<typename T, typename U>
+void ResizePipelines::send(
+    Stretches<T>& stream, U const& value, ResizeBrainstormWindow const& request, Flag const& flag)
+{
+    if (!takes(request, flag)) {
+        stream.assign(value);
+        return;
+    }
+    // A copy: what is on its way stays what it is, whatever the sink sends.
+    auto const taken = request;
+    auto const generation = m_generation;
+    auto const& id = taken.windowIdentifier;
+    stream.assignUpTo(id, value);
+    m_sink(taken);
+    if (generation == m_generation)
+        stream.assignBehind(id, value);
+}
+
+bool ResizePipelines::takes(ResizeBrainstormWindow const& request, Flag const& flag)
+{
+    if (!flag || flag->isAnimating || flag->windowIdentifier != request.windowIdentifier)
+        return false;
+    auto const found = m_pipelines.find(request.windowIdentifier);
+    if (found == m_pipelines.end())
+        return false;
+    auto& pipeline = found->second;
+    if (pipeline.generation == m_generation && pipeline.last == request)
+        return false;
+    pipeline = { request, m_generation };
+    return true;
+}
+
+void ResizePipelines::rebuild(WindowAction const& change, ResizeBrainstormWindow const& current)
+{
+    if (change.action == WindowAction::Case::WillShow)
+        m_pipelines.try_emplace(change.windowIdentifier);
+    else
+        m_pipelines.erase(change.windowIdentifier);
+    ++m_generation;
+    m_requests.assign(current);
+    m_flags.assign(std::nullopt);
+}
+
+} // namespace paneweld

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <algorithm>
+#include <iterator>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace paneweld {
+
+// One value for each of any number of ids, kept as the few stretches in which neighbours have the same one. With the
+// ids in their order, a value goes to all of them, to those up to one of them, or to those behind it.
+template<typename T>
+class Stretches {
+public:
+    explicit Stretches(T value = {})
+        : m_rest(std::move(value))
+    {
+    }
+
+    // Valid until the next assignment.
+    T const& at(std::string const& id) const
+    {
+        auto const stretch = find(m_stretches, id);
+        return stretch == m_stretches.end() ? m_rest : stretch->value;
+    }
+
+    void assign(T const& value)
+    {
+        m_stretches.clear();
+        m_rest = value;
+    }
+
+    void assignUpTo(std::string const& id, T const& value)
+    {
+        auto end = find(m_stretches, id);
+        if (end != m_stretches.end() && end->last == id)
+            ++end;
+        auto const next = m_stretches.erase(m_stretches.begin(), end);
+        m_stretches.insert(next, { id, value });
+    }
+
+    void assignBehind(std::string const& id, T const& value)
+    {
+        auto stretch = find(m_stretches, id);
+        if (stretch == m_stretches.end()) {
+            m_stretches.push_back({ id, m_rest });
+        } else {
+            // What is left of its stretch ends with it now, which it mostly does anyway.
+            if (stretch->last != id)
+                stretch->last = id;
+            m_stretches.erase(std::next(stretch), m_stretches.end());
+        }
+        m_rest = value;
+    }
+
+private:
+    struct Stretch {
+        std::string last; // the id that the stretch ends with
+        T value;
+    };
+
+    // The stretch that an id is in; the end stands for the rest. There are hardly ever more than two.
+    template<typename List>
+    static auto find(List& list, std::string const& id)
+    {
+        return std::find_if(list.begin(), list.end(), [&](Stretch const& stretch) { return !(stretch.last < id); });
+    }
+
+    std::vector<Stretch> m_stretches; // in the order of ids
+    T m_rest; // of the ids behind all stretches
+};
+
+} // namespace paneweld

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+
+namespace platform {
+
+// Whether a byte of a JSON string is an ASCII character that stands for itself, for writers as for readers.
+constexpr bool isPlainInJSON(char character)
+{
+    auto const byte = static_cast<unsigned char>(character);
+    return byte >= 0x20 && byte < 0x80 && byte != '"' && byte != '\\' && byte != '/';
+}
+
+// A few bytes, at most seven, as the lower end of a number; spaces fill it up.
+inline std::uint64_t fewBytes(char const* bytes, std::size_t count)
+{
+    auto const at
+        = [bytes](std::size_t i) { return std::uint64_t { static_cast<unsigned char>(bytes[i]) } << (8 * i); };
+    std::uint64_t word = 0x2020202020202020 << (8 * count);
+    if (count >= 4) {
+        std::uint32_t first = 0, last = 0;
+        std::memcpy(&first, bytes, 4);
+        std::memcpy(&last, bytes + count - 4, 4);
+        return word | first | (std::uint64_t { last } << (8 * (count - 4)));
+    }
+    if (count > 0)
+        word |= at(0) | at(count / 2) | at(count - 1);
+    return word;
+}
+
+// How many bytes at the start of a text are such. Eight are asked at once, since nearly all of them are plain.
+inline std::size_t plainJSONRun(std::string_view text)
+{
+    std::size_t length = 0;
+    if constexpr (std::endian::native != std::endian::little) {
+        while (length < text.size() && isPlainInJSON(text[length]))
+            ++length;
+        return length;
+    }
+    constexpr std::uint64_t ones = 0x0101010101010101, tops = ones * 0x80;
+    // Borrows go upwards only, so the lowest byte that is marked is a right one.
+    auto const isBelow = [](std::uint64_t bytes, unsigned limit) { return (bytes - ones * limit) & ~bytes; };
+    auto const marked = [&](std::uint64_t word) {
+        return (word | isBelow(word, 0x20) | isBelow(word ^ (ones * '"'), 1) | isBelow(word ^ (ones * '\\'), 1)
+                   | isBelow(word ^ (ones * '/'), 1))
+            & tops;
+    };
+    while (length < text.size()) {
+        auto const left = text.size() - length;
+        std::uint64_t word = 0;
+        if (left >= 8)
+            std::memcpy(&word, text.data() + length, 8);
+        else
+            word = fewBytes(text.data() + length, left);
+        if (auto const marks = marked(word); marks != 0)
+            return length + static_cast<std::size_t>(std::countr_zero(marks)) / 8;
+        length += left < 8 ? left : 8;
+    }
+    return length;
+}
+
+} // namespace platform
