@@ -1,7 +1,7 @@
 #include "backends/linux/host/Relaunch.h"
 
 #include "backends/linux/host/FileSystem.h"
-#include "backends/linux/host/SpawnSettings.h"
+#include "backends/linux/host/ProcessCalls.h"
 
 #include <algorithm>
 #include <array>
@@ -88,19 +88,18 @@ std::optional<NSError> launchAfter(int process, Launch launch, platform::Seconds
     auto const arguments = pointersTo(launch.arguments);
     auto const environment = pointersTo(launch.environment);
     auto const milliseconds = static_cast<int>(std::lround(patience.count() * 1000));
-    int const ended = openProcess(process);
-    if (ended < 0)
+    auto const ended = openProcess(process);
+    if (!ended)
         return failure(errno);
     auto const between = fork();
     if (between == 0) {
         // Nobody's child, so that nobody has to wait for it.
         auto const waiting = fork();
         if (waiting == 0)
-            waitAndBecome(ended, launch.program.c_str(), arguments.data(), environment.data(), milliseconds);
+            waitAndBecome(ended.number(), launch.program.c_str(), arguments.data(), environment.data(), milliseconds);
         _exit(waiting < 0 ? 1 : 0);
     }
     int const cause = errno;
-    close(ended);
     if (between < 0)
         return failure(cause);
     int status = 0;

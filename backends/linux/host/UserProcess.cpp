@@ -1,5 +1,6 @@
 #include "backends/linux/host/UserProcess.h"
 
+#include "backends/linux/host/ProcessCalls.h"
 #include "backends/linux/host/UserEnvironment.h"
 
 #include <algorithm>
@@ -10,7 +11,6 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 
 extern char** environ;
@@ -55,16 +55,6 @@ struct SpawnSettings {
     SpawnSettings& operator=(SpawnSettings const&) = delete;
 };
 
-// As C takes a list of texts: ended by null, valid as long as the texts.
-std::vector<char*> pointersTo(std::vector<std::string>& texts)
-{
-    std::vector<char*> pointers;
-    for (auto& text : texts)
-        pointers.push_back(text.data());
-    pointers.push_back(nullptr);
-    return pointers;
-}
-
 NSError failure(std::string const& program, int cause)
 {
     return { "NSPOSIXErrorDomain", cause, program + ": " + std::strerror(cause) };
@@ -86,7 +76,7 @@ platform::Result<UserProcess> UserProcess::start(std::vector<std::string> argume
     if (cause != 0)
         return failure(program, cause);
     UserProcess process(number, group);
-    process.m_ended.reset(static_cast<int>(syscall(SYS_pidfd_open, number, 0)));
+    process.m_ended = openProcess(number);
     if (process.m_ended)
         return process;
     // A host that ignores the signal of children sees none after its end, nor do we.
