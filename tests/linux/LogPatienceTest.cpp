@@ -38,7 +38,7 @@ void writeFromManyThreads(SystemLog& log, int linesEach, std::size_t length)
 TEST(LogPatience, AFullPipeTakesNoThreadWithIt)
 {
     // The moment in which two find the last place is short: it is looked for in many pipes.
-    for (int round = 0; round < 300; ++round) {
+    for (int round = 0; round < 100; ++round) {
         Pipe const pipe;
         SystemLog log(optionsFor("", pipe));
         // One line fills a page of it, and it has sixteen.
