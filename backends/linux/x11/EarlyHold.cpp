@@ -7,6 +7,7 @@
 #include <csignal>
 #include <poll.h>
 #include <sys/eventfd.h>
+#include <sys/socket.h>
 #include <unistd.h>
 #include <xcb/res.h>
 #include <xcb/shape.h>
@@ -30,6 +31,8 @@ EarlyHold::~EarlyHold()
 {
     if (m_thread.joinable()) {
         eventfd_write(m_stop, 1);
+        // It may be waiting for the answer of a server that stands still.
+        shutdown(xcb_get_file_descriptor(m_wire), SHUT_RDWR);
         m_thread.join();
     }
     if (m_stop >= 0)
@@ -40,6 +43,8 @@ EarlyHold::~EarlyHold()
 
 void EarlyHold::start()
 {
+    if (m_wire)
+        return;
     // Here and not on the thread: finding the server reads the environment, which the host may be writing.
     m_wire = xcb_connect(m_connection.display() ? m_connection.display()->c_str() : nullptr, nullptr);
     m_stop = eventfd(0, EFD_CLOEXEC);

@@ -24,7 +24,8 @@ public:
     EarlyHold(EarlyHold const&) = delete;
     EarlyHold& operator=(EarlyHold const&) = delete;
 
-    // Without a second connection there is no early hold, and windows are held a little later.
+    // Once this process has windows to hold; more calls do nothing. Without a second connection there is no early hold,
+    // and windows are held a little later.
     void start();
 
     struct Held {

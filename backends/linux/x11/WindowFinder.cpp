@@ -5,6 +5,13 @@
 
 namespace backends {
 
+namespace {
+
+// In a question for processes (X-Resource 1.2).
+constexpr xcb_window_t everyClient = XCB_NONE;
+
+} // namespace
+
 WindowFinder::WindowFinder(Connection& connection, Observer observer)
     : m_connection(connection)
     , m_observer(std::move(observer))
@@ -21,8 +28,28 @@ void WindowFinder::start()
     XHandle<xcb_res_query_client_ids_reply_t> const reply(
         xcb_res_query_client_ids_reply(m_connection.wire(), cookie, nullptr));
     m_ownProcess = processIn(reply.get());
-    if (!m_ownProcess)
+    if (!m_ownProcess) {
         m_connection.log().error("the X server does not know our process: no window can be found");
+        return;
+    }
+    m_connection.ask<xcb_res_query_client_ids_reply_t>(
+        askProcess(m_connection, everyClient).sequence, [this](auto const* answer) {
+            if (hasOtherClient(answer))
+                m_observer.foundClient();
+        });
+}
+
+bool WindowFinder::hasOtherClient(xcb_res_query_client_ids_reply_t const* reply) const
+{
+    if (!reply)
+        return false;
+    for (auto ids = xcb_res_query_client_ids_ids_iterator(reply); ids.rem > 0; xcb_res_client_id_value_next(&ids)) {
+        if (ids.data->spec.client == m_connection.ownBase() || xcb_res_client_id_value_value_length(ids.data) == 0)
+            continue;
+        if (xcb_res_client_id_value_value(ids.data)[0] == m_ownProcess)
+            return true;
+    }
+    return false;
 }
 
 void WindowFinder::scan()
@@ -75,8 +102,10 @@ void WindowFinder::ask(xcb_window_t window, Origin origin)
         return;
     m_connection.ask<xcb_res_query_client_ids_reply_t>(
         askProcess(m_connection, window).sequence, [this, window, origin](auto const* reply) {
-            if (processIn(reply) == m_ownProcess && !m_observer.isKnownWindow(window))
-                m_observer.found(window, origin);
+            if (processIn(reply) != m_ownProcess || m_observer.isKnownWindow(window))
+                return;
+            m_observer.foundClient();
+            m_observer.found(window, origin);
         });
 }
 

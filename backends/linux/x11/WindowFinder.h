@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <xcb/res.h>
 
 namespace backends {
 
@@ -16,6 +17,9 @@ public:
     enum class Origin { Made, Existing };
     struct Observer {
         std::function<void(xcb_window_t, Origin)> found;
+        // This process has a client of the server beside us, which may make windows. Told at the start, else with the
+        // first window that is found; more than once.
+        std::function<void()> foundClient;
         // Whether a window of the same connection is known already; it spares the question.
         std::function<bool(std::uint32_t clientBase)> isKnownClient;
         std::function<bool(xcb_window_t)> isKnownWindow;
@@ -33,6 +37,7 @@ public:
     bool isOwnTopLevel(xcb_window_t window);
 
 private:
+    bool hasOtherClient(xcb_res_query_client_ids_reply_t const* reply) const;
     void ask(xcb_window_t window, Origin origin);
     void examine(xcb_window_t window, Origin origin);
 

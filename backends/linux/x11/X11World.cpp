@@ -46,6 +46,7 @@ X11World::X11World(std::unique_ptr<Connection> connection, platform::NSApplicati
                           = origin == WindowFinder::Origin::Made ? X11Window::Found::New : X11Window::Found::Existing;
                       insert(X11Window::create(m_context, xid, found, observeWindow()));
                   },
+              .foundClient = [this] { m_earlyHold.start(); },
               .isKnownClient =
                   [this](auto base) {
                       return std::any_of(m_windows.begin(), m_windows.end(),
@@ -89,7 +90,6 @@ void X11World::start(std::function<void()> screenDidChange)
     m_tray.start();
     askWhetherInsideWayland();
     m_finder.start();
-    m_earlyHold.start();
     // Some answers lead to a second question.
     m_connection->roundTrip();
     m_connection->roundTrip();
