@@ -3,6 +3,7 @@
 #include "tests/linux/ChildProcess.h"
 #include "tests/linux/Pump.h"
 #include "tests/linux/SessionBus.h"
+#include "tests/support/Stated.h"
 
 #include <cerrno>
 #include <csignal>
@@ -33,7 +34,7 @@ protected:
         auto const cause = errno;
         hasOwnMounts = isAllowed && mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
         if (!hasOwnMounts)
-            state("make a mount: " + std::string(std::strerror(cause)));
+            stateForbidden("make a mount: " + std::string(std::strerror(cause)));
     }
     ~BookmarkOnMounts() override
     {
@@ -41,11 +42,6 @@ protected:
             umount2(point.c_str(), MNT_DETACH);
     }
 
-    // A machine may have reasons to refuse; that is said, and what depends on it is not claimed.
-    static void state(std::string const& what)
-    {
-        std::printf("STATED: this machine does not let a test %s\n", what.c_str());
-    }
     static bool runs(std::string const& command) { return std::system((command + " > /dev/null 2>&1").c_str()) == 0; }
 
     std::string path(std::string const& name) const { return home.path() + "/" + name; }
@@ -127,10 +123,10 @@ TEST_F(BookmarkOnMounts, IsFoundWhenItsDiskIsMountedAgainElsewhere)
         home.write(disk, "");
         std::filesystem::resize_file(path(disk), 4 * 1024 * 1024);
         if (!runs("/sbin/mkfs.ext4 -q -F '" + path(disk) + "'"))
-            return state("make a file system in a file");
+            return stateForbidden("make a file system in a file");
     }
     if (!mountDisk("first", "disk"))
-        return state("mount a file");
+        return stateForbidden("mount a file");
     auto const data = keep(makeFolder("disk/docs/deep"));
     unmount("disk");
     EXPECT_EQ(found(data), "");
@@ -225,7 +221,7 @@ protected:
 TEST_F(BookmarkInSandbox, IsRefusedAtOnceAndTheAddressItselfLasts)
 {
     if (!backends::Descriptor(open("/dev/fuse", O_RDWR | O_CLOEXEC)))
-        return state("serve a file system");
+        return stateForbidden("serve a file system");
     auto const docs = makeFolder("docs");
     home.write("docs/text", "text");
     startPortal();

@@ -1,4 +1,5 @@
 #include "tests/linux/LogReaders.h"
+#include "tests/support/Stated.h"
 
 #include <barrier>
 #include <thread>
@@ -69,7 +70,7 @@ TEST(LogPatience, ARealJournalThatIsStoppedIsToldAfterwardsWhatItMissed)
     if (!journal.start()) {
         // The stand-in above has shown the same; this machine lets nobody start another journal.
         EXPECT_EQ(errno, EPERM);
-        return;
+        return stateForbidden("start a journal of its own");
     }
     SystemLog log(optionsFor(backends::Journal::usualSocket, pipe));
     OSLog const channel(log, "com.example.Patient", "c");
