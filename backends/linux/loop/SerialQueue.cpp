@@ -1,16 +1,8 @@
 #include "backends/linux/loop/SerialQueue.h"
 
-#include <csignal>
-#include <pthread.h>
+#include "backends/linux/loop/BackgroundThread.h"
 
 namespace backends {
-
-namespace {
-
-// The kernel keeps 15 bytes of a thread's name.
-constexpr std::size_t maximumThreadName = 15;
-
-} // namespace
 
 SerialQueue::SerialQueue(std::string label)
     : m_label(std::move(label))
@@ -48,17 +40,10 @@ void SerialQueue::async(std::function<void()> work)
 
 void SerialQueue::startThread()
 {
-    // Signals are the host's: a thread inherits the mask, so all are blocked while it is made.
-    sigset_t all {};
-    sigset_t before {};
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before);
-    m_thread = std::thread([this, line = m_line] {
+    m_thread = startBackgroundThread(m_label, [this, line = m_line] {
         platform::Queue::Entry const entry(*this);
         run(*line);
     });
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    pthread_setname_np(m_thread.native_handle(), m_label.substr(0, maximumThreadName).c_str());
 }
 
 void SerialQueue::run(Line& line)
