@@ -1,16 +1,16 @@
 #include "backends/linux/x11/EarlyHold.h"
 
+#include "backends/linux/loop/BackgroundThread.h"
 #include "backends/linux/x11/ClientProcess.h"
 #include "backends/linux/x11/Connection.h"
+#include "backends/linux/x11/Unseen.h"
 
 #include <algorithm>
-#include <csignal>
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
 #include <unistd.h>
 #include <xcb/res.h>
-#include <xcb/shape.h>
 
 namespace backends {
 
@@ -41,7 +41,7 @@ EarlyHold::~EarlyHold()
         xcb_disconnect(m_wire);
 }
 
-void EarlyHold::start()
+void EarlyHold::start(std::uint32_t ownProcess)
 {
     if (m_wire)
         return;
@@ -50,6 +50,8 @@ void EarlyHold::start()
     m_stop = eventfd(0, EFD_CLOEXEC);
     if (xcb_connection_has_error(m_wire) || m_stop < 0)
         return;
+    m_ownProcess = ownProcess;
+    m_hasShapes = m_connection.shape().isPresent;
     m_root = m_connection.root();
     m_opacity = m_connection.atom(AtomName::NET_WM_WINDOW_OPACITY);
     m_compositor = m_connection.atoms().compositor();
@@ -58,14 +60,7 @@ void EarlyHold::start()
     std::uint32_t const mask = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
     xcb_change_window_attributes(m_wire, m_root, XCB_CW_EVENT_MASK, &mask);
     xcb_flush(m_wire);
-    // Signals are the host's: a thread inherits the mask, so all are blocked while it is made.
-    sigset_t all {};
-    sigset_t before {};
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before);
-    m_thread = std::thread([this] { run(); });
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    pthread_setname_np(m_thread.native_handle(), "paneweld-hold");
+    m_thread = startBackgroundThread("paneweld-hold", [this] { run(); });
 }
 
 std::optional<EarlyHold::Held> EarlyHold::take(xcb_window_t window)
@@ -83,17 +78,9 @@ void EarlyHold::forget(xcb_window_t window)
 
 void EarlyHold::run()
 {
-    auto const* const shapes = xcb_get_extension_data(m_wire, &xcb_shape_id);
-    m_hasShapes = shapes && shapes->present;
-    auto const* const resources = xcb_get_extension_data(m_wire, &xcb_res_id);
-    if (!resources || !resources->present)
-        return;
     xcb_discard_reply(m_wire, xcb_res_query_version(m_wire, 1, 2).sequence);
-    auto const own = askProcess(m_wire, xcb_get_setup(m_wire)->resource_id_base);
-    XHandle<xcb_res_query_client_ids_reply_t> const reply(xcb_res_query_client_ids_reply(m_wire, own, nullptr));
-    m_ownProcess = processIn(reply.get());
     pollfd waits[] = { { xcb_get_file_descriptor(m_wire), POLLIN, 0 }, { m_stop, POLLIN, 0 } };
-    while (m_ownProcess && !xcb_connection_has_error(m_wire)) {
+    while (!xcb_connection_has_error(m_wire)) {
         // What came with a reply is here already and wakes nobody.
         handleEvents();
         giveBackLate();
@@ -148,20 +135,18 @@ void EarlyHold::hold(xcb_window_t window, bool isComposited)
     if (m_windows.contains(window))
         return;
     Held const held { .hasEmptyShape = !isComposited && m_hasShapes };
-    std::uint32_t const unseen = 0;
-    xcb_change_property(m_wire, XCB_PROP_MODE_REPLACE, window, m_opacity, XCB_ATOM_CARDINAL, 32, 1, &unseen);
+    writeOpacity(m_wire, window, m_opacity, 0);
     if (held.hasEmptyShape)
-        xcb_shape_rectangles(
-            m_wire, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, XCB_CLIP_ORDERING_UNSORTED, window, 0, 0, 0, nullptr);
+        writeShape(m_wire, window, true);
     xcb_flush(m_wire);
     m_windows[window] = { held, Clock::now() + longestHold };
 }
 
 void EarlyHold::giveBack(xcb_window_t window, Held const& held)
 {
-    xcb_delete_property(m_wire, window, m_opacity);
+    writeOpacity(m_wire, window, m_opacity, opaque);
     if (held.hasEmptyShape)
-        xcb_shape_mask(m_wire, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, window, 0, 0, XCB_PIXMAP_NONE);
+        writeShape(m_wire, window, false);
 }
 
 void EarlyHold::giveBackLate()

@@ -24,9 +24,9 @@ public:
     EarlyHold(EarlyHold const&) = delete;
     EarlyHold& operator=(EarlyHold const&) = delete;
 
-    // Once this process has windows to hold; more calls do nothing. Without a second connection there is no early hold,
-    // and windows are held a little later.
-    void start();
+    // Once this process, by the server's number for it, has windows to hold; more calls do nothing. Without a second
+    // connection there is no early hold, and windows are held a little later.
+    void start(std::uint32_t ownProcess);
 
     struct Held {
         bool hasEmptyShape = false;
@@ -59,7 +59,7 @@ private:
     xcb_window_t m_root = XCB_WINDOW_NONE;
     xcb_atom_t m_opacity = XCB_ATOM_NONE;
     xcb_atom_t m_compositor = XCB_ATOM_NONE;
-    std::optional<std::uint32_t> m_ownProcess;
+    std::uint32_t m_ownProcess = 0;
     bool m_hasShapes = false;
     int m_stop = -1;
     std::mutex m_mutex;

@@ -6,15 +6,8 @@
 #include <algorithm>
 #include <cmath>
 #include <utility>
-#include <xcb/shape.h>
 
 namespace backends {
-
-namespace {
-
-constexpr std::uint32_t opaque = 0xFFFFFFFF;
-
-} // namespace
 
 void WindowAlpha::setValue(double alpha)
 {
@@ -54,12 +47,7 @@ void WindowAlpha::writeOpacity(double alpha)
     if (std::exchange(m_writtenOpacity, opacity) == opacity)
         return;
     auto& connection = m_context.connection;
-    auto const property = connection.atom(AtomName::NET_WM_WINDOW_OPACITY);
-    if (opacity == opaque)
-        xcb_delete_property(connection.wire(), m_window, property);
-    else
-        xcb_change_property(
-            connection.wire(), XCB_PROP_MODE_REPLACE, m_window, property, XCB_ATOM_CARDINAL, 32, 1, &opacity);
+    backends::writeOpacity(connection.wire(), m_window, connection.atom(AtomName::NET_WM_WINDOW_OPACITY), opacity);
 }
 
 void WindowAlpha::writeShape(bool isEmpty)
@@ -67,12 +55,7 @@ void WindowAlpha::writeShape(bool isEmpty)
     auto& connection = m_context.connection;
     if (!connection.shape().isPresent || std::exchange(m_hasEmptyShape, isEmpty) == isEmpty)
         return;
-    if (isEmpty) {
-        xcb_shape_rectangles(connection.wire(), XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, XCB_CLIP_ORDERING_UNSORTED,
-            m_window, 0, 0, 0, nullptr);
-        return;
-    }
-    xcb_shape_mask(connection.wire(), XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, m_window, 0, 0, XCB_PIXMAP_NONE);
+    backends::writeShape(connection.wire(), m_window, isEmpty);
 }
 
 } // namespace backends

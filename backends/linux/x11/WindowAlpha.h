@@ -1,5 +1,6 @@
 #pragma once
 
+#include "backends/linux/x11/Unseen.h"
 #include "backends/linux/x11/X11Context.h"
 
 #include <cstdint>
@@ -38,7 +39,7 @@ private:
     xcb_window_t m_window;
     double m_value = 1;
     bool m_isHeld = false;
-    std::uint32_t m_writtenOpacity = 0xFFFFFFFF;
+    std::uint32_t m_writtenOpacity = opaque;
     bool m_hasEmptyShape = false;
 };
 

@@ -35,7 +35,7 @@ void WindowFinder::start()
     m_connection.ask<xcb_res_query_client_ids_reply_t>(
         askProcess(m_connection, everyClient).sequence, [this](auto const* answer) {
             if (hasOtherClient(answer))
-                m_observer.foundClient();
+                m_observer.foundClient(*m_ownProcess);
         });
 }
 
@@ -104,7 +104,7 @@ void WindowFinder::ask(xcb_window_t window, Origin origin)
         askProcess(m_connection, window).sequence, [this, window, origin](auto const* reply) {
             if (processIn(reply) != m_ownProcess || m_observer.isKnownWindow(window))
                 return;
-            m_observer.foundClient();
+            m_observer.foundClient(*m_ownProcess);
             m_observer.found(window, origin);
         });
 }

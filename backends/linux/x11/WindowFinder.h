@@ -17,9 +17,9 @@ public:
     enum class Origin { Made, Existing };
     struct Observer {
         std::function<void(xcb_window_t, Origin)> found;
-        // This process has a client of the server beside us, which may make windows. Told at the start, else with the
-        // first window that is found; more than once.
-        std::function<void()> foundClient;
+        // This process, by the server's number for it, has a client beside us, which may make windows. Told at the
+        // start, else with the first window that is found; more than once.
+        std::function<void(std::uint32_t process)> foundClient;
         // Whether a window of the same connection is known already; it spares the question.
         std::function<bool(std::uint32_t clientBase)> isKnownClient;
         std::function<bool(xcb_window_t)> isKnownWindow;

@@ -46,7 +46,7 @@ X11World::X11World(std::unique_ptr<Connection> connection, platform::NSApplicati
                           = origin == WindowFinder::Origin::Made ? X11Window::Found::New : X11Window::Found::Existing;
                       insert(X11Window::create(m_context, xid, found, observeWindow()));
                   },
-              .foundClient = [this] { m_earlyHold.start(); },
+              .foundClient = [this](auto process) { m_earlyHold.start(process); },
               .isKnownClient =
                   [this](auto base) {
                       return std::any_of(m_windows.begin(), m_windows.end(),
