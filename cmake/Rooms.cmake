@@ -7,8 +7,6 @@ function(paneweld_warnings target)
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
         # GCC 12 sees overlapping copies in std::string's operator+ when it optimises (GCC bug 105651).
         target_compile_options(${target} PRIVATE -Wno-restrict)
-        # And at -O3 impossible lengths where vectors of bytes are compared.
-        target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-Wno-stringop-overread>)
     endif()
     if(PANEWELD_WERROR)
         target_compile_options(${target} PRIVATE -Werror)
