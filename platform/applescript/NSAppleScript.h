@@ -2,7 +2,7 @@
 
 #include "platform/applescript/NSAppleEventDescriptor.h"
 #include "platform/foundation/URL.h"
-#include "platform/foundation/Value.h"
+#include "platform/foundation/Dictionary.h"
 
 #include <memory>
 #include <optional>

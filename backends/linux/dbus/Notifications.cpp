@@ -1,5 +1,7 @@
 #include "backends/linux/dbus/Notifications.h"
 
+#include "platform/foundation/Dictionary.h"
+
 #include <cstdint>
 #include <utility>
 
