@@ -117,7 +117,7 @@ protected:
         }
         return lines;
     }
-    bool isAsked() { return !m_answers.empty() || !desktop.open().empty(); }
+    bool isAsked() { return !m_answers.empty() || !desktop.open().empty() || !desktop.isHeard(); }
     void pressRestart() { desktop.press("restart"); }
     bool isAskedToEnd() const { return m_isAskedToEnd; }
     std::string installed() { return app->start(); }

@@ -81,6 +81,18 @@ protected:
         return isThere;
     }
 
+    // The user presses an action of the notice, or closes it without a word, and the updater has heard of it.
+    void press(std::string const& action)
+    {
+        desktop.press(action);
+        pumpUntil([&] { return desktop.isHeard(); });
+    }
+    void dismiss()
+    {
+        desktop.dismiss();
+        pumpUntil([&] { return desktop.isHeard(); });
+    }
+
     static std::string feed(std::vector<backends::UpdateItem> const& items, std::string const& more = {})
     {
         std::string text
@@ -110,7 +122,7 @@ protected:
     {
         controller->checkForUpdates();
         ASSERT_TRUE(waitFor(offerOf(version)));
-        desktop.press("install");
+        press("install");
         ASSERT_TRUE(waitFor(installedNotice(version)));
     }
 
