@@ -163,8 +163,10 @@ std::optional<NSError> LinuxUpdates::whyTooOld(UpdateSettings const& settings, U
 void LinuxUpdates::fetchFeed(UpdateSettings const& settings, FeedAnswer answered)
 {
     *m_isCancelled = false;
+    auto wishes = settings;
+    wishes.languages = m_around.languages;
     elsewhere(
-        [settings, agent = userAgent(), isCancelled = m_isCancelled] {
+        [settings = std::move(wishes), agent = userAgent(), isCancelled = m_isCancelled] {
             Download download;
             download.userAgent = agent;
             download.isCancelled = isCancelled.get();

@@ -14,6 +14,8 @@ constexpr auto cancel = "cancel";
 constexpr auto allow = "allow";
 constexpr auto refuse = "refuse";
 constexpr auto restart = "restart";
+// A press on the notice itself.
+constexpr auto readNotes = "default";
 
 void replace(std::string& text, std::string_view mark, std::string const& value)
 {
@@ -63,8 +65,12 @@ void UpdateNotices::offer(Notifications::Notice notice, std::function<void(Choic
     notice.actions.emplace_back(skip, text("Skip This Version"));
     notice.isLasting = true;
     show(std::move(notice), [answered = std::move(answered)](std::string const& action) {
-        auto const choice = action == skip ? Choice::Skip : Choice::Later;
-        answered(action == install ? Choice::Install : choice);
+        if (action == install)
+            answered(Choice::Install);
+        else if (action == skip)
+            answered(Choice::Skip);
+        else
+            answered(action == readNotes ? Choice::ReadNotes : Choice::Later);
     });
 }
 
@@ -77,6 +83,11 @@ void UpdateNotices::showUpdate(
         notice.body = text("It cannot be installed: %1$@", problem->localizedDescription);
     else
         notice.actions.emplace_back(install, text("Install Update"));
+    // Not a button more: some desktops show three.
+    if (!problem && !item.releaseNotesURL.empty()) {
+        notice.body = text("Press here to read what is new.");
+        notice.actions.emplace_back(readNotes, text("Release Notes"));
+    }
     if (problem && !item.link.empty())
         notice.actions.emplace_back(install, text("Learn More"));
     offer(std::move(notice), std::move(answered));

@@ -85,6 +85,7 @@ UpdateSettings UpdateSettings::from(std::function<std::optional<Value>(std::stri
         settings.checkInterval = std::max(settings.checkInterval, shortestInterval);
     settings.updatesAutomatically = truthFrom(value("SUAutomaticallyUpdate")).value_or(false)
         && truthFrom(value("SUAllowsAutomaticUpdates")).value_or(true);
+    settings.showsReleaseNotes = truthFrom(value("SUShowReleaseNotes")).value_or(true);
     auto const channels = textsFrom(value("SUAllowedChannels"));
     settings.channels = { channels.begin(), channels.end() };
     return settings;

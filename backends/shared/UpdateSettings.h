@@ -25,6 +25,9 @@ struct UpdateSettings {
     double checkInterval = 0; // SUScheduledCheckInterval: seconds; 0 for never
     // SUAutomaticallyUpdate, where SUAllowsAutomaticUpdates does not forbid it.
     bool updatesAutomatically = false;
+    bool showsReleaseNotes = true; // SUShowReleaseNotes
+    // The user's languages, best first: a feed may say the same in several. Not of the Info.
+    std::vector<std::string> languages {};
     // SUAllowedChannels, beside the one that everybody gets.
     std::set<std::string> channels {};
 

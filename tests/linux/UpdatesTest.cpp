@@ -1,8 +1,11 @@
+#include "backends/linux/host/FileSystem.h"
 #include "tests/linux/UpdatesFixture.h"
 
 #include <array>
+#include <cstdlib>
 #include <ctime>
 #include <filesystem>
+#include <fstream>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -28,7 +31,7 @@ protected:
     {
         controller->checkForUpdates();
         ASSERT_TRUE(waitFor(offerOf(version)));
-        desktop.press("install");
+        press("install");
     }
 };
 
@@ -46,7 +49,7 @@ TEST_F(UpdatesTest, ANewVersionTakesThePlaceOfTheOldOne)
     EXPECT_TRUE(canCheck());
     // Nothing is fetched that nobody has agreed to.
     EXPECT_EQ(server.requests(), (std::vector<std::string> { "/feed" }));
-    desktop.press("install");
+    press("install");
     ASSERT_TRUE(waitFor(installedNotice("2.0")));
     EXPECT_EQ(app->start(), "2.0");
     EXPECT_TRUE(app->leftovers().empty());
@@ -137,7 +140,7 @@ TEST_F(UpdatesTest, ADownloadIsCancelledFromItsNotice)
     ASSERT_TRUE(waitFor("Downloading Ideas 2.0|0 %|cancel=Cancel"));
     EXPECT_TRUE(canCheck());
     pumpUntil([&] { return server.requests().size() == 2; });
-    desktop.press("cancel");
+    press("cancel");
     pumpUntil([&] { return desktop.open().empty() && app->leftovers().empty(); });
     EXPECT_EQ(app->start(), "1.0");
     startInstalled();
@@ -190,8 +193,7 @@ TEST_F(UpdatesTest, ASignedFeedIsDemandedAndNeverOlderThanTheLast)
     server.set("/feed", { .body = dated({ item }, dateAgo(day)) });
     controller->checkForUpdates();
     ASSERT_TRUE(waitFor(offerOf("2.0")));
-    desktop.press("later");
-    pumpUntil([&] { return desktop.open().empty(); });
+    press("later");
     // An old one, replayed to hide the update.
     server.set("/feed", { .body = dated({}, dateAgo(2 * day)) });
     startInstalled();
@@ -222,11 +224,69 @@ TEST_F(UpdatesTest, TheUserDecidesAboutChecksAtTheSecondStart)
     ASSERT_TRUE(waitFor("Check for updates automatically?|Should Ideas look for new versions from time to time?|"
                         "allow=Check Automatically,refuse=Don’t Check"));
     EXPECT_TRUE(server.requests().empty());
-    desktop.press("allow");
+    press("allow");
     pumpUntil([&] { return server.requests().size() == 1; });
     startInstalled();
     controller->checkForUpdates();
     EXPECT_TRUE(waitFor("You’re up to date|There is no newer version of Ideas.|"));
+}
+
+TEST_F(UpdatesTest, WhatTheUserHasChosenGoesBeforeTheInfo)
+{
+    start("1.0", { key.publicKey() }, "SUEnableAutomaticChecks = NO;");
+    server.set("/feed", { .body = feed({}) });
+    std::filesystem::create_directories(app->scratch() + "/config/org.example.Ideas");
+    std::ofstream(app->scratch() + "/config/org.example.Ideas/updates.json")
+        << R"({ "SUEnableAutomaticChecks": "YES" })";
+    EXPECT_TRUE(server.requests().empty());
+    startInstalled();
+    pumpUntil([&] { return server.requests().size() == 1; });
+}
+
+TEST_F(UpdatesTest, WhatIsForANewerSystemIsNotOffered)
+{
+    start("1.0", { key.publicKey() });
+    auto const item = release("2.0", key, {});
+    auto text = feed({ item });
+    auto const demand = [&](std::string const& version) {
+        auto changed = text;
+        changed.insert(changed.find("<enclosure"), "<s:minimumSystemVersion>" + version + "</s:minimumSystemVersion>");
+        server.set("/feed", { .body = changed });
+    };
+    demand("999.0");
+    controller->checkForUpdates();
+    EXPECT_TRUE(waitFor("You’re up to date|There is no newer version of Ideas.|"));
+    demand("2.6");
+    controller->checkForUpdates();
+    EXPECT_TRUE(waitFor(offerOf("2.0")));
+}
+
+TEST_F(UpdatesTest, APressOnTheOfferShowsItsReleaseNotesAndLeavesTheDecision)
+{
+    // The user's browser.
+    platform::TemporaryFolder programs;
+    auto const browser = programs.write("gio", "#!/bin/sh\nprintf '%s' \"$2\" > '" + programs.path() + "/page'\n");
+    chmod(browser.c_str(), 0755);
+    setenv("PATH", (programs.path() + ":" + std::getenv("PATH")).c_str(), 1);
+    setenv("LANGUAGE", "de", 1);
+    setenv("LANG", "de_DE.UTF-8", 1);
+    start("1.0", { key.publicKey() });
+    auto text = feed({ release("2.0", key, {}) });
+    text.insert(text.find("<enclosure"),
+        "<s:releaseNotesLink xml:lang=\"en\">https://example.org/en</s:releaseNotesLink>"
+        "<s:releaseNotesLink xml:lang=\"de\">https://example.org/de</s:releaseNotesLink>");
+    server.set("/feed", { .body = text });
+    auto const offer = "Ideas 2.0 is available|Press here to read what is new.|install=Install Update,"
+                       "default=Release Notes,later=Later,skip=Skip This Version";
+    controller->checkForUpdates();
+    ASSERT_TRUE(waitFor(offer));
+    press("default");
+    ASSERT_TRUE(waitFor(offer));
+    pumpUntil([&] { return backends::readFile(programs.path() + "/page").hasValue(); });
+    pumpUntil([&] { return backends::readFile(programs.path() + "/page").value() == "https://example.org/de"; });
+    EXPECT_EQ(desktop.shown().size(), 2u);
+    press("install");
+    ASSERT_TRUE(waitFor(installedNotice("2.0")));
 }
 
 TEST_F(UpdatesTest, AnOfferThatWasSkippedOrClosedIsOverUntilItIsAskedFor)
@@ -238,13 +298,11 @@ TEST_F(UpdatesTest, AnOfferThatWasSkippedOrClosedIsOverUntilItIsAskedFor)
     // Asked again, it is shown again.
     controller->checkForUpdates();
     pumpUntil([&] { return desktop.shown().size() == 2; });
-    desktop.dismiss();
-    pumpUntil([&] { return desktop.open().empty(); });
+    dismiss();
     controller->checkForUpdates();
     pumpUntil([&] { return desktop.shown().size() >= 3; });
     ASSERT_TRUE(waitFor(offerOf("2.0")));
-    desktop.press("skip");
-    pumpUntil([&] { return desktop.open().empty(); });
+    press("skip");
     EXPECT_EQ(app->start(), "1.0");
 }
 

@@ -41,6 +41,42 @@ TEST_F(UpdateControllerTest, LogsEachRequestAndChecksOnce)
     EXPECT_EQ(ledger().back(), "update shown none");
 }
 
+TEST_F(UpdateControllerTest, EachWishReachesTheUpdaterBeforeItIsLogged)
+{
+    world.files().addFile("/opt/ideas/Info.plist", "{ CFBundleIdentifier = a; }");
+    world.bundles().setMainBundle("/opt/ideas");
+    controller = paneweld::UpdateController::create(world);
+    controller->startUpdater();
+    controller->checkForUpdates();
+    Lines all;
+    for (auto const& record : world.logRecords())
+        all.push_back(record.message);
+    EXPECT_EQ(all,
+        (Lines { "the updater does not start: the app has no version", "sparkle updater started",
+            "no check for updates: the updater is not started", "check for updates" }));
+}
+
+TEST_F(UpdateControllerTest, ItsUpdaterIsMadeUnstartedAndWithoutADelegate)
+{
+    struct Noted : backends::MemoryPlatform {
+        std::unique_ptr<platform::SPUStandardUpdaterController> makeStandardUpdaterController(
+            platform::StartingUpdater starting, std::weak_ptr<platform::SPUUpdaterDelegate> delegate) override
+        {
+            // Never given, which is less than gone.
+            std::weak_ptr<platform::SPUUpdaterDelegate> const none;
+            isBare = starting == platform::StartingUpdater::No && !delegate.owner_before(none)
+                && !none.owner_before(delegate);
+            ++count;
+            return backends::MemoryPlatform::makeStandardUpdaterController(starting, std::move(delegate));
+        }
+        bool isBare = false;
+        int count = 0;
+    } noted;
+    auto const made = paneweld::UpdateController::create(noted);
+    EXPECT_EQ(noted.count, 1);
+    EXPECT_TRUE(noted.isBare);
+}
+
 TEST_F(UpdateControllerTest, BeforeTheStartARequestIsOnlyLogged)
 {
     setApp();
@@ -234,6 +270,35 @@ TEST_F(UpdateControllerTest, InformationLeadsToItsPage)
     EXPECT_EQ(ledger(),
         (Lines {
             "update feed https://example.org/feed", "update shown information 2.0", "open https://example.org/news" }));
+}
+
+TEST_F(UpdateControllerTest, WhoReadsWhatIsNewDecidesThen)
+{
+    setApp();
+    start();
+    offer("2.0", [](UpdateItem& item) { item.releaseNotesURL = "https://example.org/notes"; });
+    world.updates().answerNextUpdate(Choice::ReadNotes);
+    world.updates().answerNextUpdate(Choice::ReadNotes);
+    world.updates().answerNextUpdate(Choice::Later);
+    check();
+    EXPECT_EQ(ledger(),
+        (Lines { "update feed https://example.org/feed", "update shown offer 2.0 with notes",
+            "open https://example.org/notes", "update shown offer 2.0 with notes", "open https://example.org/notes",
+            "update shown offer 2.0 with notes" }));
+    world.updates().answerNextUpdate(Choice::ReadNotes);
+    world.updates().answerNextUpdate(Choice::Install);
+    check();
+    EXPECT_EQ(ledger().back(), "update shown installed 2.0");
+}
+
+TEST_F(UpdateControllerTest, AnAppMayKeepItsReleaseNotesToItself)
+{
+    setApp("SUEnableAutomaticChecks = NO; SUShowReleaseNotes = NO;");
+    start();
+    offer("2.0", [](UpdateItem& item) { item.releaseNotesURL = "https://example.org/notes"; });
+    world.updates().answerNextUpdate(Choice::Later);
+    check();
+    EXPECT_EQ(ledger().back(), "update shown offer 2.0");
 }
 
 TEST_F(UpdateControllerTest, WithoutAKeyNothingIsLookedFor)

@@ -235,6 +235,9 @@ TEST(UpdateSettings, AreReadFromTheTextsOfAnInfo)
     EXPECT_TRUE(read().publicKeys.empty());
     info["SUScheduledCheckInterval"] = "soon";
     EXPECT_EQ(read().checkInterval, 86400);
+    EXPECT_TRUE(read().showsReleaseNotes);
+    info["SUShowReleaseNotes"] = "NO";
+    EXPECT_FALSE(read().showsReleaseNotes);
 }
 
 TEST(Appcast, ReadsAllThatAFeedMaySay)
@@ -281,6 +284,60 @@ TEST(Appcast, ReadsAllThatAFeedMaySay)
     expected.date = 946681199;
     expected.rolloutInterval = 3600;
     EXPECT_EQ(feed.value().items[0], expected);
+}
+
+TEST(Appcast, SpeaksTheUsersLanguageWhereItCan)
+{
+    auto const notes = [](std::string const& language, std::string const& page) {
+        auto made = element(std::string(sparkle) + "releaseNotesLink", "https://h/" + page);
+        if (!language.empty())
+            made.attributes["http://www.w3.org/XML/1998/namespace lang"] = language;
+        return made;
+    };
+    auto const chosen = [](XMLElement const& item, std::vector<std::string> const& languages) {
+        return backends::updateFeedFrom(documentOf({ item }), languages).value().items.at(0).releaseNotesURL;
+    };
+    auto item = itemOf({ { "version", "1" }, { "url", "https://h/a" } });
+    EXPECT_EQ(chosen(item, { "de" }), "");
+    for (auto const& [language, page] : { std::pair { "fr", "fr" }, { "", "any" }, { "de", "de" } })
+        item.children.push_back(notes(language, page));
+    EXPECT_EQ(chosen(item, { "de-AT", "fr" }), "https://h/de");
+    EXPECT_EQ(chosen(item, { "it", "fr-BE" }), "https://h/fr");
+    EXPECT_EQ(chosen(item, { "it" }), "https://h/any");
+    EXPECT_EQ(chosen(item, {}), "https://h/any");
+    std::erase_if(item.children, [](XMLElement const& child) { return child.text == "https://h/any"; });
+    EXPECT_EQ(chosen(item, { "it" }), "https://h/fr");
+}
+
+TEST(Appcast, SendsNobodyToAPageThatIsNotOnTheWeb)
+{
+    auto item = itemOf({ { "version", "1" }, { "url", "https://h/a" } });
+    item.children.push_back(element(std::string(sparkle) + "releaseNotesLink", "file:///etc/passwd"));
+    EXPECT_EQ(backends::updateFeedFrom(documentOf({ item })).value().items.at(0).releaseNotesURL, "");
+    item.children.push_back(element(std::string(sparkle) + "fullReleaseNotesLink", "https://h/all"));
+    EXPECT_EQ(backends::updateFeedFrom(documentOf({ item })).value().items.at(0).releaseNotesURL, "https://h/all");
+}
+
+TEST(Appcast, KnowsUrgencyFromTagsAndLengthsThatNobodyCounted)
+{
+    auto item = itemOf({ { "version", "1" }, { "url", "https://h/a" } });
+    item.children.back().attributes["length"] = "0";
+    auto const read = [&] { return backends::updateFeedFrom(documentOf({ item })).value().items.at(0); };
+    EXPECT_FALSE(read().isCritical);
+    EXPECT_FALSE(read().length);
+    item.children.push_back(
+        { std::string(sparkle) + "tags", {}, {}, { element(std::string(sparkle) + "criticalUpdate", "") } });
+    EXPECT_TRUE(read().isCritical);
+    EXPECT_TRUE(isCriticalFor(read(), "0.5"));
+}
+
+TEST(Appcast, WithNothingToDownloadThereIsThePageToRead)
+{
+    auto item = itemOf({ { "version", "2" } });
+    item.children.push_back(element("link", "https://h/news"));
+    auto const read = backends::updateFeedFrom(documentOf({ item })).value().items.at(0);
+    EXPECT_TRUE(isInformationalFor(read, "1"));
+    EXPECT_EQ(read.link, "https://h/news");
 }
 
 TEST(Appcast, OneBadItemFailsTheFeed)
