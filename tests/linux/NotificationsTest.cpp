@@ -119,6 +119,7 @@ TEST_F(HastyNotificationsTest, ALastingNoticeIsClosedWhenNobodyShowsItAgain)
     desktop.leave();
     EXPECT_TRUE(pumpUntil([&] { return !answers.empty(); }));
     EXPECT_EQ(answers, Lines { "offer: " });
+    EXPECT_EQ(records.messages.size(), 1u);
     expectNothingShownAgain();
 }
 

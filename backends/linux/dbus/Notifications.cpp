@@ -167,7 +167,8 @@ void Notifications::handleServerChange(std::string const& before, std::string co
         }
         m_wait = m_loop.after(m_patience, [this] {
             m_wait = {};
-            answer({});
+            // The bus may know a program to start. Nobody is the answer of one that knows none.
+            send();
         });
     }
     if (m_wait && !after.empty()) {

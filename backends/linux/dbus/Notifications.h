@@ -35,7 +35,7 @@ public:
     static constexpr platform::Seconds usualPatience { 60 };
 
     // The identifier is that of the desktop entry, for its icon. When the program that shows a lasting notice ends, and
-    // no other comes with so much patience, the notice counts as closed.
+    // no other comes with so much patience, the bus is asked to start one; where it cannot the notice counts as closed.
     Notifications(EventLoop& loop, std::string busAddress, std::string appName, std::string appIdentifier,
         platform::OSLog log, platform::Seconds patience = usualPatience);
 
