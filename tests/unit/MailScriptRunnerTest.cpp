@@ -5,6 +5,7 @@
 
 #include <limits>
 #include <random>
+#include <thread>
 
 using namespace paneweld;
 using platform::NSAppleEventDescriptor;
@@ -207,6 +208,23 @@ TEST_F(MailRunner, TenThousandTextsReachTheHandlerUnchangedAndInOrder)
     call("h", { sent.begin(), sent.end() });
     world.settle();
     EXPECT_EQ(heard, sent);
+}
+
+TEST_F(MailRunner, MayBeCalledFromAnyThread)
+{
+    handle("h", [](auto const&) { return text("x"); });
+    constexpr int callsEach = 25;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&] {
+            for (int count = 0; count < callsEach; ++count)
+                call("h");
+        });
+    }
+    for (auto& thread : threads)
+        thread.join();
+    world.advance(Seconds { 0.25 } * (4 * callsEach));
+    EXPECT_EQ(answers, std::vector<std::string>(4 * callsEach, "h: x"));
 }
 
 TEST_F(MailRunner, AFailedLoadIsTriedAgainWithTheNextCall)
