@@ -14,7 +14,7 @@ constexpr auto cancel = "cancel";
 constexpr auto allow = "allow";
 constexpr auto refuse = "refuse";
 constexpr auto restart = "restart";
-// A press on the notice itself.
+// A press on the notice itself; some desktops draw a button for it.
 constexpr auto readNotes = "default";
 
 void replace(std::string& text, std::string_view mark, std::string const& value)
@@ -59,10 +59,13 @@ void UpdateNotices::showPermissionRequest(std::function<void(std::optional<bool>
     });
 }
 
-void UpdateNotices::offer(Notifications::Notice notice, std::function<void(Choice)> answered)
+void UpdateNotices::offer(Notifications::Notice notice, UpdateItem const& item, std::function<void(Choice)> answered)
 {
     notice.actions.emplace_back(later, text("Later"));
     notice.actions.emplace_back(skip, text("Skip This Version"));
+    // Last, for a desktop that has place for three buttons.
+    if (!item.releaseNotesURL.empty())
+        notice.actions.emplace_back(readNotes, text("Release Notes"));
     notice.isLasting = true;
     show(std::move(notice), [answered = std::move(answered)](std::string const& action) {
         if (action == install)
@@ -83,14 +86,9 @@ void UpdateNotices::showUpdate(
         notice.body = text("It cannot be installed: %1$@", problem->localizedDescription);
     else
         notice.actions.emplace_back(install, text("Install Update"));
-    // Not a button more: some desktops show three.
-    if (!problem && !item.releaseNotesURL.empty()) {
-        notice.body = text("Press here to read what is new.");
-        notice.actions.emplace_back(readNotes, text("Release Notes"));
-    }
     if (problem && !item.link.empty())
         notice.actions.emplace_back(install, text("Learn More"));
-    offer(std::move(notice), std::move(answered));
+    offer(std::move(notice), item, std::move(answered));
 }
 
 void UpdateNotices::showInformation(UpdateItem const& item, std::function<void(Choice)> answered)
@@ -99,7 +97,7 @@ void UpdateNotices::showInformation(UpdateItem const& item, std::function<void(C
     notice.title = text("%1$@ %2$@ is available", m_appName, item.displayVersion);
     if (!item.link.empty())
         notice.actions.emplace_back(install, text("Learn More"));
-    offer(std::move(notice), std::move(answered));
+    offer(std::move(notice), {}, std::move(answered));
 }
 
 void UpdateNotices::showProgress(UpdateItem const& item, double fraction, std::function<void()> cancelled)

@@ -276,8 +276,7 @@ TEST_F(UpdatesTest, APressOnTheOfferShowsItsReleaseNotesAndLeavesTheDecision)
         "<s:releaseNotesLink xml:lang=\"en\">https://example.org/en</s:releaseNotesLink>"
         "<s:releaseNotesLink xml:lang=\"de\">https://example.org/de</s:releaseNotesLink>");
     server.set("/feed", { .body = text });
-    auto const offer = "Ideas 2.0 is available|Press here to read what is new.|install=Install Update,"
-                       "default=Release Notes,later=Later,skip=Skip This Version";
+    auto const offer = offerOf("2.0") + ",default=Release Notes";
     controller->checkForUpdates();
     ASSERT_TRUE(waitFor(offer));
     press("default");
