@@ -15,6 +15,7 @@
 #include <gtest/gtest.h>
 #include <optional>
 #include <systemd/sd-bus.h>
+#include <utility>
 
 namespace paneweld_tests {
 
@@ -74,6 +75,15 @@ protected:
         return isThere ? std::optional(static_cast<xcb_window_t>(std::strtoul(line.data(), nullptr, 10)))
                        : std::nullopt;
     }
+    // Drawn, and of the size that it stays.
+    bool isShown()
+    {
+        constexpr int coloursOfLetters = 20;
+        auto const shown = window();
+        auto const place = shown ? toolkit.geometry(*shown) : Geometry {};
+        bool const isSame = place.width > 0 && place == std::exchange(m_place, place);
+        return isSame && Screenshot(toolkit, place).colours() > coloursOfLetters;
+    }
     // The row of buttons is at the bottom; a negative place counts from its right end. What comes before the notice
     // listens is lost, and a person does it again.
     void pressUntilAnswered(int x)
@@ -82,10 +92,9 @@ protected:
         constexpr int fromBottom = 30;
         int looks = 0;
         EXPECT_TRUE(pumpUntil([&] {
-            auto const shown = answers.empty() && looks++ % looksBetweenPresses == 0 ? window() : std::nullopt;
-            if (shown) {
-                auto const place = toolkit.geometry(*shown);
-                toolkit.movePointer(place.x + x + (x < 0 ? place.width : 0), place.y + place.height - fromBottom);
+            if (answers.empty() && isShown() && looks++ % looksBetweenPresses == 0) {
+                toolkit.movePointer(
+                    m_place.x + x + (x < 0 ? m_place.width : 0), m_place.y + m_place.height - fromBottom);
                 toolkit.button(1, true);
                 toolkit.button(1, false);
             }
@@ -116,6 +125,9 @@ protected:
     NoLog log;
     Lines answers;
     std::optional<Notifications> notifications;
+
+private:
+    Geometry m_place {};
 };
 
 } // namespace
@@ -123,7 +135,7 @@ protected:
 TEST_F(RealNotices, AnActionIsPressed)
 {
     show();
-    ASSERT_TRUE(pumpUntil([&] { return window().has_value(); }));
+    ASSERT_TRUE(pumpUntil([&] { return isShown(); }));
     Screenshot(toolkit).keep("notice");
     pressUntilAnswered(60);
     EXPECT_EQ(answers, Lines { "install" });
@@ -132,7 +144,7 @@ TEST_F(RealNotices, AnActionIsPressed)
 TEST_F(RealNotices, AllActionsAreThere)
 {
     show();
-    ASSERT_TRUE(pumpUntil([&] { return window().has_value(); }));
+    ASSERT_TRUE(pumpUntil([&] { return isShown(); }));
     // The desktop of this test draws a button for the default action too.
     pressUntilAnswered(-60);
     EXPECT_EQ(answers, Lines { "default" });
@@ -141,13 +153,13 @@ TEST_F(RealNotices, AllActionsAreThere)
 TEST_F(RealNotices, ALastingOneComesBackWhenItsProgramHasDied)
 {
     show();
-    ASSERT_TRUE(pumpUntil([&] { return window().has_value(); }));
+    ASSERT_TRUE(pumpUntil([&] { return isShown(); }));
     auto const first = server();
     ASSERT_GT(first, 0);
     ASSERT_EQ(kill(first, SIGKILL), 0);
     ASSERT_TRUE(pumpUntil([&] {
         auto const now = server();
-        return now != 0 && now != first && window();
+        return now != 0 && now != first && isShown();
     }));
     EXPECT_EQ(answers, Lines {});
     pressUntilAnswered(60);
