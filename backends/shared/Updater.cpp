@@ -9,12 +9,6 @@ using platform::NSError;
 using platform::Seconds;
 using Choice = UpdateUserDriver::Choice;
 
-namespace {
-
-constexpr Seconds delayOfStartAlert { 4 };
-
-} // namespace
-
 template<typename Function>
 auto Updater::inThisSession(Function function)
 {
@@ -54,6 +48,7 @@ void Updater::start()
 {
     if (m_state != State::Stopped)
         return;
+    constexpr Seconds delayOfStartAlert { 4 };
     auto const app = settings();
     if (app.bundleIdentifier.empty() || app.hostVersion.empty()) {
         NSError const error { "Updates", 1000,
@@ -200,7 +195,6 @@ void Updater::showOffer(UpdateItem const& item, std::optional<NSError> const& pr
             self.handleChoice(item, choice, !problem);
             return;
         }
-        // Who has read decides then.
         self.m_world.openPage(item.releaseNotesURL);
         self.showOffer(item, problem);
     }));
