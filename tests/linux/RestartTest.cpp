@@ -16,6 +16,9 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 
+// Like every test of the finished bundle, not under sanitizers: it is loaded into a program of its own.
+#ifndef PANEWELD_TEST_SANITIZED
+
 namespace paneweld_tests {
 
 namespace {
@@ -161,3 +164,5 @@ TEST_F(Restart, AnAppInOneFileGoesOnAsItsNewVersion)
 }
 
 } // namespace paneweld_tests
+
+#endif
