@@ -7,8 +7,10 @@
 #include "tests/linux/SessionBus.h"
 #include "tests/linux/WebServer.h"
 
+#include <array>
 #include <csignal>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <sstream>
@@ -66,11 +68,17 @@ protected:
     {
         auto const item = ReleasedApp::item("2.0", archive, key);
         server.set("/archive", { .body = archive });
-        server.set("/feed",
-            { .body = "<rss xmlns:s=\"http://www.andymatuschak.org/xml-namespaces/sparkle\"><channel><item>"
-                      "<s:version>2.0</s:version><enclosure url=\""
-                    + server.url("/archive") + "\" length=\"" + std::to_string(*item.length) + "\" s:edSignature=\""
-                    + item.signature + "\"/></item></channel></rss>\n" });
+        std::array<char, 64> date {};
+        auto const now = std::time(nullptr);
+        std::tm parts {};
+        gmtime_r(&now, &parts);
+        std::strftime(date.data(), date.size(), "%a, %d %b %Y %H:%M:%S GMT", &parts);
+        auto const feed
+            = "<rss xmlns:s=\"http://www.andymatuschak.org/xml-namespaces/sparkle\"><channel><lastBuildDate>"
+            + std::string(date.data()) + "</lastBuildDate><item><s:version>2.0</s:version><enclosure url=\""
+            + server.url("/archive") + "\" length=\"" + std::to_string(*item.length) + "\" s:edSignature=\""
+            + item.signature + "\"/></item></channel></rss>\n";
+        server.set("/feed", { .body = key.signedFeed(feed) });
     }
     Lines lines() const
     {

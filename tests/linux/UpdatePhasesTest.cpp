@@ -121,6 +121,29 @@ TEST_F(UpdatePhases, WithNobodyToShowItAnOfferIsOverAndTheNextCheckRuns)
     EXPECT_EQ(app->start(), "1.0");
 }
 
+TEST_F(UpdatePhases, AnOldImageCannotComeUnderANewNumber)
+{
+    isOneFile = true;
+    start("1.0", { key.publicKey() });
+    auto item = release("0.9", key, {});
+    // Rightly signed once. The number is that of whoever is in the middle.
+    item.version = "2.0";
+    server.set("/feed", { .body = feed({ item }, builtAgo(0)) });
+    controller->checkForUpdates();
+    EXPECT_TRUE(waitFor("Ideas could not be updated|the feed is refused: it is not signed|"));
+    EXPECT_EQ(server.requests(), (std::vector<std::string> { "/feed" }));
+    EXPECT_EQ(app->start(), "1.0");
+}
+
+TEST_F(UpdatePhases, AnAppInOneFileMayDoWithoutASignedFeedWhenItSaysSo)
+{
+    isOneFile = true;
+    start("1.0", { key.publicKey() }, "SUEnableAutomaticChecks = NO; SURequireSignedFeed = NO;");
+    server.set("/feed", { .body = feed({ release("2.0", key, {}) }) });
+    updateTo("2.0");
+    EXPECT_EQ(app->start(), "2.0");
+}
+
 TEST_F(UpdatePhases, AnOfferOutlivesTheDesktopThatShowsIt)
 {
     start("1.0", { key.publicKey() });

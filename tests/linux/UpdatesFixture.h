@@ -8,7 +8,11 @@
 #include "tests/linux/SessionBus.h"
 #include "tests/linux/WebServer.h"
 
+#include <array>
+#include <chrono>
+#include <cstdint>
 #include <cstdlib>
+#include <ctime>
 #include <functional>
 #include <gtest/gtest.h>
 #include <memory>
@@ -106,6 +110,23 @@ protected:
         return text + "</channel></rss>\n";
     }
 
+    static std::string builtAgo(std::int64_t seconds)
+    {
+        auto const time = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now()) - seconds;
+        std::array<char, 64> text {};
+        std::tm parts {};
+        gmtime_r(&time, &parts);
+        std::strftime(text.data(), text.size(), "%a, %d %b %Y %H:%M:%S GMT", &parts);
+        return "<lastBuildDate>" + std::string(text.data()) + "</lastBuildDate>";
+    }
+
+    // The feed from now on; signed, for an app in one file.
+    void publish(std::vector<backends::UpdateItem> const& items, SigningKey const& key)
+    {
+        auto const text = feed(items, builtAgo(0));
+        server.set("/feed", { .body = isOneFile ? key.signedFeed(text) : text });
+    }
+
     // On the server, as an archive and in the feed, alone.
     backends::UpdateItem release(std::string const& version, SigningKey const& key, std::string const& releaseInfo)
     {
@@ -113,7 +134,7 @@ protected:
         auto item = ReleasedApp::item(version, archive, key);
         item.url = server.url("/" + version + ".tar.gz");
         server.set("/" + version + ".tar.gz", { .body = archive });
-        server.set("/feed", { .body = feed({ item }) });
+        publish({ item }, key);
         return item;
     }
 

@@ -1,7 +1,5 @@
 #include "tests/linux/UpdatesFixture.h"
 
-#include <array>
-#include <ctime>
 #include <filesystem>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -167,16 +165,8 @@ TEST_F(UpdatesTest, ASignedFeedIsDemandedAndNeverOlderThanTheLast)
 {
     start("1.0", { key.publicKey() }, "SUEnableAutomaticChecks = NO; SURequireSignedFeed = YES;");
     auto const item = release("2.0", key, {});
-    auto const dated = [&](std::vector<UpdateItem> const& items, std::string const& date) {
-        return key.signedFeed(feed(items, "<lastBuildDate>" + date + "</lastBuildDate>"));
-    };
-    auto const dateAgo = [](std::int64_t seconds) {
-        auto const time = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now()) - seconds;
-        std::array<char, 64> text {};
-        std::tm parts {};
-        gmtime_r(&time, &parts);
-        std::strftime(text.data(), text.size(), "%a, %d %b %Y %H:%M:%S GMT", &parts);
-        return std::string(text.data());
+    auto const dated = [&](std::vector<UpdateItem> const& items, std::int64_t secondsAgo) {
+        return key.signedFeed(feed(items, builtAgo(secondsAgo)));
     };
     controller->checkForUpdates();
     expectError("the feed is refused: it is not signed");
@@ -184,15 +174,15 @@ TEST_F(UpdatesTest, ASignedFeedIsDemandedAndNeverOlderThanTheLast)
     controller->checkForUpdates();
     expectError("the feed is refused: it does not say when it was built");
     constexpr std::int64_t day = 86400;
-    server.set("/feed", { .body = dated({}, dateAgo(31 * day)) });
+    server.set("/feed", { .body = dated({}, 31 * day) });
     controller->checkForUpdates();
     expectError("the feed is refused: it is too old");
-    server.set("/feed", { .body = dated({ item }, dateAgo(day)) });
+    server.set("/feed", { .body = dated({ item }, day) });
     controller->checkForUpdates();
     ASSERT_TRUE(waitFor(offerOf("2.0")));
     press("later");
     // An old one, replayed to hide the update.
-    server.set("/feed", { .body = dated({}, dateAgo(2 * day)) });
+    server.set("/feed", { .body = dated({}, 2 * day) });
     startInstalled();
     controller->checkForUpdates();
     expectError("the feed is refused: a newer one was here before");
