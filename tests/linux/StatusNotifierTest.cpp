@@ -5,6 +5,10 @@
 #include "platform/appkit/NSImage.h"
 #include "tests/support/TemporaryFolder.h"
 
+#include <algorithm>
+#include <filesystem>
+#include <system_error>
+
 namespace paneweld_tests {
 
 using platform::StatusItemPlace;
@@ -247,6 +251,34 @@ TEST_F(StatusNotifierTest, NoBusASilentBusAndALostBusAreNowhere)
     menu->popUpMenuPositioningItem(nullptr, {}, *item->button());
     menu->itemArray()[0]->setTitle("Alone");
     loop->dispatch();
+}
+
+TEST_F(StatusNotifierTest, TheBusIsGreetedAtOnceAndOnlyAnItemKeepsIt)
+{
+    auto const sockets = [] {
+        auto const all = std::filesystem::directory_iterator("/proc/self/fd");
+        return std::count_if(begin(all), end(all), [](auto const& file) {
+            std::error_code gone;
+            return std::filesystem::read_symlink(file, gone).string().starts_with("socket:");
+        });
+    };
+    bus = std::make_unique<SessionBus>();
+    startWatcher();
+    auto const before = sockets();
+    makeBar(bus->address());
+    EXPECT_EQ(sockets(), before + 1);
+    item = makeItem();
+    EXPECT_EQ(sockets(), before + 1) << "the item has a connection of its own";
+    EXPECT_TRUE(waitFor(StatusItemPlace::Panel));
+    EXPECT_EQ(sockets(), before + 1);
+
+    // An app that makes no item before its loop begins.
+    item.reset();
+    bar.reset();
+    makeBar(bus->address());
+    EXPECT_TRUE(pumpUntil([&] { return sockets() == before; }));
+    item = makeItem();
+    EXPECT_TRUE(waitFor(StatusItemPlace::Panel));
 }
 
 TEST_F(StatusNotifierTest, TwoItemsHaveTwoNames)

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <deque>
+#include <sys/socket.h>
 #include <systemd/sd-bus.h>
 #include <systemd/sd-event.h>
 
@@ -143,9 +144,14 @@ platform::Result<std::unique_ptr<Bus>> Bus::connect(EventLoop& loop, std::string
 
 void Bus::hurry()
 {
-    // Each step of the greeting is one; the rest may wait.
-    for (int steps = 4; steps > 0 && sd_bus_process(m_bus, nullptr) > 0;)
-        --steps;
+    // Each part of the greeting is one; the rest may wait.
+    constexpr int mostSteps = 4;
+    int result = 1;
+    for (int i = 0; i < mostSteps && result > 0; ++i)
+        result = sd_bus_process(m_bus, nullptr);
+    // Only the loop can end a connection so that everybody hears of it, and it looks at a socket that has news.
+    if (result < 0)
+        shutdown(sd_bus_get_fd(m_bus), SHUT_RDWR);
     m_loop.wakeUp();
 }
 
