@@ -37,7 +37,7 @@ TEST_P(Focus, FollowsTheShortcutIntoThePanel)
         host.tell("hide b1");
         ASSERT_TRUE(user.waitUntil([&] { return !user.isViewable(panel); }));
         ASSERT_TRUE(other.bringForward());
-        other.typeInto();
+        ASSERT_TRUE(other.typeInto());
         for (auto const key : keys)
             user.press(key);
         for (auto const key : keys)

@@ -177,8 +177,7 @@ void Scenario::clickPanel()
         return;
     }
     m_user.movePointer(panelAlone.x, panelAlone.y);
-    m_user.button(1, true);
-    m_user.button(1, false);
+    m_user.click();
 }
 
 void Scenario::note(std::string const& name, bool holds, std::string const& words)
