@@ -42,9 +42,7 @@ TEST_P(Opening, IsNeverSeenUnstyled)
         EXPECT_TRUE(user.waitUntil([&] { return !user.isViewable(host.window(id)); }));
     }
     survey(manager.name, road, "seen unstyled, " + road, std::to_string(seen) + " of " + std::to_string(opens));
-    // Who is not told before the window is mapped races with the window manager, and on a machine that has no time for
-    // either may lose now and then.
-    EXPECT_LE(seen, road == "announced" ? 0 : opens / 4) << "of " << opens << " opens; " << firstWrong;
+    EXPECT_EQ(seen, 0) << "of " << opens << " opens; " << firstWrong;
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryRoad, Opening,

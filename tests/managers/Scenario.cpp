@@ -13,7 +13,6 @@ constexpr auto tag = R"({"id":"b1","localized_title":"Ideas","type":"brainstorm"
 // Of the panel, where nothing is over it.
 constexpr Geometry panelAlone { 380, 660, 1, 1 };
 constexpr xcb_keycode_t escapeKey = 9;
-constexpr int looksBetweenClicks = 100;
 
 std::string words(Geometry const& place)
 {
@@ -55,10 +54,8 @@ std::vector<Scenario::Finding> Scenario::run()
     appear("found", 200);
     std::string why;
     for (auto const& finding : m_findings) {
-        // Those two have their rows; the third is counted elsewhere, because this road is a race with the window
-        // manager.
-        if (!finding.holds && finding.name != "borderless" && finding.name != "all desktops"
-            && finding.name != "unseen")
+        // Those two have their rows.
+        if (!finding.holds && finding.name != "borderless" && finding.name != "all desktops")
             why += finding.name + " (" + finding.note + ") ";
     }
     if (!m_host.isRunning())
@@ -149,25 +146,20 @@ void Scenario::pinAndUnpin()
 
 void Scenario::escape()
 {
-    // The user clicks into the panel and presses Escape.
+    // The user clicks into the panel and presses Escape. Nobody is as fast as this one, who may press it before the
+    // host has heard that its panel is active: then the toolkit gets it, and the user presses it a second time.
     auto const closed = panel();
-    int looks = 0;
-    bool const isActive = comesTrue([&] {
-        if (m_user.activeWindow() == closed)
-            return true;
-        if (looks++ % looksBetweenClicks == 0)
-            clickPanel();
-        return false;
-    });
-    looks = 0;
-    bool const isGone = comesTrue([&] {
-        if (m_host.count("closed b1") == 0 && looks++ % looksBetweenClicks == 0) {
-            m_user.press(escapeKey);
-            m_user.release(escapeKey);
-        }
-        return m_host.count("closed b1") > 0 && !m_user.isViewable(closed);
-    });
-    note("Escape", isActive && isGone, std::to_string(isActive) + std::to_string(isGone));
+    clickPanel();
+    bool const isActive = comesTrue([&] { return m_user.activeWindow() == closed; });
+    auto const press = [&] {
+        auto const missed = m_host.count("key b1");
+        m_user.press(escapeKey);
+        m_user.release(escapeKey);
+        comesTrue([&] { return m_host.count("closed b1") > 0 || m_host.count("key b1") > missed; });
+        return m_host.count("closed b1") > 0;
+    };
+    bool const isGone = (press() || press()) && comesTrue([&] { return !m_user.isViewable(closed); });
+    note("Escape", isActive && isGone, std::to_string(isActive) + std::to_string(isGone) + "\n" + m_host.story());
 }
 
 void Scenario::clickPanel()
