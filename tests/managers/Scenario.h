@@ -45,6 +45,7 @@ private:
     std::string whereItIs();
 
     bool m_hasPixels;
+    std::string m_toolkit;
     Geometry m_firstPlace {};
     HostProcess m_host;
     Client m_user;
