@@ -2,7 +2,7 @@
 
 #include "hotkey/Key.h"
 #include "platform/appkit/NSEventModifierFlags.h"
-#include "platform/foundation/Value.h"
+#include "platform/foundation/Dictionary.h"
 
 #include <cstdint>
 #include <optional>

@@ -63,7 +63,7 @@ std::vector<platform::URL> urlsIn(List const& list)
 void set(Dictionary& dictionary, char const* key, std::optional<double> const& number)
 {
     if (number)
-        dictionary.emplace(key, *number);
+        dictionary[key] = *number;
 }
 
 Dictionary errorDictionary(platform::NSError const& error)
@@ -262,7 +262,7 @@ std::optional<BrainstormWindowResize> BrainstormWindowResize::from(Notification 
 
 Dictionary BrainstormWindowResize::userInfo() const
 {
-    return { { "height", height }, { "minHeight", minHeight }, { "maxHeight", maxHeight }, { "windowID", windowID } };
+    return { { "height", height }, { "maxHeight", maxHeight }, { "minHeight", minHeight }, { "windowID", windowID } };
 }
 
 std::optional<BrainstormWindowDidEndLiveResize> BrainstormWindowDidEndLiveResize::from(Notification const& notification)
@@ -285,25 +285,23 @@ std::optional<OpenFileURL> OpenFileURL::from(Notification const& notification)
     auto const* const address = notification.value("url");
     if (!address)
         return std::nullopt;
-    auto url = copied(address->asURL());
-    if (auto const* const written = address->asText(); !url && written)
-        url = platform::URL::fromString(*written);
-    if (!url)
+    auto opened = copied(address->asURL());
+    if (auto const* const written = address->asText(); !opened && written)
+        opened = platform::URL::fromString(*written);
+    if (!opened)
         return std::nullopt;
 
-    OpenFileURL request { *url, {} };
+    OpenFileURL request { *opened, {} };
     auto const* const bookmarks = notification.value("bookmarks");
     auto const* const entries = bookmarks ? bookmarks->asList() : nullptr;
     if (!entries)
         return request;
     for (auto const& value : *entries) {
         auto const* const entry = value.asDictionary();
-        if (!entry || !entry->contains("url") || !entry->contains("data"))
-            continue;
-        auto const* const granted = entry->at("url").asURL();
-        auto const* const data = entry->at("data").asData();
-        if (granted && data)
-            request.bookmarks.push_back({ *granted, *data });
+        auto const* const url = entry ? entry->value("url") : nullptr;
+        auto const* const data = entry ? entry->value("data") : nullptr;
+        if (url && url->asURL() && data && data->asData())
+            request.bookmarks.push_back({ *url->asURL(), *data->asData() });
     }
     return request;
 }

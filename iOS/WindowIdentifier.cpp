@@ -2,12 +2,14 @@
 
 #include "platform/foundation/Fatal.h"
 #include "platform/foundation/JSON.h"
+#include "platform/foundation/JSONRun.h"
 #include "platform/foundation/JSONShortReader.h"
 #include "platform/foundation/JSONWriter.h"
 #include "platform/foundation/Text.h"
 
 #include <array>
 #include <cstddef>
+#include <initializer_list>
 #include <typeinfo>
 
 namespace paneweld {
@@ -54,6 +56,18 @@ Value boxed(std::shared_ptr<WindowIdentifier> identifier)
 }
 
 WindowIdentifier const& identifierIn(NSObject& object) { return static_cast<WindowIdentifier const&>(object); }
+
+std::string joined(std::initializer_list<std::string_view> parts)
+{
+    std::size_t size = 0;
+    for (auto const part : parts)
+        size += part.size();
+    std::string text;
+    text.reserve(size);
+    for (auto const part : parts)
+        text += part;
+    return text;
+}
 
 // White space, a byte order mark, or the zeros of a wide character may stand before the bracket.
 bool mayBeginObject(char first)
@@ -173,12 +187,17 @@ bool WindowIdentifier::isSettings() const { return m_type == settingsType(); }
 
 std::string WindowIdentifier::encoded() const
 {
+    auto const isPlain = [](std::string const& text) { return platform::plainJSONRun(text) == text.size(); };
+    // Nearly every tag is of texts that stand for themselves.
+    if (isPlain(m_id) && isPlain(m_localizedTitle) && isPlain(m_type))
+        return joined(
+            { R"({"id":")", m_id, R"(","localized_title":")", m_localizedTitle, R"(","type":")", m_type, R"("})" });
     platform::JSONWriter json;
-    json.literal("{\"id\":");
+    json.literal(R"({"id":)");
     json.string(m_id);
-    json.literal(",\"localized_title\":");
+    json.literal(R"(,"localized_title":)");
     json.string(m_localizedTitle);
-    json.literal(",\"type\":");
+    json.literal(R"(,"type":)");
     json.string(m_type);
     json.literal("}");
     auto text = json.take();

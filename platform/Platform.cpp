@@ -7,6 +7,9 @@
 #include "platform/foundation/MainThread.h"
 #include "platform/sparkle/SPUStandardUpdaterController.h"
 
+#include <cstddef>
+#include <new>
+
 namespace platform {
 
 namespace {
@@ -32,8 +35,8 @@ void Platform::install(std::unique_ptr<Platform> platform)
     adoptMainThread();
     s_current = platform.release();
     // The main thread is on the main queue from here to its end, whoever called.
-    static auto* const entry = new Queue::Entry(s_current->mainQueue());
-    static_cast<void>(entry);
+    alignas(Queue::Entry) static std::byte entry[sizeof(Queue::Entry)];
+    new (entry) Queue::Entry(s_current->mainQueue());
 }
 
 std::unique_ptr<NSOpenPanel> Platform::makeOpenPanel() { return nullptr; }

@@ -132,7 +132,7 @@ public:
         if (!m_updates) {
             m_updates = std::make_unique<LinuxUpdates>(
                 LinuxUpdates::Surroundings { *m_loop, m_mainQueue, m_bundles, m_workspace, m_appName,
-                    Bus::sessionAddress(), [this] { m_application.terminate(); } },
+                    Bus::sessionAddress(), [this] { m_application.terminate(); }, m_bundleDirectory.userLanguages() },
                 log("updates"));
         }
         return std::make_unique<StandardUpdaterController>(

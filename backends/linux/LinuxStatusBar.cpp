@@ -12,7 +12,11 @@ LinuxStatusBar::LinuxStatusBar(EventLoop& loop, Options options, platform::OSLog
     : m_loop(loop)
     , m_options(std::move(options))
     , m_log(std::move(log))
+    , m_hangUp(m_loop.soon([this] { m_bus.reset(); }))
 {
+    // What goes wrong is said by an item, when there is one.
+    if (auto bus = Bus::connect(loop, m_options.busAddress))
+        m_bus = bus.take();
     if (!m_options.x11)
         return;
     m_options.x11->tray().setObserver([this] {
@@ -32,6 +36,7 @@ std::shared_ptr<platform::NSStatusItem> LinuxStatusBar::statusItemWithLength(dou
 {
     LinuxStatusItem::Options options;
     options.busAddress = m_options.busAddress;
+    options.bus = std::move(m_bus);
     options.identity = { m_options.id, m_options.title, ++m_count, {} };
     options.renderings = m_options.renderings;
     options.standInIconName = m_options.standInIconName;

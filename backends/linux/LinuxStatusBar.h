@@ -26,6 +26,7 @@ public:
         // Null without an X server.
         X11World* x11 = nullptr;
     };
+    // The session bus is greeted at once: it takes its time, in which the host goes on to load what makes an item.
     LinuxStatusBar(EventLoop& loop, Options options, platform::OSLog log);
     ~LinuxStatusBar() override;
 
@@ -45,6 +46,8 @@ private:
     platform::OSLog m_log;
     std::vector<std::weak_ptr<LinuxStatusItem>> m_items;
     int m_count = 0;
+    std::unique_ptr<Bus> m_bus; // until an item takes it, or the loop begins without one
+    LoopSource m_hangUp;
     platform::StatusItemPlace m_place = platform::StatusItemPlace::Nowhere;
     LoopSource m_update;
     // Items may outlive the bar.

@@ -93,6 +93,8 @@ LinuxStatusItem::LinuxStatusItem(EventLoop& loop, Options options, platform::OSL
     , m_button(std::make_shared<Button>(this))
 {
     update();
+    // An item in a tray has none.
+    m_options.bus.reset();
 }
 
 LinuxStatusItem::~LinuxStatusItem()
@@ -215,6 +217,7 @@ void LinuxStatusItem::connectBus()
 {
     DBusStatusItem::Options options;
     options.busAddress = m_options.busAddress;
+    options.bus = std::move(m_options.bus);
     options.identity = m_options.identity;
     options.drawIcon = [this](auto const& image) { return panelPictures(image); };
     options.standInIconName = m_options.standInIconName;

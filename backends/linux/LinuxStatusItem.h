@@ -25,6 +25,8 @@ class LinuxStatusItem final : public platform::NSStatusItem {
 public:
     struct Options {
         std::string busAddress {};
+        // A connection to it, where there is one already.
+        std::unique_ptr<Bus> bus {};
         StatusNotifierItem::Identity identity {};
         // The pictures that there are of an image, smallest first; none, when it cannot be drawn.
         std::function<std::vector<IconRendering>(platform::NSImage const&)> renderings {};

@@ -163,15 +163,22 @@ std::optional<NSError> LinuxUpdates::whyTooOld(UpdateSettings const& settings, U
 void LinuxUpdates::fetchFeed(UpdateSettings const& settings, FeedAnswer answered)
 {
     *m_isCancelled = false;
+    auto wishes = settings;
+    wishes.languages = m_around.languages;
+    // One file carries no version that could be compared with the feed's. So that an old one cannot come under a new
+    // number, the number has to be the word of whoever signs.
+    auto const found = target();
+    if (found && found.value().kind == UpdateTarget::Kind::File && !settings.allowsUnsignedFeed)
+        wishes.requiresSignedFeed = true;
     elsewhere(
-        [settings, agent = userAgent(), isCancelled = m_isCancelled] {
+        [wishes, agent = userAgent(), isCancelled = m_isCancelled] {
             Download download;
             download.userAgent = agent;
             download.isCancelled = isCancelled.get();
-            return downloadFeed(settings, download);
+            return downloadFeed(wishes, download);
         },
-        [this, settings, answered = std::move(answered)](platform::Result<UpdateFeed> const& feed) {
-            auto const problem = feed ? whyTooOld(settings, feed.value()) : std::nullopt;
+        [this, wishes, answered = std::move(answered)](platform::Result<UpdateFeed> const& feed) {
+            auto const problem = feed ? whyTooOld(wishes, feed.value()) : std::nullopt;
             if (problem)
                 answered(*problem);
             else

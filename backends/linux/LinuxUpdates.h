@@ -17,6 +17,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace backends {
 
@@ -35,6 +36,8 @@ public:
         std::string busAddress {};
         // Asks the app to end.
         std::function<void()> terminate {};
+        // The user's, best first.
+        std::vector<std::string> languages {};
     };
 
     LinuxUpdates(Surroundings surroundings, platform::OSLog log);

@@ -5,6 +5,7 @@
 #include "backends/linux/host/GnomeShortcuts.h"
 #include "backends/linux/host/KdeShortcuts.h"
 #include "backends/shared/HotKeyModifiers.h"
+#include "platform/foundation/Dictionary.h"
 #include "platform/foundation/Text.h"
 
 #include <chrono>

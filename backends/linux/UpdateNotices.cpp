@@ -14,6 +14,8 @@ constexpr auto cancel = "cancel";
 constexpr auto allow = "allow";
 constexpr auto refuse = "refuse";
 constexpr auto restart = "restart";
+// A press on the notice itself; some desktops draw a button for it.
+constexpr auto readNotes = "default";
 
 void replace(std::string& text, std::string_view mark, std::string const& value)
 {
@@ -57,14 +59,21 @@ void UpdateNotices::showPermissionRequest(std::function<void(std::optional<bool>
     });
 }
 
-void UpdateNotices::offer(Notifications::Notice notice, std::function<void(Choice)> answered)
+void UpdateNotices::offer(Notifications::Notice notice, UpdateItem const& item, std::function<void(Choice)> answered)
 {
     notice.actions.emplace_back(later, text("Later"));
     notice.actions.emplace_back(skip, text("Skip This Version"));
+    // Last, for a desktop that has place for three buttons.
+    if (!item.releaseNotesURL.empty())
+        notice.actions.emplace_back(readNotes, text("Release Notes"));
     notice.isLasting = true;
     show(std::move(notice), [answered = std::move(answered)](std::string const& action) {
-        auto const choice = action == skip ? Choice::Skip : Choice::Later;
-        answered(action == install ? Choice::Install : choice);
+        if (action == install)
+            answered(Choice::Install);
+        else if (action == skip)
+            answered(Choice::Skip);
+        else
+            answered(action == readNotes ? Choice::ReadNotes : Choice::Later);
     });
 }
 
@@ -79,7 +88,7 @@ void UpdateNotices::showUpdate(
         notice.actions.emplace_back(install, text("Install Update"));
     if (problem && !item.link.empty())
         notice.actions.emplace_back(install, text("Learn More"));
-    offer(std::move(notice), std::move(answered));
+    offer(std::move(notice), item, std::move(answered));
 }
 
 void UpdateNotices::showInformation(UpdateItem const& item, std::function<void(Choice)> answered)
@@ -88,7 +97,7 @@ void UpdateNotices::showInformation(UpdateItem const& item, std::function<void(C
     notice.title = text("%1$@ %2$@ is available", m_appName, item.displayVersion);
     if (!item.link.empty())
         notice.actions.emplace_back(install, text("Learn More"));
-    offer(std::move(notice), std::move(answered));
+    offer(std::move(notice), {}, std::move(answered));
 }
 
 void UpdateNotices::showProgress(UpdateItem const& item, double fraction, std::function<void()> cancelled)

@@ -37,7 +37,7 @@ public:
 private:
     std::string text(std::string_view english, std::string const& first = {}, std::string const& second = {}) const;
     void show(Notifications::Notice notice, Notifications::Answer answered = {});
-    void offer(Notifications::Notice notice, std::function<void(Choice)> answered);
+    void offer(Notifications::Notice notice, UpdateItem const& item, std::function<void(Choice)> answered);
 
     Notifications& m_notifications;
     std::string m_appName;

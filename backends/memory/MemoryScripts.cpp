@@ -29,6 +29,11 @@ public:
     std::optional<NSAppleEventDescriptor> executeAppleEvent(
         NSAppleEventDescriptor const& event, platform::Dictionary& errorInfo) override
     {
+        if (!platform::isSubroutineCall(event)) {
+            errorInfo = { { platform::NSAppleScriptErrorMessage, "the event calls no handler" },
+                { platform::NSAppleScriptErrorNumber, platform::errAEEventNotHandled } };
+            return std::nullopt;
+        }
         auto const* const named = event.descriptorForKeyword(platform::keyASSubroutineName);
         auto const* const list = event.descriptorForKeyword(platform::keyDirectObject);
         auto const name = named ? named->stringValue().value_or("") : "";

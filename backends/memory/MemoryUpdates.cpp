@@ -169,8 +169,8 @@ void MemoryUpdates::showPermissionRequest(std::function<void(std::optional<bool>
 void MemoryUpdates::showUpdate(
     UpdateItem const& item, std::optional<NSError> const& problem, std::function<void(Choice)> answered)
 {
-    m_ledger.note(
-        "update shown offer " + item.version + (problem ? " but " + problem->localizedDescription : std::string()));
+    m_ledger.note("update shown offer " + item.version + (item.releaseNotesURL.empty() ? "" : " with notes")
+        + (problem ? " but " + problem->localizedDescription : std::string()));
     ask(std::move(answered));
 }
 

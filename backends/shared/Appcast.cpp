@@ -1,6 +1,7 @@
 #include "backends/shared/Appcast.h"
 
 #include "backends/shared/FeedDate.h"
+#include "platform/foundation/Languages.h"
 #include "platform/foundation/Text.h"
 
 #include <algorithm>
@@ -25,6 +26,32 @@ std::string textOf(XMLElement const& parent, std::string const& name)
 {
     auto const* const found = parent.child(name);
     return found ? std::string(platform::trimmed(found->text, blanks)) : std::string();
+}
+
+// (XML 1.0, section 2.12)
+constexpr auto languageAttribute = "http://www.w3.org/XML/1998/namespace lang";
+
+// Of the elements of one name the one in the best of the languages; else one in no language, else the first.
+std::string localizedText(XMLElement const& parent, std::string const& name, std::vector<std::string> const& languages)
+{
+    std::vector<std::string> offered;
+    std::vector<std::string> texts;
+    for (auto const& element : parent.children) {
+        if (element.name != name)
+            continue;
+        offered.push_back(element.attribute(languageAttribute));
+        texts.emplace_back(platform::trimmed(element.text, blanks));
+    }
+    if (texts.empty())
+        return {};
+    auto best = std::find(offered.begin(), offered.end(), "");
+    for (auto const& language : languages) {
+        if (auto const match = platform::matchingLocalization(language, offered); match && !match->empty()) {
+            best = std::find(offered.begin(), offered.end(), *match);
+            break;
+        }
+    }
+    return best == offered.end() ? texts.front() : texts[static_cast<std::size_t>(best - offered.begin())];
 }
 
 template<typename Number>
@@ -117,10 +144,20 @@ std::optional<std::string> readEnclosure(XMLElement const& element, UpdateItem& 
     return std::nullopt;
 }
 
-platform::Result<UpdateItem> itemFrom(XMLElement const& element)
+// A page that a browser is sent to is on the web, whoever wrote the feed.
+std::string releaseNotesIn(XMLElement const& element, std::vector<std::string> const& languages)
+{
+    for (auto const* name : { "releaseNotesLink", "fullReleaseNotesLink" }) {
+        if (auto link = localizedText(element, sparkle(name), languages); isWebAddress(link))
+            return link;
+    }
+    return {};
+}
+
+platform::Result<UpdateItem> itemFrom(XMLElement const& element, std::vector<std::string> const& languages)
 {
     UpdateItem item;
-    item.title = textOf(element, "title");
+    item.title = localizedText(element, "title", languages);
     if (auto link = textOf(element, "link"); isWebAddress(link))
         item.link = std::move(link);
     auto const problem = readEnclosure(element, item);
@@ -135,7 +172,7 @@ platform::Result<UpdateItem> itemFrom(XMLElement const& element)
     item.channel = textOf(element, sparkle("channel"));
     if (!isChannelName(item.channel))
         return NSError { "Updates", 3, "an item of the feed has a channel with an odd name" };
-    item.releaseNotesURL = textOf(element, sparkle("releaseNotesLink"));
+    item.releaseNotesURL = releaseNotesIn(element, languages);
     item.minimumSystemVersion = textOf(element, sparkle("minimumSystemVersion"));
     item.maximumSystemVersion = textOf(element, sparkle("maximumSystemVersion"));
     item.minimumAutomaticVersion = textOf(element, sparkle("minimumAutoupdateVersion"));
@@ -152,7 +189,7 @@ platform::Result<UpdateItem> itemFrom(XMLElement const& element)
 
 } // namespace
 
-platform::Result<UpdateFeed> updateFeedFrom(XMLElement const& document)
+platform::Result<UpdateFeed> updateFeedFrom(XMLElement const& document, std::vector<std::string> const& languages)
 {
     auto const* const channel = document.name == "rss" ? document.child("channel") : nullptr;
     if (!channel)
@@ -162,7 +199,7 @@ platform::Result<UpdateFeed> updateFeedFrom(XMLElement const& document)
     for (auto const& element : channel->children) {
         if (element.name != "item")
             continue;
-        auto item = itemFrom(element);
+        auto item = itemFrom(element, languages);
         if (!item)
             return item.error();
         feed.items.push_back(item.take());

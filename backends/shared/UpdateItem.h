@@ -20,6 +20,7 @@ struct UpdateItem {
     std::optional<std::uint64_t> length {};
     // Base64, as it stands in the feed.
     std::string signature {};
+    // A page for people, on the web.
     std::string releaseNotesURL {};
     // Empty is the channel that everybody gets.
     std::string channel {};

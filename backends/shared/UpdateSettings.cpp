@@ -77,7 +77,9 @@ UpdateSettings UpdateSettings::from(std::function<std::optional<Value>(std::stri
     settings.publicKeys = textsFrom(value("SUPublicEDKey"));
     auto const more = textsFrom(value("SUPublicEDKeys"));
     settings.publicKeys.insert(settings.publicKeys.end(), more.begin(), more.end());
-    settings.requiresSignedFeed = truthFrom(value("SURequireSignedFeed")).value_or(false);
+    auto const requiresSignedFeed = truthFrom(value("SURequireSignedFeed"));
+    settings.requiresSignedFeed = requiresSignedFeed.value_or(false);
+    settings.allowsUnsignedFeed = requiresSignedFeed == false;
     settings.maximumFeedAge = numberFrom(value("SUSignedFeedMaximumAge")).value_or(usualMaximumFeedAge);
     settings.checksAutomatically = truthFrom(value("SUEnableAutomaticChecks"));
     settings.checkInterval = numberFrom(value("SUScheduledCheckInterval")).value_or(day);
@@ -85,6 +87,7 @@ UpdateSettings UpdateSettings::from(std::function<std::optional<Value>(std::stri
         settings.checkInterval = std::max(settings.checkInterval, shortestInterval);
     settings.updatesAutomatically = truthFrom(value("SUAutomaticallyUpdate")).value_or(false)
         && truthFrom(value("SUAllowsAutomaticUpdates")).value_or(true);
+    settings.showsReleaseNotes = truthFrom(value("SUShowReleaseNotes")).value_or(true);
     auto const channels = textsFrom(value("SUAllowedChannels"));
     settings.channels = { channels.begin(), channels.end() };
     return settings;

@@ -19,12 +19,17 @@ struct UpdateSettings {
     // Base64. Any of them may have signed an update: SUPublicEDKey and the list SUPublicEDKeys.
     std::vector<std::string> publicKeys {};
     bool requiresSignedFeed = false; // SURequireSignedFeed
+    // The same key, saying that it need not be, whatever the updates are.
+    bool allowsUnsignedFeed = false;
     double maximumFeedAge = 0; // SUSignedFeedMaximumAge: seconds; only for signed feeds
     // SUEnableAutomaticChecks. Absent: nobody has decided yet.
     std::optional<bool> checksAutomatically {};
     double checkInterval = 0; // SUScheduledCheckInterval: seconds; 0 for never
     // SUAutomaticallyUpdate, where SUAllowsAutomaticUpdates does not forbid it.
     bool updatesAutomatically = false;
+    bool showsReleaseNotes = true; // SUShowReleaseNotes
+    // The user's languages, best first: a feed may say the same in several. Not of the Info.
+    std::vector<std::string> languages {};
     // SUAllowedChannels, beside the one that everybody gets.
     std::set<std::string> channels {};
 

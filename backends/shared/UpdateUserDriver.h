@@ -14,7 +14,8 @@ class UpdateUserDriver {
 public:
     virtual ~UpdateUserDriver() = default;
 
-    enum class Choice { Install, Later, Skip };
+    // Who reads first has not decided: the update is shown once more.
+    enum class Choice { Install, Later, Skip, ReadNotes };
 
     // Whether to look for updates from time to time. Absent when it was closed without an answer.
     virtual void showPermissionRequest(std::function<void(std::optional<bool> isAllowed)> answered) = 0;

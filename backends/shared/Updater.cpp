@@ -9,12 +9,6 @@ using platform::NSError;
 using platform::Seconds;
 using Choice = UpdateUserDriver::Choice;
 
-namespace {
-
-constexpr Seconds delayOfStartAlert { 4 };
-
-} // namespace
-
 template<typename Function>
 auto Updater::inThisSession(Function function)
 {
@@ -54,6 +48,7 @@ void Updater::start()
 {
     if (m_state != State::Stopped)
         return;
+    constexpr Seconds delayOfStartAlert { 4 };
     auto const app = settings();
     if (app.bundleIdentifier.empty() || app.hostVersion.empty()) {
         NSError const error { "Updates", 1000,
@@ -156,7 +151,7 @@ void Updater::handleFeed(platform::Result<UpdateFeed> const& feed)
         return;
     }
     auto const current = settings();
-    auto const item = chooseUpdate(feed.value(), m_memory.circumstances(current, m_manner == Manner::ByUser));
+    auto item = chooseUpdate(feed.value(), m_memory.circumstances(current, m_manner == Manner::ByUser));
     if (!item) {
         if (m_manner == Manner::ByUser)
             m_driver.showNoUpdate();
@@ -164,6 +159,8 @@ void Updater::handleFeed(platform::Result<UpdateFeed> const& feed)
         return;
     }
     m_log.info("version %{public}s is available", { item->version });
+    if (!current.showsReleaseNotes)
+        item->releaseNotesURL.clear();
     if (isInformationalFor(*item, current.hostVersion)) {
         m_state = State::Offering;
         m_driver.showInformation(
@@ -187,9 +184,19 @@ void Updater::offer(UpdateItem const& item, std::optional<NSError> const& proble
         fetch(item);
         return;
     }
+    showOffer(item, problem);
+}
+
+void Updater::showOffer(UpdateItem const& item, std::optional<NSError> const& problem)
+{
     m_state = State::Offering;
-    m_driver.showUpdate(item, problem, inThisSession([item, isReplaceable = !problem](Updater& self, Choice choice) {
-        self.handleChoice(item, choice, isReplaceable);
+    m_driver.showUpdate(item, problem, inThisSession([item, problem](Updater& self, Choice choice) {
+        if (choice != Choice::ReadNotes) {
+            self.handleChoice(item, choice, !problem);
+            return;
+        }
+        self.m_world.openPage(item.releaseNotesURL);
+        self.showOffer(item, problem);
     }));
 }
 

@@ -47,6 +47,7 @@ private:
     void check(Manner manner);
     void handleFeed(platform::Result<UpdateFeed> const& feed);
     void offer(UpdateItem const& item, std::optional<platform::NSError> const& problem);
+    void showOffer(UpdateItem const& item, std::optional<platform::NSError> const& problem);
     void handleChoice(UpdateItem const& item, UpdateUserDriver::Choice choice, bool isReplaceable);
     void fetch(UpdateItem const& item);
     void showProgress(UpdateItem const& item, double fraction);

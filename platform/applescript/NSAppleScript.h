@@ -2,7 +2,7 @@
 
 #include "platform/applescript/NSAppleEventDescriptor.h"
 #include "platform/foundation/URL.h"
-#include "platform/foundation/Value.h"
+#include "platform/foundation/Dictionary.h"
 
 #include <memory>
 #include <optional>
@@ -13,6 +13,12 @@ namespace platform {
 constexpr char const* NSAppleScriptErrorMessage = "NSAppleScriptErrorMessage";
 constexpr char const* NSAppleScriptErrorNumber = "NSAppleScriptErrorNumber";
 
+// Whether the event asks a script for one of its handlers.
+inline bool isSubroutineCall(NSAppleEventDescriptor const& event)
+{
+    return event.eventClass() == kASAppleScriptSuite && event.eventID() == kASSubroutineEvent;
+}
+
 // A compiled script with handlers that can be called. Any thread, but one at a time.
 class NSAppleScript {
 public:
@@ -20,7 +26,7 @@ public:
 
     // Runs the handler that the event names (keyASSubroutineName) with the items of its direct object, and returns what
     // the handler returned. Blocks for as long as the handler takes, up to the world's limit (errAETimeout). Absent
-    // when it failed: the error information then says why.
+    // when it failed, or the event asks for something else: the error information then says why.
     virtual std::optional<NSAppleEventDescriptor> executeAppleEvent(
         NSAppleEventDescriptor const& event, Dictionary& errorInfo)
         = 0;

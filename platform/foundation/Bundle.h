@@ -1,10 +1,10 @@
 #pragma once
 
 #include "platform/foundation/BundleLayout.h"
+#include "platform/foundation/Dictionary.h"
 #include "platform/foundation/NSError.h"
 #include "platform/foundation/Result.h"
 #include "platform/foundation/URL.h"
-#include "platform/foundation/Value.h"
 
 #include <map>
 #include <memory>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/foundation/Value.h"
+#include "platform/foundation/Dictionary.h"
 
 #include <cstddef>
 #include <functional>
@@ -53,13 +53,7 @@ struct Notification {
     std::optional<Dictionary> userInfo {};
 
     // The value under a key, or null when there is no dictionary or no such key. Lives as long as the notification.
-    Value const* value(std::string const& key) const
-    {
-        if (!userInfo)
-            return nullptr;
-        auto const found = userInfo->find(key);
-        return found == userInfo->end() ? nullptr : &found->second;
-    }
+    Value const* value(std::string_view key) const { return userInfo ? userInfo->value(key) : nullptr; }
 };
 
 } // namespace platform

@@ -41,15 +41,15 @@ Result<Dictionary> OldStyleParser::parse(Braces braces)
 
 std::optional<Dictionary> OldStyleParser::parseStatements()
 {
-    Dictionary dictionary;
+    Dictionary::Entries entries;
     for (skipSpace(); startsText(); skipSpace()) {
-        if (!parseStatement(dictionary))
+        if (!parseStatement(entries))
             return std::nullopt;
     }
-    return dictionary;
+    return Dictionary(std::move(entries));
 }
 
-bool OldStyleParser::parseStatement(Dictionary& dictionary)
+bool OldStyleParser::parseStatement(Dictionary::Entries& entries)
 {
     auto const key = parseText();
     if (!key)
@@ -66,7 +66,7 @@ bool OldStyleParser::parseStatement(Dictionary& dictionary)
         fail(m_position, "expected ';' after \"" + *key + "\"");
         return false;
     }
-    dictionary.insert_or_assign(*key, std::move(*value));
+    entries.emplace_back(*key, std::move(*value));
     return true;
 }
 

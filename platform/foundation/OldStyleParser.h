@@ -1,8 +1,8 @@
 #pragma once
 
+#include "platform/foundation/Dictionary.h"
 #include "platform/foundation/Result.h"
 #include "platform/foundation/StringTable.h"
-#include "platform/foundation/Value.h"
 
 #include <cstddef>
 #include <optional>
@@ -27,7 +27,7 @@ private:
     static constexpr std::size_t maximumDepth = 512;
 
     std::optional<Dictionary> parseStatements();
-    bool parseStatement(Dictionary& dictionary);
+    bool parseStatement(Dictionary::Entries& entries);
     std::optional<Value> parseValue();
     std::optional<Value> parseBracket(char bracket);
     std::optional<Value> parseDictionary();

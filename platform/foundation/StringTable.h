@@ -1,7 +1,7 @@
 #pragma once
 
+#include "platform/foundation/Dictionary.h"
 #include "platform/foundation/Result.h"
-#include "platform/foundation/Value.h"
 
 #include <cstdint>
 #include <string_view>

@@ -1,5 +1,7 @@
 #include "platform/foundation/Value.h"
 
+#include "platform/foundation/Dictionary.h"
+
 #include <array>
 #include <charconv>
 #include <cmath>

@@ -5,7 +5,6 @@
 #include <concepts>
 #include <cstdint>
 #include <functional>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -15,6 +14,7 @@
 
 namespace platform {
 
+class Dictionary;
 class NSObject;
 class Value;
 
@@ -22,7 +22,6 @@ class Value;
 enum class ValueKind { Null, Boolean, Integer, Unsigned, Double, Text, URL, Data, List, Dictionary, Callable, Object };
 
 using List = std::vector<Value>;
-using Dictionary = std::map<std::string, Value>;
 
 struct Data {
     std::vector<std::uint8_t> bytes;

@@ -99,6 +99,21 @@ TYPED_TEST(ScriptConformance, HandlersAreFoundWithoutRegardToCase)
     EXPECT_EQ(this->failure(""), "-1708: the script has no handler ");
 }
 
+TYPED_TEST(ScriptConformance, AnEventOfAnotherKindCallsNoHandler)
+{
+    this->open();
+    for (auto const& [suite, id] : { std::pair { platform::kASAppleScriptSuite, platform::fourCharCode("oapp") },
+             std::pair { platform::fourCharCode("aevt"), platform::kASSubroutineEvent } }) {
+        auto event = NSAppleEventDescriptor::initWithEventClass(
+            suite, id, {}, platform::kAutoGenerateReturnID, platform::kAnyTransactionID);
+        event.setDescriptor(this->text("number"), platform::keyASSubroutineName);
+        event.setDescriptor(NSAppleEventDescriptor::listDescriptor(), platform::keyDirectObject);
+        Dictionary info;
+        EXPECT_FALSE(this->script->executeAppleEvent(event, info));
+        EXPECT_EQ(info[platform::NSAppleScriptErrorNumber], platform::Value(platform::errAEEventNotHandled));
+    }
+}
+
 TYPED_TEST(ScriptConformance, ErrorsHaveTheirWordsAndNumbersAndDisturbNothing)
 {
     this->open();

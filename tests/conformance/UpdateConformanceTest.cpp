@@ -86,7 +86,7 @@ protected:
         auto item = release(version, m_key, info({ m_key.publicKey() }));
         if (!isSigned)
             item.signature.clear();
-        server.set("/feed", { .body = feed({ item }) });
+        UpdatesFixture::publish({ item }, m_key);
     }
     void breakFeed() { server.set("/feed", { .status = 404 }); }
     void answerNext(Choice choice) { m_answers.push_back(choice); }
@@ -117,7 +117,7 @@ protected:
         }
         return lines;
     }
-    bool isAsked() { return !m_answers.empty() || !desktop.open().empty(); }
+    bool isAsked() { return !m_answers.empty() || !desktop.open().empty() || !desktop.isHeard(); }
     void pressRestart() { desktop.press("restart"); }
     bool isAskedToEnd() const { return m_isAskedToEnd; }
     std::string installed() { return app->start(); }

@@ -22,6 +22,8 @@ BusPeer::~BusPeer() { close(m_wakeDescriptor); }
 
 void BusPeer::start()
 {
+    m_isReady = false;
+    m_isEnding = false;
     m_thread = std::thread([this] { run(); });
     m_isReady.wait(false);
 }

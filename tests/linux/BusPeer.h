@@ -28,7 +28,7 @@ public:
 protected:
     // How the name is taken, as in sd_bus_request_name.
     BusPeer(std::string busAddress, std::string name, std::uint64_t nameFlags = 0);
-    // Ends of construction and beginning of destruction of what derives from it.
+    // Ends of construction and beginning of destruction of what derives from it. Some leave and come back in between.
     void start();
     void stop();
 

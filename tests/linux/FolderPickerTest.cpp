@@ -112,6 +112,21 @@ TEST_F(FolderPicker, AnAnswerThatCannotBeReadIsACancel)
     EXPECT_TRUE(pick(ModalResponse::Cancel).empty());
 }
 
+TEST_F(FolderPicker, ABusThatIsSilentHoldsNobodyUpBeforeTheWait)
+{
+    auto const apple = makeFolder("apple");
+    open(With::Portal, { .uris = { uri(apple) } });
+    bus->pause();
+    // Runs in the wait alone, and until then nobody answers.
+    bool hasRun = false;
+    backend->mainQueue().async([&] {
+        hasRun = true;
+        bus->resume();
+    });
+    EXPECT_EQ(pick(ModalResponse::OK), (std::vector<URL> { apple }));
+    EXPECT_TRUE(hasRun);
+}
+
 TEST_F(FolderPicker, ABusThatDiesIsACancel)
 {
     open(With::Portal, { .neverAnswers = true });

@@ -3,6 +3,7 @@
 #include "backends/linux/loop/MainQueue.h"
 #include "backends/linux/loop/MonotonicClock.h"
 #include "backends/linux/loop/SerialQueue.h"
+#include "backends/linux/loop/WallTimer.h"
 #include "tests/linux/LinuxTest.h"
 
 #include "platform/appkit/NSAnimationContext.h"
@@ -187,6 +188,25 @@ TEST_F(Loop, ATimerAddedOutsideDispatchFiresInTimeAndOnce)
     EXPECT_LT((fired - begin).count(), 0.2);
     EXPECT_FALSE(isReadable(loop->pollableDescriptor(), 30));
     EXPECT_EQ(calls, 1);
+}
+
+TEST_F(Loop, AWallTimerFiresOnceAfterItsTimeAndMayBeDroppedByItsWork)
+{
+    std::vector<std::string> fired;
+    auto const begin = clock.now();
+    std::unique_ptr<backends::WallTimer> later, never;
+    backends::WallTimer const atOnce(*loop, Seconds { 0 }, [&] { fired.emplace_back("at once"); });
+    later = std::make_unique<backends::WallTimer>(*loop, Seconds { 0.03 }, [&] {
+        fired.emplace_back("later");
+        EXPECT_GE((clock.now() - begin).count(), 0.03);
+        later.reset();
+    });
+    never = std::make_unique<backends::WallTimer>(*loop, Seconds { 0.01 }, [&] { fired.emplace_back("never"); });
+    backends::WallTimer const tomorrow(*loop, Seconds { 86400 }, [&] { fired.emplace_back("tomorrow"); });
+    never.reset();
+    EXPECT_TRUE(runUntil([&] { return !later; }));
+    EXPECT_EQ(fired, (std::vector<std::string> { "at once", "later" }));
+    EXPECT_FALSE(isReadable(loop->pollableDescriptor(), 30));
 }
 
 TEST_F(Loop, TheTickerKeepsTheBeatAndStandsStillWhenStopped)

@@ -53,9 +53,26 @@ int NotificationStandIn::show(sd_bus_message* message)
         line += (line.ends_with('|') ? "" : ",") + std::string(name) + "=" + text;
     sd_bus_message_exit_container(message);
     std::lock_guard const lock(mutex());
+    m_client = sd_bus_message_get_sender(message);
     m_shown.push_back(line);
     m_open = replaced != 0 && replaced == m_open ? replaced : ++m_count;
     return sd_bus_reply_method_return(message, "u", m_open);
+}
+
+void NotificationStandIn::leave()
+{
+    stop();
+    m_open = 0;
+    m_unheard = 0;
+}
+
+void NotificationStandIn::comeBack()
+{
+    m_unheard = m_client.empty() ? 0 : 1;
+    start();
+    if (m_unheard == 0)
+        return;
+    onThread([this] { askWhetherHeard(); });
 }
 
 std::vector<std::string> NotificationStandIn::shown() const
@@ -77,12 +94,7 @@ void NotificationStandIn::emitClosed(std::uint32_t number, std::uint32_t reason)
 
 void NotificationStandIn::press(std::string const& action)
 {
-    onThread([this, action] {
-        std::uint32_t number = 0;
-        {
-            std::lock_guard const lock(mutex());
-            number = std::exchange(m_open, 0);
-        }
+    act([this, action](std::uint32_t number) {
         EXPECT_GE(sd_bus_emit_signal(bus(), object, service, "ActionInvoked", "us", number, action.c_str()), 0);
         emitClosed(number, dismissedByUser);
     });
@@ -90,14 +102,44 @@ void NotificationStandIn::press(std::string const& action)
 
 void NotificationStandIn::dismiss()
 {
-    onThread([this] {
+    act([this](std::uint32_t number) { emitClosed(number, dismissedByUser); });
+}
+
+void NotificationStandIn::act(std::function<void(std::uint32_t)> done)
+{
+    {
+        std::lock_guard const lock(mutex());
+        ++m_unheard;
+    }
+    onThread([this, done = std::move(done)] {
         std::uint32_t number = 0;
         {
             std::lock_guard const lock(mutex());
             number = std::exchange(m_open, 0);
         }
-        emitClosed(number, dismissedByUser);
+        done(number);
+        askWhetherHeard();
     });
+}
+
+// A bus keeps the order of what one connection sends to another: who answers this has heard what came before.
+void NotificationStandIn::askWhetherHeard()
+{
+    auto const answered = [](sd_bus_message*, void* context, sd_bus_error*) {
+        auto& self = *static_cast<NotificationStandIn*>(context);
+        std::lock_guard const lock(self.mutex());
+        --self.m_unheard;
+        return 0;
+    };
+    EXPECT_GE(sd_bus_call_method_async(
+                  bus(), nullptr, m_client.c_str(), "/", "org.freedesktop.DBus.Peer", "Ping", answered, this, nullptr),
+        0);
+}
+
+bool NotificationStandIn::isHeard() const
+{
+    std::lock_guard const lock(mutex());
+    return m_unheard == 0;
 }
 
 } // namespace paneweld_tests

@@ -3,6 +3,7 @@
 #include "tests/linux/BusPeer.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -23,15 +24,24 @@ public:
     // The user presses an action of it, which closes it, or closes it without a word.
     void press(std::string const& action);
     void dismiss();
-    // The desktop shows no notifications from now on.
-    void leave() { stop(); }
+    // Whoever showed the notices knows of all that was done with them, and of who came back.
+    bool isHeard() const;
+    // The desktop shows no notifications from now on, and another program does.
+    void leave();
+    void comeBack();
 
 private:
     int handleCall(sd_bus_message* message) override;
     int show(sd_bus_message* message);
     void emitClosed(std::uint32_t number, std::uint32_t reason);
+    // The user does it with the open one.
+    void act(std::function<void(std::uint32_t number)> done);
+    void askWhetherHeard();
 
     std::vector<std::string> m_shown;
+    // The connection that shows notices.
+    std::string m_client;
+    int m_unheard = 0;
     std::uint32_t m_count = 0;
     std::uint32_t m_open = 0;
 };

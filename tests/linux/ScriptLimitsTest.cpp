@@ -22,6 +22,12 @@ protected:
 
 } // namespace
 
+TEST(ScriptLimits, AreWideForMailAndNotEndless)
+{
+    EXPECT_EQ(ScriptEngine::Limits {}.time, platform::Seconds { 120 });
+    EXPECT_EQ(ScriptEngine::Limits {}.bytes, std::size_t { 256 } * 1024 * 1024);
+}
+
 TEST_F(HastyScript, AHandlerThatHangsIsEndedAndTheNextCallStillRuns)
 {
     open(scriptHelpers);
@@ -98,7 +104,13 @@ TEST_F(HastyScript, AHandlerThatTakesAllMemoryIsEndedAndTheNextCallStillRuns)
 
 TEST_F(HastyScript, AScriptThatHangsWhileItIsLoadedIsNotLoaded)
 {
-    Dictionary info;
-    EXPECT_FALSE(engine.load(compiledScript("while true do end"), info));
-    EXPECT_EQ(info[platform::NSAppleScriptErrorMessage], platform::Value("the handler did not end in time"));
+    // One that is ended, and one that nothing ends.
+    for (auto const* source : { "while true do end", "('a'):rep(60):find(('a?'):rep(60) .. ('a'):rep(60))" }) {
+        Dictionary info;
+        EXPECT_FALSE(engine.load(compiledScript(source), info)) << source;
+        EXPECT_EQ(info[platform::NSAppleScriptErrorMessage], platform::Value("the handler did not end in time"));
+        EXPECT_EQ(info[platform::NSAppleScriptErrorNumber], platform::Value(platform::errAETimeout));
+    }
+    open(scriptHelpers);
+    EXPECT_EQ(text("echo", { "next" }), "next");
 }

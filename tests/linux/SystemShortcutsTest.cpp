@@ -3,6 +3,7 @@
 #include "backends/linux/dbus/XfceShortcuts.h"
 #include "backends/linux/host/ProgramOutput.h"
 #include "platform/carbon/EventHotKeys.h"
+#include "platform/foundation/Dictionary.h"
 #include "tests/linux/SessionBus.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -75,10 +76,11 @@ protected:
         Texts lines;
         for (auto const& value : copied.array.value_or(platform::List())) {
             auto const& entry = *value.asDictionary();
-            EXPECT_EQ(entry.at(platform::kHISymbolicHotKeyEnabled), platform::Value(true));
+            EXPECT_EQ(*entry.value(platform::kHISymbolicHotKeyEnabled), platform::Value(true));
             std::array<char, 32> text {};
-            std::snprintf(text.data(), text.size(), "%x/%u", *entry.at(platform::kHISymbolicHotKeyModifiers).asUInt32(),
-                *entry.at(platform::kHISymbolicHotKeyCode).asUInt32());
+            std::snprintf(text.data(), text.size(), "%x/%u",
+                *entry.value(platform::kHISymbolicHotKeyModifiers)->asUInt32(),
+                *entry.value(platform::kHISymbolicHotKeyCode)->asUInt32());
             lines.emplace_back(text.data());
         }
         return lines;

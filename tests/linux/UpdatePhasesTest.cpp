@@ -28,7 +28,7 @@ protected:
     {
         controller->checkForUpdates();
         ASSERT_TRUE(waitFor(offerOf(version)));
-        desktop.press("install");
+        press("install");
     }
 
     SigningKey key { 1 };
@@ -48,7 +48,7 @@ TEST_F(UpdatePhases, TheNoticeShowsHowFarADownloadIs)
     controller->checkForUpdates();
     pumpUntil([&] { return desktop.shown().size() > before; });
     EXPECT_EQ(desktop.open(), "Downloading Ideas 2.0|61 %|cancel=Cancel");
-    desktop.press("cancel");
+    press("cancel");
     pumpUntil([&] { return desktop.open().empty() && app->leftovers().empty(); });
     EXPECT_EQ(app->start(), "1.0");
 }
@@ -86,7 +86,7 @@ TEST_F(UpdatePhases, AFileIsReplacedBehindItsLinkAndRestartedWhenTheUserSaysSo)
     EXPECT_TRUE(app->leftovers().empty());
     // Nobody is thrown out of the app.
     EXPECT_EQ(ended, 0);
-    desktop.press("restart");
+    press("restart");
     pumpUntil([&] { return ended == 1; });
     EXPECT_TRUE(canCheck());
 }
@@ -100,7 +100,7 @@ TEST_F(UpdatePhases, ARestartThatCannotBeIsSaidAndEndsNothing)
     platform->setTerminateHandler([&] { isEnded = true; });
     updateTo("2.0");
     chmod(app->path().c_str(), 0644);
-    desktop.press("restart");
+    press("restart");
     waitFor("Ideas could not be updated|" + app->path() + ": Permission denied|");
     EXPECT_FALSE(isEnded);
 }
@@ -119,6 +119,43 @@ TEST_F(UpdatePhases, WithNobodyToShowItAnOfferIsOverAndTheNextCheckRuns)
         return server.requests().size() == 2;
     });
     EXPECT_EQ(app->start(), "1.0");
+}
+
+TEST_F(UpdatePhases, AnOldImageCannotComeUnderANewNumber)
+{
+    isOneFile = true;
+    start("1.0", { key.publicKey() });
+    auto item = release("0.9", key, {});
+    // Rightly signed once. The number is that of whoever is in the middle.
+    item.version = "2.0";
+    server.set("/feed", { .body = feed({ item }, builtAgo(0)) });
+    controller->checkForUpdates();
+    EXPECT_TRUE(waitFor("Ideas could not be updated|the feed is refused: it is not signed|"));
+    EXPECT_EQ(server.requests(), (std::vector<std::string> { "/feed" }));
+    EXPECT_EQ(app->start(), "1.0");
+}
+
+TEST_F(UpdatePhases, AnAppInOneFileMayDoWithoutASignedFeedWhenItSaysSo)
+{
+    isOneFile = true;
+    start("1.0", { key.publicKey() }, "SUEnableAutomaticChecks = NO; SURequireSignedFeed = NO;");
+    server.set("/feed", { .body = feed({ release("2.0", key, {}) }) });
+    updateTo("2.0");
+    EXPECT_EQ(app->start(), "2.0");
+}
+
+TEST_F(UpdatePhases, AnOfferOutlivesTheDesktopThatShowsIt)
+{
+    start("1.0", { key.publicKey() });
+    release("2.0", key, {});
+    controller->checkForUpdates();
+    ASSERT_TRUE(waitFor(offerOf("2.0")));
+    desktop.leave();
+    desktop.comeBack();
+    ASSERT_TRUE(waitFor(offerOf("2.0")));
+    press("install");
+    ASSERT_TRUE(waitFor(installedNotice("2.0")));
+    EXPECT_EQ(app->start(), "2.0");
 }
 
 TEST_F(UpdatePhases, NobodyIsAskedForAPassword)
@@ -144,8 +181,7 @@ TEST_F(UpdatePhases, NobodyIsAskedForAPassword)
     }
     controller->checkForUpdates();
     pumpUntil([&] { return desktop.open().find("|It cannot be installed: ") != std::string::npos; });
-    desktop.press("later");
-    pumpUntil([&] { return desktop.open().empty(); });
+    press("later");
     ASSERT_EQ(chown(app->path().c_str(), geteuid(), getegid()), 0);
     chmod(app->path().c_str(), 0755);
     updateTo("2.0");

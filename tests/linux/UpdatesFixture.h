@@ -8,7 +8,11 @@
 #include "tests/linux/SessionBus.h"
 #include "tests/linux/WebServer.h"
 
+#include <array>
+#include <chrono>
+#include <cstdint>
 #include <cstdlib>
+#include <ctime>
 #include <functional>
 #include <gtest/gtest.h>
 #include <memory>
@@ -81,6 +85,18 @@ protected:
         return isThere;
     }
 
+    // The user presses an action of the notice, or closes it without a word, and the updater has heard of it.
+    void press(std::string const& action)
+    {
+        desktop.press(action);
+        pumpUntil([&] { return desktop.isHeard(); });
+    }
+    void dismiss()
+    {
+        desktop.dismiss();
+        pumpUntil([&] { return desktop.isHeard(); });
+    }
+
     static std::string feed(std::vector<backends::UpdateItem> const& items, std::string const& more = {})
     {
         std::string text
@@ -94,6 +110,23 @@ protected:
         return text + "</channel></rss>\n";
     }
 
+    static std::string builtAgo(std::int64_t seconds)
+    {
+        auto const time = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now()) - seconds;
+        std::array<char, 64> text {};
+        std::tm parts {};
+        gmtime_r(&time, &parts);
+        std::strftime(text.data(), text.size(), "%a, %d %b %Y %H:%M:%S GMT", &parts);
+        return "<lastBuildDate>" + std::string(text.data()) + "</lastBuildDate>";
+    }
+
+    // The feed from now on; signed, for an app in one file.
+    void publish(std::vector<backends::UpdateItem> const& items, SigningKey const& key)
+    {
+        auto const text = feed(items, builtAgo(0));
+        server.set("/feed", { .body = isOneFile ? key.signedFeed(text) : text });
+    }
+
     // On the server, as an archive and in the feed, alone.
     backends::UpdateItem release(std::string const& version, SigningKey const& key, std::string const& releaseInfo)
     {
@@ -101,7 +134,7 @@ protected:
         auto item = ReleasedApp::item(version, archive, key);
         item.url = server.url("/" + version + ".tar.gz");
         server.set("/" + version + ".tar.gz", { .body = archive });
-        server.set("/feed", { .body = feed({ item }) });
+        publish({ item }, key);
         return item;
     }
 
@@ -110,7 +143,7 @@ protected:
     {
         controller->checkForUpdates();
         ASSERT_TRUE(waitFor(offerOf(version)));
-        desktop.press("install");
+        press("install");
         ASSERT_TRUE(waitFor(installedNotice(version)));
     }
 

@@ -1,7 +1,5 @@
 #include "tests/linux/UpdatesFixture.h"
 
-#include <array>
-#include <ctime>
 #include <filesystem>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -28,7 +26,7 @@ protected:
     {
         controller->checkForUpdates();
         ASSERT_TRUE(waitFor(offerOf(version)));
-        desktop.press("install");
+        press("install");
     }
 };
 
@@ -46,7 +44,7 @@ TEST_F(UpdatesTest, ANewVersionTakesThePlaceOfTheOldOne)
     EXPECT_TRUE(canCheck());
     // Nothing is fetched that nobody has agreed to.
     EXPECT_EQ(server.requests(), (std::vector<std::string> { "/feed" }));
-    desktop.press("install");
+    press("install");
     ASSERT_TRUE(waitFor(installedNotice("2.0")));
     EXPECT_EQ(app->start(), "2.0");
     EXPECT_TRUE(app->leftovers().empty());
@@ -137,7 +135,7 @@ TEST_F(UpdatesTest, ADownloadIsCancelledFromItsNotice)
     ASSERT_TRUE(waitFor("Downloading Ideas 2.0|0 %|cancel=Cancel"));
     EXPECT_TRUE(canCheck());
     pumpUntil([&] { return server.requests().size() == 2; });
-    desktop.press("cancel");
+    press("cancel");
     pumpUntil([&] { return desktop.open().empty() && app->leftovers().empty(); });
     EXPECT_EQ(app->start(), "1.0");
     startInstalled();
@@ -167,16 +165,8 @@ TEST_F(UpdatesTest, ASignedFeedIsDemandedAndNeverOlderThanTheLast)
 {
     start("1.0", { key.publicKey() }, "SUEnableAutomaticChecks = NO; SURequireSignedFeed = YES;");
     auto const item = release("2.0", key, {});
-    auto const dated = [&](std::vector<UpdateItem> const& items, std::string const& date) {
-        return key.signedFeed(feed(items, "<lastBuildDate>" + date + "</lastBuildDate>"));
-    };
-    auto const dateAgo = [](std::int64_t seconds) {
-        auto const time = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now()) - seconds;
-        std::array<char, 64> text {};
-        std::tm parts {};
-        gmtime_r(&time, &parts);
-        std::strftime(text.data(), text.size(), "%a, %d %b %Y %H:%M:%S GMT", &parts);
-        return std::string(text.data());
+    auto const dated = [&](std::vector<UpdateItem> const& items, std::int64_t secondsAgo) {
+        return key.signedFeed(feed(items, builtAgo(secondsAgo)));
     };
     controller->checkForUpdates();
     expectError("the feed is refused: it is not signed");
@@ -184,16 +174,15 @@ TEST_F(UpdatesTest, ASignedFeedIsDemandedAndNeverOlderThanTheLast)
     controller->checkForUpdates();
     expectError("the feed is refused: it does not say when it was built");
     constexpr std::int64_t day = 86400;
-    server.set("/feed", { .body = dated({}, dateAgo(31 * day)) });
+    server.set("/feed", { .body = dated({}, 31 * day) });
     controller->checkForUpdates();
     expectError("the feed is refused: it is too old");
-    server.set("/feed", { .body = dated({ item }, dateAgo(day)) });
+    server.set("/feed", { .body = dated({ item }, day) });
     controller->checkForUpdates();
     ASSERT_TRUE(waitFor(offerOf("2.0")));
-    desktop.press("later");
-    pumpUntil([&] { return desktop.open().empty(); });
+    press("later");
     // An old one, replayed to hide the update.
-    server.set("/feed", { .body = dated({}, dateAgo(2 * day)) });
+    server.set("/feed", { .body = dated({}, 2 * day) });
     startInstalled();
     controller->checkForUpdates();
     expectError("the feed is refused: a newer one was here before");
@@ -222,7 +211,7 @@ TEST_F(UpdatesTest, TheUserDecidesAboutChecksAtTheSecondStart)
     ASSERT_TRUE(waitFor("Check for updates automatically?|Should Ideas look for new versions from time to time?|"
                         "allow=Check Automatically,refuse=Don’t Check"));
     EXPECT_TRUE(server.requests().empty());
-    desktop.press("allow");
+    press("allow");
     pumpUntil([&] { return server.requests().size() == 1; });
     startInstalled();
     controller->checkForUpdates();
@@ -238,13 +227,11 @@ TEST_F(UpdatesTest, AnOfferThatWasSkippedOrClosedIsOverUntilItIsAskedFor)
     // Asked again, it is shown again.
     controller->checkForUpdates();
     pumpUntil([&] { return desktop.shown().size() == 2; });
-    desktop.dismiss();
-    pumpUntil([&] { return desktop.open().empty(); });
+    dismiss();
     controller->checkForUpdates();
     pumpUntil([&] { return desktop.shown().size() >= 3; });
     ASSERT_TRUE(waitFor(offerOf("2.0")));
-    desktop.press("skip");
-    pumpUntil([&] { return desktop.open().empty(); });
+    press("skip");
     EXPECT_EQ(app->start(), "1.0");
 }
 

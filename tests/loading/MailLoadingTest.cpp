@@ -18,6 +18,7 @@
 #include <sstream>
 #include <string>
 #include <sys/stat.h>
+#include <thread>
 #include <vector>
 
 using namespace paneweld;
@@ -56,6 +57,7 @@ protected:
         ExecuteMailScript const request { std::move(handler), std::move(params),
             [this](auto const& text, auto const& error) {
                 std::lock_guard const lock(m_mutex);
+                threads.push_back(std::this_thread::get_id());
                 times.push_back(Clock::now());
                 ends.push_back(
                     std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count());
@@ -77,6 +79,7 @@ protected:
     std::unique_ptr<Host> host;
     std::shared_ptr<platform::NSObject> controller;
     Lines answers;
+    std::vector<std::thread::id> threads;
     std::vector<Clock::time_point> times;
     // The same on the clock of the wall.
     std::vector<double> ends;
@@ -104,6 +107,9 @@ TEST_F(MailRoad, AMessageReachesTheDesktopAndThreeCallsKeepTheirDistance)
     EXPECT_EQ(portal.calls(),
         (Lines { "ComposeEmail to=ada@example.org,cb@example.org subject=Ideas body=line\nline files=contents",
             "ComposeEmail to= subject=5 body=true", "OpenURI mid:1.2@example.org" }));
+    // On the queue's own thread, all of them, and not on the host's.
+    EXPECT_EQ(threads, (std::vector<std::thread::id>(3, threads[0])));
+    EXPECT_NE(threads[0], std::this_thread::get_id());
     EXPECT_GE(times[1] - times[0], std::chrono::milliseconds(250));
     EXPECT_GE(times[2] - times[1], std::chrono::milliseconds(250));
 }

@@ -1,3 +1,4 @@
+#include "platform/foundation/Dictionary.h"
 #include "platform/foundation/Format.h"
 #include "tests/support/CompiledLocales.h"
 #include "tests/support/TextVectors.h"

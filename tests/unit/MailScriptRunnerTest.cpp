@@ -1,7 +1,11 @@
 #include "iOS/MailScriptRunner.h"
+#include "platform/foundation/Text.h"
+#include "tests/support/Vectors.h"
 #include "tests/support/World.h"
 
 #include <limits>
+#include <random>
+#include <thread>
 
 using namespace paneweld;
 using platform::NSAppleEventDescriptor;
@@ -99,6 +103,31 @@ TEST_F(MailRunner, TheScriptIsLoadedWithTheFirstCallAndOnlyOnce)
     EXPECT_EQ(world.logRecords().back().subsystem, "app.quorvel");
 }
 
+TEST_F(MailRunner, TheLogIsFiledUnderTheAppsIdentifier)
+{
+    world.files().addFile("/opt/named/Info.plist", "{ CFBundleIdentifier = \"com.example.Ideas\"; }");
+    world.bundles().setMainBundle("/opt/named");
+    runner = MailScriptRunner::create(world);
+    call("h");
+    world.settle();
+    EXPECT_EQ(runnersLog().size(), 1u);
+    EXPECT_EQ(world.logRecords().back().subsystem, "com.example.Ideas");
+}
+
+TEST_F(MailRunner, ItsQueueHasANameAndIsMadeWithIt)
+{
+    struct Named : backends::MemoryPlatform {
+        std::unique_ptr<platform::Queue> makeSerialQueue(std::string const& label) override
+        {
+            labels.push_back(label);
+            return backends::MemoryPlatform::makeSerialQueue(label);
+        }
+        std::vector<std::string> labels {};
+    } named;
+    auto const made = MailScriptRunner::create(named);
+    EXPECT_EQ(named.labels, std::vector<std::string> { "app.quorvel.mail-script-runner" });
+}
+
 TEST_F(MailRunner, AReplyThatIsNoTextIsNothingAndNumbersAreTheirDigits)
 {
     handle("nothing", [](auto const&) { return Answer {}; });
@@ -143,6 +172,59 @@ TEST_F(MailRunner, AMissingScriptFailsInTheSameWordsEachTimeWithThePause)
     EXPECT_EQ(errors, std::vector<NSError>(2, { "MailScriptRunner", -1, "MailHandlers.scpt not found in bundle" }));
     EXPECT_EQ(runnersLog(),
         std::vector<std::string>(2, "error: call handler failed: name=h error=MailHandlers.scpt not found in bundle"));
+}
+
+TEST_F(MailRunner, AScriptOfTheHostsIsNotThePlugIns)
+{
+    for (auto const* place : { "/opt/ideas/MailHandlers.scpt", "/opt/ideas/Resources/MailHandlers.scpt" }) {
+        world.files().addFile(place, "a script");
+        world.scripts().addScript(place);
+    }
+    call("h");
+    world.settle();
+    EXPECT_EQ(errors, std::vector<NSError>({ { "MailScriptRunner", -1, "MailHandlers.scpt not found in bundle" } }));
+    EXPECT_EQ(world.scripts().loads(), 0);
+}
+
+TEST_F(MailRunner, TenThousandTextsReachTheHandlerUnchangedAndInOrder)
+{
+    auto const seed = testSeed();
+    SCOPED_TRACE("PANEWELD_TEST_SEED=" + std::to_string(seed));
+    std::mt19937 random(seed);
+    constexpr char32_t awkward[] = { U'"', U'\'', U'\\', U'\n', U'\r', U'%', U'$', U'`', 0, U'\u2028', U'\U0001F4A1' };
+    std::vector<std::string> sent(10'000);
+    for (auto& text : sent) {
+        for (auto length = random() % 40; length > 0; --length) {
+            auto const letter = random() % 3 == 0 ? awkward[random() % std::size(awkward)] : random() % 0xD800;
+            platform::appendUTF8(text, static_cast<char32_t>(letter));
+        }
+    }
+    std::vector<std::string> heard;
+    handle("h", [&](auto const& arguments) {
+        for (auto const& argument : arguments)
+            heard.push_back(argument.textValue() ? *argument.textValue() : "no text");
+        return text("x");
+    });
+    call("h", { sent.begin(), sent.end() });
+    world.settle();
+    EXPECT_EQ(heard, sent);
+}
+
+TEST_F(MailRunner, MayBeCalledFromAnyThread)
+{
+    handle("h", [](auto const&) { return text("x"); });
+    constexpr int callsEach = 25;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&] {
+            for (int count = 0; count < callsEach; ++count)
+                call("h");
+        });
+    }
+    for (auto& thread : threads)
+        thread.join();
+    world.advance(Seconds { 0.25 } * (4 * callsEach));
+    EXPECT_EQ(answers, std::vector<std::string>(4 * callsEach, "h: x"));
 }
 
 TEST_F(MailRunner, AFailedLoadIsTriedAgainWithTheNextCall)

@@ -5,6 +5,7 @@
 #include "backends/shared/UpdateSettings.h"
 #include "backends/shared/UpdateVersion.h"
 #include "tests/support/Vectors.h"
+#include "tests/unit/FeedText.h"
 
 using backends::compareVersions;
 using backends::UpdateCircumstances;
@@ -15,33 +16,8 @@ using backends::XMLElement;
 namespace {
 
 constexpr auto file = "K_updates.json";
-constexpr auto sparkle = "http://www.andymatuschak.org/xml-namespaces/sparkle ";
 
 int signOf(std::strong_ordering order) { return order < 0 ? -1 : order > 0 ? 1 : 0; }
-
-XMLElement element(std::string name, std::string text)
-{
-    XMLElement made;
-    made.name = std::move(name);
-    made.text = std::move(text);
-    return made;
-}
-
-XMLElement documentOf(std::vector<XMLElement> items)
-{
-    XMLElement channel { "channel", {}, {}, std::move(items) };
-    return { "rss", {}, {}, { std::move(channel) } };
-}
-
-XMLElement itemOf(nlohmann::json const& facts)
-{
-    XMLElement item { "item", {}, {}, {} };
-    if (facts.contains("version"))
-        item.children.push_back(element(std::string(sparkle) + "version", facts["version"]));
-    if (facts.contains("url"))
-        item.children.push_back({ "enclosure", { { "url", facts["url"] } }, {}, {} });
-    return item;
-}
 
 UpdateItem release(std::string version)
 {
@@ -223,87 +199,27 @@ TEST(UpdateSettings, AreReadFromTheTextsOfAnInfo)
     EXPECT_EQ(settings.feedURL, "https://example.org/feed");
     EXPECT_EQ(settings.publicKeys, (std::vector<std::string> { "one", "two", "three" }));
     EXPECT_TRUE(settings.requiresSignedFeed);
+    EXPECT_FALSE(settings.allowsUnsignedFeed);
     EXPECT_EQ(settings.checksAutomatically, false);
     EXPECT_EQ(settings.checkInterval, 7200);
     EXPECT_TRUE(settings.updatesAutomatically);
     EXPECT_EQ(settings.channels, (std::set<std::string> { "beta" }));
     info["SUAllowsAutomaticUpdates"] = "NO";
     EXPECT_FALSE(read().updatesAutomatically);
+    info["SURequireSignedFeed"] = "NO";
+    EXPECT_FALSE(read().requiresSignedFeed);
+    EXPECT_TRUE(read().allowsUnsignedFeed);
     info.clear();
+    EXPECT_FALSE(read().requiresSignedFeed);
+    EXPECT_FALSE(read().allowsUnsignedFeed);
     EXPECT_FALSE(read().checksAutomatically);
     EXPECT_EQ(read().checkInterval, 86400);
     EXPECT_TRUE(read().publicKeys.empty());
     info["SUScheduledCheckInterval"] = "soon";
     EXPECT_EQ(read().checkInterval, 86400);
-}
-
-TEST(Appcast, ReadsAllThatAFeedMaySay)
-{
-    auto const name = [](std::string const& local) { return sparkle + local; };
-    XMLElement enclosure { "enclosure",
-        { { "url", " http://h/a.zip " }, { "length", "1234" }, { name("version"), "7" }, { name("os"), "linux" },
-            { name("edSignature"), "abc" } },
-        {}, {} };
-    XMLElement informational { name("informationalUpdate"), {}, {},
-        { element(name("version"), "3"), element(name("belowVersion"), "2") } };
-    XMLElement item { "item", {}, {},
-        { element("title", " Seven "), element("link", "https://h/seven"), element(name("version"), "6"),
-            element(name("shortVersionString"), "Seven"), element(name("channel"), "beta"),
-            element(name("minimumSystemVersion"), "5"), element(name("maximumSystemVersion"), "7"),
-            element(name("minimumAutoupdateVersion"), "4"), element(name("ignoreSkippedUpgradesBelowVersion"), "6.5"),
-            element(name("releaseNotesLink"), "https://h/notes"), element(name("phasedRolloutInterval"), "3600"),
-            element("pubDate", "Fri, 31 Dec 1999 23:59:59 +0100"),
-            { name("criticalUpdate"), { { name("version"), "1.5" } }, {}, {} }, informational, enclosure } };
-    auto const feed = backends::updateFeedFrom(documentOf({ item }));
-    ASSERT_TRUE(feed.hasValue());
-    ASSERT_EQ(feed.value().items.size(), 1u);
-    UpdateItem expected;
-    // The attribute goes before the element.
-    expected.version = "7";
-    expected.displayVersion = "Seven";
-    expected.title = "Seven";
-    expected.url = "http://h/a.zip";
-    expected.link = "https://h/seven";
-    expected.length = 1234;
-    expected.signature = "abc";
-    expected.releaseNotesURL = "https://h/notes";
-    expected.channel = "beta";
-    expected.minimumSystemVersion = "5";
-    expected.maximumSystemVersion = "7";
-    expected.minimumAutomaticVersion = "4";
-    expected.ignoreSkippedBelowVersion = "6.5";
-    expected.system = "linux";
-    expected.isCritical = true;
-    expected.criticalBelowVersion = "1.5";
-    expected.isInformational = true;
-    expected.informationalVersions = { "3" };
-    expected.informationalBelowVersion = "2";
-    expected.date = 946681199;
-    expected.rolloutInterval = 3600;
-    EXPECT_EQ(feed.value().items[0], expected);
-}
-
-TEST(Appcast, OneBadItemFailsTheFeed)
-{
-    auto const good = itemOf({ { "version", "1" }, { "url", "https://h/a" } });
-    auto odd = good;
-    auto const fails = [&](XMLElement const& bad) {
-        return !backends::updateFeedFrom(documentOf({ good, bad })).hasValue();
-    };
-    EXPECT_FALSE(fails(good));
-    for (auto const* url : { "ftp://h/a", "file:///a", "https://", "a.zip", "https://h/\na", "javascript:a" })
-        EXPECT_TRUE(fails(itemOf({ { "version", "1" }, { "url", url } }))) << url;
-    odd.children.back() = element("link", "mailto:a@h");
-    EXPECT_TRUE(fails(odd));
-    odd.children.back() = element("link", "https://h/");
-    EXPECT_FALSE(fails(odd));
-    odd.children.push_back(element(std::string(sparkle) + "channel", "be ta"));
-    EXPECT_TRUE(fails(odd));
-    odd = good;
-    odd.children[1].attributes["length"] = "12 MB";
-    EXPECT_TRUE(fails(odd));
-    EXPECT_FALSE(backends::updateFeedFrom(element("rss", "")).hasValue());
-    EXPECT_FALSE(backends::updateFeedFrom(element("feed", "")).hasValue());
+    EXPECT_TRUE(read().showsReleaseNotes);
+    info["SUShowReleaseNotes"] = "NO";
+    EXPECT_FALSE(read().showsReleaseNotes);
 }
 
 TEST(FeedDate, IsReadInTheFormsThatFeedsHave)

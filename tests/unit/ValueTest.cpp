@@ -1,4 +1,4 @@
-#include "platform/foundation/Value.h"
+#include "platform/foundation/Dictionary.h"
 #include "platform/foundation/UUID.h"
 
 #include <cmath>

@@ -38,6 +38,8 @@ class Bus {
 public:
     // The address as in the D-Bus specification, "unix:path=/run/dbus/system_bus_socket". Fails when nobody listens.
     static platform::Result<std::unique_ptr<Bus>> connect(EventLoop& loop, std::string const& address);
+    // Reads and writes what is possible at once; otherwise the loop does it in its turn.
+    void hurry();
     // Where the machine's own bus is, and that of the user's session; the latter is empty without one.
     static std::string systemAddress();
     static std::string sessionAddress();

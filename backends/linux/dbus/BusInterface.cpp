@@ -2,6 +2,7 @@
 
 #include "backends/linux/dbus/BusMessage.h"
 #include "backends/linux/dbus/BusVariant.h"
+#include "platform/foundation/Dictionary.h"
 
 #include <algorithm>
 #include <string_view>

@@ -1,6 +1,7 @@
 #include "backends/linux/dbus/BusMessage.h"
 
 #include "backends/linux/dbus/BusVariant.h"
+#include "platform/foundation/Dictionary.h"
 
 #include <cstdint>
 #include <optional>
@@ -53,16 +54,16 @@ std::optional<Value> readDictionary(sd_bus_message* message, char const* content
     // Without the braces.
     std::string_view const whole(contents);
     std::string const pair(whole.substr(1, whole.size() - 2));
-    Dictionary dictionary;
+    Dictionary::Entries entries;
     int entered = 0;
     while ((entered = sd_bus_message_enter_container(message, SD_BUS_TYPE_DICT_ENTRY, pair.c_str())) > 0) {
         auto const key = readValue(message);
         auto value = key ? readValue(message) : std::nullopt;
         if (!value || sd_bus_message_exit_container(message) < 0)
             return std::nullopt;
-        dictionary[key->description()] = std::move(*value);
+        entries.emplace_back(key->description(), std::move(*value));
     }
-    return entered < 0 ? std::nullopt : std::optional(Value(std::move(dictionary)));
+    return entered < 0 ? std::nullopt : std::optional(Value(Dictionary(std::move(entries))));
 }
 
 std::optional<Value> readContainer(sd_bus_message* message, char type, char const* contents)

@@ -2,6 +2,7 @@
 
 #include "backends/linux/dbus/BusVariant.h"
 #include "platform/appkit/NSMenu.h"
+#include "platform/foundation/Dictionary.h"
 
 #include <limits>
 #include <utility>
@@ -31,8 +32,8 @@ Dictionary filtered(Dictionary const& properties, List const& names)
         return properties;
     Dictionary some;
     for (auto const& name : names) {
-        if (auto const found = properties.find(*name.asText()); found != properties.end())
-            some.insert(*found);
+        if (auto const* const value = properties.value(*name.asText()))
+            some[*name.asText()] = *value;
     }
     return some;
 }

@@ -41,6 +41,10 @@ DBusStatusItem::DBusStatusItem(
     , m_log(log)
     , m_return(loop, m_options.busAddress, [this] { connectAgain(); })
 {
+    if (m_options.bus) {
+        serve(std::move(m_options.bus));
+        return;
+    }
     auto const error = connect(m_options.busAddress);
     if (!error)
         return;
@@ -55,15 +59,15 @@ std::optional<platform::NSError> DBusStatusItem::connect(std::string const& addr
     auto bus = Bus::connect(m_loop, address);
     if (!bus)
         return bus.error();
-    m_bus = bus.take();
-    m_ready = m_bus->whenReady([this] { m_return.found(); });
-    m_lost = m_bus->whenLost([this] { busDidGo(); });
-    serve();
+    serve(bus.take());
     return std::nullopt;
 }
 
-void DBusStatusItem::serve()
+void DBusStatusItem::serve(std::unique_ptr<Bus> bus)
 {
+    m_bus = std::move(bus);
+    m_ready = m_bus->whenReady([this] { m_return.found(); });
+    m_lost = m_bus->whenLost([this] { busDidGo(); });
     m_menu = std::make_unique<DBusMenu>(*m_bus, m_loop, menuPath, m_log,
         [button = m_button] { button->reportRightMouseDown(NSEvent { EventType::RightMouseDown }); });
     if (m_shownMenu)
@@ -80,6 +84,7 @@ void DBusStatusItem::serve()
     observer.stateDidChange = m_options.stateDidChange;
     m_item = std::make_unique<StatusNotifierItem>(*m_bus, m_loop, std::move(identity), m_log, std::move(observer));
     redraw();
+    m_bus->hurry();
 }
 
 void DBusStatusItem::busDidGo()

@@ -25,6 +25,8 @@ class DBusStatusItem {
 public:
     struct Options {
         std::string busAddress;
+        // A connection to it, where there is one already.
+        std::unique_ptr<Bus> bus {};
         StatusNotifierItem::Identity identity;
         // What an image looks like in the sizes that panels have. Empty, when it cannot be drawn (yet).
         std::function<std::vector<IconPixmap>(platform::NSImage const&)> drawIcon {};
@@ -50,8 +52,8 @@ public:
 
 private:
     std::optional<platform::NSError> connect(std::string const& address);
+    void serve(std::unique_ptr<Bus> bus);
     void connectAgain();
-    void serve();
     void busDidGo();
     void press(std::optional<StatusNotifierItem::Place> place, std::string const& activationToken);
     StatusIcon icon() const;

@@ -1,5 +1,7 @@
 #include "backends/linux/dbus/Notifications.h"
 
+#include "platform/foundation/Dictionary.h"
+
 #include <cstdint>
 #include <utility>
 
@@ -31,13 +33,14 @@ std::string withoutMarkup(std::string const& text)
 
 } // namespace
 
-Notifications::Notifications(
-    EventLoop& loop, std::string busAddress, std::string appName, std::string appIdentifier, platform::OSLog log)
+Notifications::Notifications(EventLoop& loop, std::string busAddress, std::string appName, std::string appIdentifier,
+    platform::OSLog log, platform::Seconds patience)
     : m_loop(loop)
     , m_busAddress(std::move(busAddress))
     , m_appName(std::move(appName))
     , m_appIdentifier(std::move(appIdentifier))
     , m_log(std::move(log))
+    , m_patience(patience)
 {
 }
 
@@ -48,20 +51,23 @@ bool Notifications::connect()
     m_showing = {};
     m_actions = {};
     m_closings = {};
+    m_serverChanges = {};
     m_lost = {};
     m_bus.reset();
     m_shown = 0;
     m_isAsking = false;
     auto bus = Bus::connect(m_loop, m_busAddress);
     if (!bus) {
-        m_log.error("nothing can be shown to the user: %{public}s", { bus.error().localizedDescription });
+        complain(bus.error().localizedDescription);
         return false;
     }
     m_bus = bus.take();
     m_isLost = false;
-    m_lost = m_bus->whenLost([this] { m_isLost = true; });
+    m_lost = m_bus->whenLost([this] { handleLoss(); });
     m_actions = m_bus->whenSignal(member("ActionInvoked"), [this](auto const& signal) { handleAction(signal); });
     m_closings = m_bus->whenSignal(member("NotificationClosed"), [this](auto const& signal) { handleClosed(signal); });
+    m_serverChanges = m_bus->whenOwnerChanges(
+        service, [this](auto const& before, auto const& after) { handleServerChange(before, after); });
     return true;
 }
 
@@ -69,6 +75,7 @@ void Notifications::show(Notice const& notice, Answer answered)
 {
     m_answered = std::move(answered);
     m_notice = notice;
+    m_wait = {};
     m_isWanted = connect();
     m_nobodyThere = m_isWanted ? LoopSource {} : m_loop.soon([this] { answer({}); });
     m_isNextWaiting = m_isWanted && m_isAsking;
@@ -99,13 +106,14 @@ void Notifications::handleShown(BusMessage const& reply)
     m_isAsking = false;
     auto const number = reply.argument(0).asUInt32();
     if (reply.isError() || !number) {
-        m_log.error("nothing can be shown to the user: %{public}s", { reply.isError() ? reply.error : "odd answer" });
+        complain(reply.isError() ? reply.error : "odd answer");
         m_shown = 0;
         if (!m_isNextWaiting)
             answer({});
     } else {
         m_shown = *number;
         m_server = reply.sender;
+        m_hasComplained = false;
     }
     if (m_isNextWaiting)
         send();
@@ -117,6 +125,7 @@ void Notifications::close()
 {
     m_answered = nullptr;
     m_nobodyThere = {};
+    m_wait = {};
     m_isWanted = false;
     m_isNextWaiting = false;
     if (m_bus && !m_isLost && m_shown != 0)
@@ -144,6 +153,47 @@ void Notifications::handleClosed(BusMessage const& signal)
         return;
     m_shown = 0;
     answer({});
+}
+
+void Notifications::handleServerChange(std::string const& before, std::string const& after)
+{
+    if (m_shown != 0 && before == m_server) {
+        // Its notices are gone from the screen with it, and their numbers mean nothing to the next.
+        m_shown = 0;
+        // What is just being told will be shown, or refused, by whoever is asked.
+        if (m_isAsking)
+            return;
+        if (!m_notice.isLasting || !m_answered) {
+            answer({});
+            return;
+        }
+        m_wait = m_loop.after(m_patience, [this] {
+            m_wait = {};
+            // The bus may know a program to start. Nobody is the answer of one that knows none.
+            send();
+        });
+    }
+    if (m_wait && !after.empty()) {
+        m_wait = {};
+        send();
+    }
+}
+
+void Notifications::handleLoss()
+{
+    m_isLost = true;
+    m_shown = 0;
+    m_isAsking = false;
+    m_isNextWaiting = false;
+    m_wait = {};
+    // Not from here: who hears it may want to show something else, over another connection.
+    m_nobodyThere = m_loop.soon([this] { answer({}); });
+}
+
+void Notifications::complain(std::string const& reason)
+{
+    if (!std::exchange(m_hasComplained, true))
+        m_log.error("nothing can be shown to the user: %{public}s", { reason });
 }
 
 void Notifications::answer(std::string const& action)

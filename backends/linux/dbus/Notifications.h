@@ -2,6 +2,7 @@
 
 #include "backends/linux/dbus/Bus.h"
 #include "backends/linux/loop/EventLoop.h"
+#include "platform/dispatch/Clock.h"
 #include "platform/log/OSLog.h"
 
 #include <cstdint>
@@ -14,7 +15,8 @@
 namespace backends {
 
 // One notification at a time on the user's desktop (Desktop Notifications Specification 1.2). The next one takes the
-// place of the one before. Main thread only.
+// place of the one before. A lasting one outlives the program that shows it: the next such program shows it again.
+// Main thread only.
 class Notifications {
 public:
     struct Notice {
@@ -29,9 +31,13 @@ public:
     // The name of the action, or empty when the notice was closed without one.
     using Answer = std::function<void(std::string const& action)>;
 
-    // The identifier is that of the desktop entry, for its icon.
-    Notifications(
-        EventLoop& loop, std::string busAddress, std::string appName, std::string appIdentifier, platform::OSLog log);
+    // A desktop that begins anew takes some seconds.
+    static constexpr platform::Seconds usualPatience { 60 };
+
+    // The identifier is that of the desktop entry, for its icon. When the program that shows a lasting notice ends, and
+    // no other comes with so much patience, the bus is asked to start one; where it cannot the notice counts as closed.
+    Notifications(EventLoop& loop, std::string busAddress, std::string appName, std::string appIdentifier,
+        platform::OSLog log, platform::Seconds patience = usualPatience);
 
     // Where there is nobody to show it, the log says so, and it counts as closed. Never inside the call.
     void show(Notice const& notice, Answer answered);
@@ -43,6 +49,9 @@ private:
     void handleShown(BusMessage const& reply);
     void handleAction(BusMessage const& signal);
     void handleClosed(BusMessage const& signal);
+    void handleServerChange(std::string const& before, std::string const& after);
+    void handleLoss();
+    void complain(std::string const& reason);
     bool isOurs(BusMessage const& signal) const;
     void answer(std::string const& action);
 
@@ -51,11 +60,13 @@ private:
     std::string m_appName;
     std::string m_appIdentifier;
     platform::OSLog m_log;
+    platform::Seconds m_patience;
     std::unique_ptr<Bus> m_bus;
     BusSlot m_lost;
     bool m_isLost = false;
     BusSlot m_actions;
     BusSlot m_closings;
+    BusSlot m_serverChanges;
     BusSlot m_showing;
     // The number of the notice that is shown, and by whom; 0 for none.
     std::uint32_t m_shown = 0;
@@ -65,7 +76,11 @@ private:
     bool m_isAsking = false;
     bool m_isNextWaiting = false;
     bool m_isWanted = false;
+    // The log says once that nobody shows anything, not for every hundredth of a download.
+    bool m_hasComplained = false;
     LoopSource m_nobodyThere;
+    // For another program that shows what the one before took along.
+    LoopSource m_wait;
     Answer m_answered;
 };
 

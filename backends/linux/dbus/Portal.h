@@ -2,7 +2,7 @@
 
 #include "backends/linux/dbus/Bus.h"
 #include "platform/foundation/Result.h"
-#include "platform/foundation/Value.h"
+#include "platform/foundation/Dictionary.h"
 
 #include <cstdint>
 #include <functional>

@@ -1,6 +1,7 @@
 #include "backends/linux/dbus/XfceShortcuts.h"
 
 #include "backends/linux/dbus/BusMessage.h"
+#include "platform/foundation/Dictionary.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -38,7 +38,7 @@ platform::Result<UpdateFeed> feedFromBytes(std::string const& bytes, UpdateSetti
     auto const document = readXML(signature ? signature->content : std::string_view(bytes));
     if (!document)
         return NSError { "Updates", 1004, "the feed cannot be read: " + document.error().localizedDescription };
-    return updateFeedFrom(document.value());
+    return updateFeedFrom(document.value(), settings.languages);
 }
 
 platform::Result<UpdateFeed> downloadFeed(UpdateSettings const& settings, Download download)

@@ -163,6 +163,11 @@ std::optional<NSAppleEventDescriptor> LuaScript::executeAppleEvent(
     NSAppleEventDescriptor const& event, Dictionary& errorInfo)
 {
     std::lock_guard const lock(m_mutex);
+    if (!platform::isSubroutineCall(event)) {
+        errorInfo = { { platform::NSAppleScriptErrorMessage, "the event calls no handler" },
+            { platform::NSAppleScriptErrorNumber, platform::errAEEventNotHandled } };
+        return std::nullopt;
+    }
     auto const* const name = event.descriptorForKeyword(platform::keyASSubroutineName);
     auto const* const arguments = event.descriptorForKeyword(platform::keyDirectObject);
     m_handler = name ? name->stringValue().value_or("") : "";

@@ -34,13 +34,12 @@ std::shared_ptr<platform::NSAppleScript> ScriptEngine::load(
     if (!lua)
         return refuse(lua.error(), errorInfo);
     // The code and the functions are kept: a script that hangs is replaced by a new one.
-    auto const open = [lua = lua.value(), code = std::string(code.value()), functions = m_functions, limits = m_limits](
-                          platform::Dictionary& why) -> std::shared_ptr<platform::NSAppleScript> {
+    auto open = [lua = lua.value(), code = std::string(code.value()), functions = m_functions, limits = m_limits](
+                    platform::Dictionary& why) -> std::shared_ptr<platform::NSAppleScript> {
         auto const script = std::make_shared<LuaScript>(lua, functions, limits);
         return script->load(code, why) ? script : nullptr;
     };
-    auto script = open(errorInfo);
-    return script ? std::make_shared<GuardedScript>(std::move(script), open, m_limits.time) : nullptr;
+    return GuardedScript::create(std::move(open), m_limits.time, errorInfo);
 }
 
 } // namespace backends

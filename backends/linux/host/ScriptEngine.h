@@ -34,8 +34,8 @@ struct ScriptFunction {
 class ScriptEngine : public platform::NSAppleScripts {
 public:
     struct Limits {
-        // A handler that takes longer is ended, or left behind when it cannot be (errAETimeout). Loading a script
-        // counts the same, as far as it can be ended.
+        // A handler that takes longer is ended, or left behind when it cannot be (errAETimeout). What a script does
+        // while it is loaded counts the same.
         platform::Seconds time { 120 };
         std::size_t bytes = 256 * 1024 * 1024;
     };

@@ -162,7 +162,7 @@ TEST_F(StatusItemOnX, ALongListComesWhole)
     std::size_t received = 0;
     platform::Observation const observation(platform::NotificationCenter::defaultCenter(),
         { NotificationName::importDroppedURLs(), nullptr, {} }, [&](platform::Notification const& notification) {
-            received = notification.userInfo->at("urls").asList()->size();
+            received = notification.value("urls")->asList()->size();
         });
     EXPECT_TRUE(drop());
     EXPECT_EQ(received, count);

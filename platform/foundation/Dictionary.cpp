@@ -1,0 +1,63 @@
+#include "platform/foundation/Dictionary.h"
+
+#include <algorithm>
+
+namespace platform {
+
+namespace {
+
+bool isBefore(Dictionary::Entry const& entry, std::string_view key) { return entry.first < key; }
+
+} // namespace
+
+Dictionary::Dictionary(std::initializer_list<Field> fields)
+{
+    m_entries.reserve(fields.size());
+    for (auto const& [key, value] : fields)
+        (*this)[key] = std::move(value);
+}
+
+Dictionary::Dictionary(Entries entries)
+    : m_entries(std::move(entries))
+{
+    auto const before = [](Entry const& one, Entry const& other) { return one.first < other.first; };
+    std::stable_sort(m_entries.begin(), m_entries.end(), before);
+    // Seen from behind the last of equal ones is the first, which is the one that stays.
+    auto const isSame = [](Entry const& one, Entry const& other) { return one.first == other.first; };
+    m_entries.erase(m_entries.begin(), std::unique(m_entries.rbegin(), m_entries.rend(), isSame).base());
+}
+
+Value& Dictionary::operator[](std::string_view key)
+{
+    // Entries that come in order, which is the usual case, need no search.
+    if (m_entries.empty() || m_entries.back().first < key)
+        return m_entries.emplace_back(key, Value()).second;
+    auto const position = place(key);
+    if (position->first == key)
+        return position->second;
+    return m_entries.emplace(position, key, Value())->second;
+}
+
+void Dictionary::insert_or_assign(std::string_view key, Value value) { (*this)[key] = std::move(value); }
+
+Dictionary::const_iterator Dictionary::find(std::string_view key) const
+{
+    auto const position = std::lower_bound(m_entries.begin(), m_entries.end(), key, isBefore);
+    return position != end() && position->first == key ? position : end();
+}
+
+std::size_t Dictionary::erase(std::string_view key)
+{
+    auto const found = find(key);
+    if (found == end())
+        return 0;
+    m_entries.erase(found);
+    return 1;
+}
+
+Dictionary::Entries::iterator Dictionary::place(std::string_view key)
+{
+    return std::lower_bound(m_entries.begin(), m_entries.end(), key, isBefore);
+}
+
+} // namespace platform
