@@ -32,7 +32,6 @@ std::vector<std::string> const& Scenario::findingNames()
 
 Scenario::Scenario(Session& session, std::string const& toolkit)
     : m_hasPixels(session.hasPixels())
-    , m_toolkit(toolkit)
     , m_host(toolkit)
     , m_user(session.display())
     , m_other(session, m_user)
@@ -55,9 +54,10 @@ std::vector<Scenario::Finding> Scenario::run()
     appear("found", 200);
     std::string why;
     for (auto const& finding : m_findings) {
-        // Those two have their rows. SDL makes a window anew when it is first painted, in a race with everybody.
-        bool const isRace = m_toolkit == "sdl2" && finding.name == "unseen";
-        if (!finding.holds && !isRace && finding.name != "borderless" && finding.name != "all desktops")
+        // Those two have their rows. How often the third is so on this road is counted for itself; here the panel comes
+        // with another height, and a window manager may draw its frame a moment after the window.
+        if (!finding.holds && finding.name != "borderless" && finding.name != "all desktops"
+            && finding.name != "unseen")
             why += finding.name + " (" + finding.note + ") ";
     }
     if (!m_host.isRunning())
@@ -149,19 +149,26 @@ void Scenario::pinAndUnpin()
 void Scenario::escape()
 {
     // The user clicks into the panel and presses Escape. Nobody is as fast as this one, who may press it before the
-    // host has heard that its panel is active: then the toolkit gets it, and the user presses it a second time.
+    // host has heard that its panel is active, or while the window manager still gives the keyboard to another window:
+    // then the user does both a second time.
     auto const closed = panel();
-    clickPanel();
-    bool const isActive = comesTrue([&] { return m_user.activeWindow() == closed; });
-    auto const press = [&] {
+    auto const isActive = [&] { return m_user.activeWindow() == closed; };
+    auto const clickAndPress = [&] {
         auto const missed = m_host.count("key b1");
+        clickPanel();
+        if (!comesTrue(isActive))
+            return false;
         m_user.press(escapeKey);
         m_user.release(escapeKey);
-        comesTrue([&] { return m_host.count("closed b1") > 0 || m_host.count("key b1") > missed; });
-        return m_host.count("closed b1") > 0;
+        comesTrue([&] {
+            return m_host.count("closed b1") > 0 || m_host.count("key b1") > missed
+                || (!isActive() && m_user.isViewable(closed));
+        });
+        return comesTrue([&] { return m_host.count("closed b1") > 0 || m_user.isViewable(closed); })
+            && m_host.count("closed b1") > 0;
     };
-    bool const isGone = (press() || press()) && comesTrue([&] { return !m_user.isViewable(closed); });
-    note("Escape", isActive && isGone, std::to_string(isActive) + std::to_string(isGone) + "\n" + m_host.story());
+    bool const isGone = (clickAndPress() || clickAndPress()) && comesTrue([&] { return !m_user.isViewable(closed); });
+    note("Escape", isGone, "active " + std::to_string(isActive()) + "\n" + m_host.story());
 }
 
 void Scenario::clickPanel()

@@ -45,7 +45,6 @@ private:
     std::string whereItIs();
 
     bool m_hasPixels;
-    std::string m_toolkit;
     Geometry m_firstPlace {};
     HostProcess m_host;
     Client m_user;
