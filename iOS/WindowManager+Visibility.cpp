@@ -63,14 +63,15 @@ void WindowManager::installEscapeMonitor(std::shared_ptr<NSWindow> const& window
         return;
     // The handler does not ask which window the event is for: while the brainstorm window is key, Escape anywhere in
     // the application closes it. The hold on the window is strong and ends with the monitor.
-    m_keyDownMonitors[window.get()]
-        = m_platform.eventMonitors().addLocalMonitorForEventsMatchingMask(platform::EventMask::KeyDown,
-            { platform::keyCodeEscape }, [window](NSEvent const& event) -> std::optional<NSEvent> {
-                if (event.keyCode != platform::keyCodeEscape)
-                    return event;
-                window->close();
-                return std::nullopt;
-            });
+    m_keyDownMonitors[window.get()] = m_platform.eventMonitors().addLocalMonitorForEventsMatchingMask(
+        platform::EventMask::KeyDown, { platform::keyCodeEscape },
+        [window](NSEvent const& event) -> std::optional<NSEvent> {
+            if (event.keyCode != platform::keyCodeEscape)
+                return event;
+            window->close();
+            return std::nullopt;
+        },
+        platform::NSEventMonitors::Consumption::Always);
 }
 
 void WindowManager::removeEscapeMonitor(NSWindow const& window)

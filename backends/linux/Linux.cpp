@@ -61,7 +61,7 @@ bool isWaylandSession()
 class NoEventMonitors : public platform::NSEventMonitors {
 public:
     std::shared_ptr<NSEventMonitor> addLocalMonitorForEventsMatchingMask(
-        EventMask, std::set<std::uint16_t>, Handler) override
+        EventMask, std::set<std::uint16_t>, Handler, Consumption) override
     {
         return nullptr;
     }

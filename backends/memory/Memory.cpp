@@ -156,11 +156,12 @@ std::unique_ptr<platform::SPUStandardUpdaterController> MemoryPlatform::makeStan
 }
 
 std::shared_ptr<platform::NSEventMonitor> MemoryPlatform::Monitors::addLocalMonitorForEventsMatchingMask(
-    platform::EventMask mask, std::set<std::uint16_t> keyCodes, Handler handler)
+    platform::EventMask mask, std::set<std::uint16_t> keyCodes, Handler handler, Consumption consumption)
 {
     if (!canWatch)
         return nullptr;
-    return NSEventMonitors::addLocalMonitorForEventsMatchingMask(mask, std::move(keyCodes), std::move(handler));
+    return NSEventMonitors::addLocalMonitorForEventsMatchingMask(
+        mask, std::move(keyCodes), std::move(handler), consumption);
 }
 
 URL MemoryPlatform::Files::homeDirectoryForCurrentUser() const

@@ -157,8 +157,8 @@ private:
     struct Monitors : platform::NSEventMonitors {
         bool canWatch = true;
 
-        std::shared_ptr<platform::NSEventMonitor> addLocalMonitorForEventsMatchingMask(
-            platform::EventMask mask, std::set<std::uint16_t> keyCodes, Handler handler) override;
+        std::shared_ptr<platform::NSEventMonitor> addLocalMonitorForEventsMatchingMask(platform::EventMask mask,
+            std::set<std::uint16_t> keyCodes, Handler handler, Consumption consumption) override;
     };
 
     struct Files : platform::FileManager {

@@ -9,6 +9,7 @@ public:
     EventMask mask;
     std::set<std::uint16_t> keyCodes;
     NSEventMonitors::Handler handler;
+    NSEventMonitors::Consumption consumption = NSEventMonitors::Consumption::PerEvent;
     bool isRemoved = false;
 
     bool wants(NSEvent const& event) const
@@ -19,12 +20,13 @@ public:
 };
 
 std::shared_ptr<NSEventMonitor> NSEventMonitors::addLocalMonitorForEventsMatchingMask(
-    EventMask mask, std::set<std::uint16_t> keyCodesOfInterest, Handler handler)
+    EventMask mask, std::set<std::uint16_t> keyCodesOfInterest, Handler handler, Consumption consumption)
 {
     auto monitor = std::make_shared<NSEventMonitor>();
     monitor->mask = mask;
     monitor->keyCodes = std::move(keyCodesOfInterest);
     monitor->handler = std::move(handler);
+    monitor->consumption = consumption;
     m_monitors.push_back(monitor);
     interestDidChange();
     return monitor;
@@ -54,6 +56,16 @@ std::set<std::uint16_t> NSEventMonitors::keyCodesOfInterest() const
     std::set<std::uint16_t> codes;
     for (auto const& monitor : m_monitors)
         codes.insert(monitor->keyCodes.begin(), monitor->keyCodes.end());
+    return codes;
+}
+
+std::set<std::uint16_t> NSEventMonitors::keyCodesAlwaysConsumed() const
+{
+    std::set<std::uint16_t> codes;
+    for (auto const& monitor : m_monitors) {
+        if (monitor->consumption == Consumption::Always)
+            codes.insert(monitor->keyCodes.begin(), monitor->keyCodes.end());
+    }
     return codes;
 }
 

@@ -22,13 +22,17 @@ public:
     // Gives the event on, or gives nothing: then nobody else sees it.
     using Handler = std::function<std::optional<NSEvent>(NSEvent const&)>;
 
+    // Whether the handler decides about each key of interest anew, or never gives one on. Where it never does, a
+    // window system need not keep the keyboard waiting for the decision.
+    enum class Consumption { PerEvent, Always };
+
     virtual ~NSEventMonitors() = default;
 
     // addLocalMonitorForEventsMatchingMask:handler: with, beside it, the virtual key codes of interest, because on a
     // window system without a global view only the keys that are asked for can be watched. Null when the backend
     // cannot watch keys.
-    [[nodiscard]] virtual std::shared_ptr<NSEventMonitor> addLocalMonitorForEventsMatchingMask(
-        EventMask mask, std::set<std::uint16_t> keyCodesOfInterest, Handler handler);
+    [[nodiscard]] virtual std::shared_ptr<NSEventMonitor> addLocalMonitorForEventsMatchingMask(EventMask mask,
+        std::set<std::uint16_t> keyCodesOfInterest, Handler handler, Consumption consumption = Consumption::PerEvent);
     void removeMonitor(std::shared_ptr<NSEventMonitor> const& monitor);
 
     // Runs the event through the monitors, the latest first, as long as it is given on. What comes out goes on to the
@@ -37,6 +41,8 @@ public:
 
     // The union of all codes of interest, for the backend.
     std::set<std::uint16_t> keyCodesOfInterest() const;
+    // Those of them that nobody else gets in any case.
+    std::set<std::uint16_t> keyCodesAlwaysConsumed() const;
 
 protected:
     virtual void interestDidChange() { }

@@ -215,6 +215,12 @@ void Client::button(int number, bool isDown)
     sync();
 }
 
+void Client::click()
+{
+    button(1, true);
+    button(1, false);
+}
+
 bool Client::grabKey(xcb_window_t window, xcb_keycode_t key, std::uint16_t modifiers)
 {
     backends::XHandle<xcb_generic_error_t> const error(xcb_request_check(m_connection,

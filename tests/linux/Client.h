@@ -72,6 +72,8 @@ public:
     void release(xcb_keycode_t key);
     void movePointer(int x, int y);
     void button(int number, bool isDown);
+    // The first button, where the pointer is.
+    void click();
     // Keeps a key on a window from then on. False when somebody else has it.
     bool grabKey(xcb_window_t window, xcb_keycode_t key, std::uint16_t modifiers);
     void ungrabKey(xcb_window_t window, xcb_keycode_t key, std::uint16_t modifiers);

@@ -42,9 +42,11 @@ protected:
         return frame;
     }
 
-    void expectBottomAndCentreNeverMove(bool isBorderless, bool isManaged)
+    void expectBottomAndCentreNeverMove(bool isBorderless, std::vector<std::string> const& manager)
     {
-        start(isManaged ? With::WindowManager : With::Nothing);
+        start(With::Nothing);
+        if (!manager.empty())
+            desktop->startWindowManager(manager);
         auto const shown = show({ .title = "still" });
         auto const id = xid(shown);
         if (isBorderless)
@@ -72,11 +74,21 @@ protected:
     }
 };
 
-TEST_F(Frames, BottomAndCentreOfADecoratedWindowNeverMove) { expectBottomAndCentreNeverMove(false, true); }
+TEST_F(Frames, BottomAndCentreOfADecoratedWindowNeverMove) { expectBottomAndCentreNeverMove(false, { "openbox" }); }
 
-TEST_F(Frames, BottomAndCentreOfABorderlessWindowNeverMove) { expectBottomAndCentreNeverMove(true, true); }
+TEST_F(Frames, BottomAndCentreOfABorderlessWindowNeverMove) { expectBottomAndCentreNeverMove(true, { "openbox" }); }
 
-TEST_F(Frames, BottomAndCentreNeverMoveWithoutAWindowManager) { expectBottomAndCentreNeverMove(true, false); }
+TEST_F(Frames, BottomAndCentreOfADecoratedWindowNeverMoveUnderXfwm)
+{
+    expectBottomAndCentreNeverMove(false, { "xfwm4", "--compositor=off" });
+}
+
+TEST_F(Frames, BottomAndCentreOfADecoratedWindowNeverMoveUnderMetacity)
+{
+    expectBottomAndCentreNeverMove(false, { "metacity", "--sm-disable", "--no-composite" });
+}
+
+TEST_F(Frames, BottomAndCentreNeverMoveWithoutAWindowManager) { expectBottomAndCentreNeverMove(true, {}); }
 
 TEST_F(Frames, AnAnimationTakesOneStepAFrameUpwardsAndEndsExactly)
 {

@@ -23,7 +23,21 @@ constexpr xcb_keycode_t locks[] = { 66, 77, 78 }; // Caps, Num, Scroll
 class Keys : public LinuxTest {
 protected:
     // Watches Escape and consumes it, as the plug-in does for a panel that is key.
-    void monitor(bool consumes = true)
+    void monitor()
+    {
+        token = backend->eventMonitors().addLocalMonitorForEventsMatchingMask(
+            EventMask::KeyDown, { platform::keyCodeEscape },
+            [this](NSEvent const& event) {
+                events.push_back(event);
+                return std::nullopt;
+            },
+            platform::NSEventMonitors::Consumption::Always);
+        ASSERT_TRUE(token);
+        settle();
+    }
+
+    // Watches Escape and decides about each one.
+    void monitorPerEvent(bool consumes)
     {
         token = backend->eventMonitors().addLocalMonitorForEventsMatchingMask(
             EventMask::KeyDown, { platform::keyCodeEscape }, [this, consumes](NSEvent const& event) {
@@ -40,6 +54,25 @@ protected:
         settle();
         onlooker->release(key);
         settle();
+    }
+
+    void tap(xcb_keycode_t key)
+    {
+        onlooker->press(key);
+        onlooker->release(key);
+    }
+
+    // Memory of the server that had something in it a moment ago, and that it may still believe in: no address now.
+    void writeOverFreedMemory(xcb_window_t window)
+    {
+        constexpr xcb_atom_t lastPredefined = 68;
+        constexpr std::size_t step = 16;
+        for (xcb_atom_t atom = 1; atom <= lastPredefined; ++atom) {
+            std::string const bytes(atom * step, '\xA5');
+            xcb_change_property(toolkit->wire(), XCB_PROP_MODE_REPLACE, window, atom, XCB_ATOM_STRING, 8,
+                static_cast<std::uint32_t>(bytes.size()), bytes.data());
+        }
+        toolkit->sync();
     }
 
     // Whether somebody else could have the key on this window.
@@ -120,7 +153,7 @@ TEST_F(Keys, AnEventThatIsGivenOnIsReplayedWhole)
 {
     start(With::WindowManager);
     showKeyWindow("panel");
-    monitor(false);
+    monitorPerEvent(false);
     strike(escapeKey);
     ASSERT_TRUE(pumpUntil([&] { return toolkit->releasedKeys.size() == 1; }));
     EXPECT_EQ(events.size(), 1u);
@@ -133,10 +166,12 @@ TEST_F(Keys, WhileTextIsComposedTheKeyIsTheInputMethods)
     showKeyWindow("panel");
     monitor();
     backend->setComposingText(true);
+    settle();
     strike(escapeKey);
     ASSERT_TRUE(pumpUntil([&] { return toolkit->releasedKeys.size() == 1; }));
     EXPECT_TRUE(events.empty());
     backend->setComposingText(false);
+    settle();
     strike(escapeKey);
     ASSERT_TRUE(pumpUntil([&] { return events.size() == 1; }));
     EXPECT_EQ(toolkit->pressedKeys.size(), 1u);
@@ -182,6 +217,54 @@ TEST_F(Keys, TheKeyboardIsFreeAfterTheKeyWasLetGo)
     EXPECT_EQ(reply->status, XCB_GRAB_STATUS_SUCCESS);
     free(reply);
     EXPECT_TRUE(toolkit->releasedKeys.empty());
+}
+
+TEST_F(Keys, ABusyHostKeepsNobodyElseFromTyping)
+{
+    start(With::WindowManager);
+    auto const other = showKeyWindow("other");
+    showKeyWindow("panel");
+    monitor();
+    // The loop stands still from here on.
+    tap(escapeKey);
+    onlooker->sendToRoot(xid(other), "_NET_ACTIVE_WINDOW", { 2, XCB_CURRENT_TIME, XCB_WINDOW_NONE });
+    ASSERT_TRUE(onlooker->waitUntil([&] { return onlooker->activeWindow() == xid(other); }));
+    tap(letterKey);
+    EXPECT_TRUE(onlooker->waitUntil([&] {
+        toolkit->handleEvents();
+        return toolkit->releasedKeys == std::vector<xcb_keycode_t> { letterKey };
+    }));
+    EXPECT_TRUE(events.empty());
+    ASSERT_TRUE(pumpUntil([&] { return events.size() == 1; }));
+    // What was typed while the key went unheard was not for us either.
+    tap(letterKey);
+    ASSERT_TRUE(pumpUntil([&] { return toolkit->releasedKeys.size() == 2; }));
+    EXPECT_EQ(toolkit->pressedKeys, (std::vector<xcb_keycode_t> { letterKey, letterKey }));
+}
+
+TEST_F(Keys, AWindowMayGoWhileKeysAreOnTheirWay)
+{
+    start(With::WindowManager);
+    auto const other = showKeyWindow("other");
+    auto const heap = toolkit->make({ .isOverrideRedirect = true });
+    for (int i = 0; i < 20; ++i) {
+        auto const panel = showKeyWindow("panel");
+        auto const place = onlooker->geometry(xid(panel));
+        onlooker->movePointer(place.x + 50, place.y + 50);
+        monitor();
+        // The user is impatient, the host is busy with something else and then closes the panel by itself.
+        tap(escapeKey);
+        tap(escapeKey);
+        toolkit->destroy(xid(panel));
+        writeOverFreedMemory(heap);
+        ASSERT_TRUE(pumpUntil([&] { return count("close panel") == i + 1 && other->isKeyWindow(); })) << i;
+        strike(escapeKey);
+        backend->eventMonitors().removeMonitor(token);
+        tap(letterKey);
+        ASSERT_TRUE(pumpUntil([&] {
+            return std::count(toolkit->releasedKeys.begin(), toolkit->releasedKeys.end(), letterKey) == i + 1;
+        })) << i;
+    }
 }
 
 TEST_F(Keys, AWindowThatComesLaterIsWatchedToo)

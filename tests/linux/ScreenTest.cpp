@@ -29,6 +29,16 @@ protected:
             poll(nullptr, 0, 5);
     }
 
+    // What a desktop has at an edge of the screen (EWMH, _NET_WM_STRUT_PARTIAL).
+    xcb_window_t makeDock(Geometry const& place, std::vector<std::uint32_t> const& strut)
+    {
+        auto const dock = toolkit->make({ .geometry = place, .title = "dock" });
+        toolkit->setWords(dock, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM, { toolkit->atom("_NET_WM_WINDOW_TYPE_DOCK") });
+        toolkit->setWords(dock, "_NET_WM_STRUT_PARTIAL", XCB_ATOM_CARDINAL, strut);
+        toolkit->map(dock);
+        return dock;
+    }
+
     void setRootText(std::string const& property, std::string const& text)
     {
         xcb_change_property(onlooker->wire(), XCB_PROP_MODE_REPLACE, onlooker->root(), onlooker->atom(property),
@@ -48,10 +58,7 @@ TEST_F(Screen, LeavesThePanelsTheirPlace)
 {
     start(With::WindowManager);
     EXPECT_EQ(backend->mainScreen()->visibleFrame, (Rect { 0, 0, 1280, 800 }));
-    auto const dock = toolkit->make({ .geometry = { 0, 770, 1280, 30 }, .title = "dock" });
-    toolkit->setWords(dock, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM, { toolkit->atom("_NET_WM_WINDOW_TYPE_DOCK") });
-    toolkit->setWords(dock, "_NET_WM_STRUT_PARTIAL", XCB_ATOM_CARDINAL, { 0, 0, 0, 30, 0, 0, 0, 0, 0, 0, 0, 1279 });
-    toolkit->map(dock);
+    makeDock({ 0, 770, 1280, 30 }, { 0, 0, 0, 30, 0, 0, 0, 0, 0, 0, 0, 1279 });
     ASSERT_TRUE(pumpUntil([&] { return backend->mainScreen()->visibleFrame == Rect { 0, 30, 1280, 770 }; }));
     EXPECT_EQ(backend->mainScreen()->frame, (Rect { 0, 0, 1280, 800 }));
 }
@@ -75,6 +82,46 @@ TEST_F(Screen, IsTheOneOfTheKeyWindowElseThePrimary)
     toolkit->setWords(toolkit->root(), "_NET_WORKAREA", XCB_ATOM_CARDINAL, { 0, 24, 1280, 526 });
     EXPECT_TRUE(pumpUntil([&] { return backend->mainScreen()->visibleFrame == Rect { 640, 250, 640, 550 }; }));
 }
+
+// Window managers that tell the free part of each monitor, and one that tells the whole screen's alone.
+class Panels : public Screen, public ::testing::WithParamInterface<std::vector<std::string>> { };
+
+TEST_P(Panels, OnDifferentEdgesLeaveEachMonitorItsPlaceAlsoWhenTheyComeLater)
+{
+    start(With::Nothing);
+    addMonitor("*left", "640/160x800/200+0+0");
+    addMonitor("right", "640/160x800/200+640+0");
+    desktop->startWindowManager(GetParam());
+    auto const shown = show({ .title = "key" });
+    ASSERT_TRUE(pumpUntil([&] { return shown->isKeyWindow(); }));
+    Rect const onLeft { 100, 100, 300, 300 };
+    Rect const onRight { 740, 100, 300, 300 };
+    auto const free = [&] { return backend->mainScreen()->visibleFrame; };
+    shown->setFrame(onLeft, Display::Yes);
+    EXPECT_TRUE(pumpUntil([&] { return free() == Rect { 0, 0, 640, 800 }; }));
+    // One at the lower edge of the right monitor, which takes nothing from the left one.
+    makeDock({ 640, 770, 640, 30 }, { 0, 0, 0, 30, 0, 0, 0, 0, 0, 0, 640, 1279 });
+    shown->setFrame(onRight, Display::Yes);
+    EXPECT_TRUE(pumpUntil([&] { return free() == Rect { 640, 30, 640, 770 }; }));
+    shown->setFrame(onLeft, Display::Yes);
+    EXPECT_TRUE(pumpUntil([&] { return free() == Rect { 0, 0, 640, 800 }; }));
+    // One at the upper edge and one at the side of the left monitor, that come later.
+    makeDock({ 0, 0, 640, 24 }, { 0, 0, 24, 0, 0, 0, 0, 0, 0, 639, 0, 0 });
+    EXPECT_TRUE(pumpUntil([&] { return free() == Rect { 0, 0, 640, 776 }; }));
+    auto const atSide = makeDock({ 0, 24, 48, 776 }, { 48, 0, 0, 0, 24, 799, 0, 0, 0, 0, 0, 0 });
+    EXPECT_TRUE(pumpUntil([&] { return free() == Rect { 48, 0, 592, 776 }; }));
+    shown->setFrame(onRight, Display::Yes);
+    EXPECT_TRUE(pumpUntil([&] { return free() == Rect { 640, 30, 640, 770 }; }));
+    toolkit->destroy(atSide);
+    shown->setFrame(onLeft, Display::Yes);
+    EXPECT_TRUE(pumpUntil([&] { return free() == Rect { 0, 0, 640, 776 }; }));
+}
+
+INSTANTIATE_TEST_SUITE_P(Under, Panels,
+    ::testing::Values(std::vector<std::string> { "openbox", "--sm-disable" },
+        std::vector<std::string> { "xfwm4", "--compositor=off" },
+        std::vector<std::string> { "metacity", "--sm-disable" }),
+    [](auto const& under) { return under.param.front(); });
 
 TEST_F(Screen, PointsFollowTheScale)
 {

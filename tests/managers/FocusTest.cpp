@@ -13,11 +13,11 @@ class Focus : public ::testing::TestWithParam<WindowManager> { };
 
 TEST_P(Focus, FollowsTheShortcutIntoThePanel)
 {
-    // Control, option and B, in the host's numbers and in the keyboard's.
-    constexpr auto shortcut = "shortcut 11 6144 b1";
-    constexpr xcb_keycode_t keys[] = { 37, 64, 56 };
+    // Control, option and J, in the host's numbers and in the keyboard's: no window manager here has it for itself.
+    constexpr auto shortcut = "shortcut 38 6144 b1";
+    constexpr xcb_keycode_t keys[] = { 37, 64, 44 };
     constexpr std::chrono::milliseconds soon { 50 };
-    auto const raises = countUnderTest("PANEWELD_TEST_RAISES", 8);
+    auto const raises = countUnderTest("PANEWELD_TEST_RAISES", 20);
     Session session(GetParam());
     HostProcess host("gtk3");
     Client user(session.display());
@@ -37,7 +37,7 @@ TEST_P(Focus, FollowsTheShortcutIntoThePanel)
         host.tell("hide b1");
         ASSERT_TRUE(user.waitUntil([&] { return !user.isViewable(panel); }));
         ASSERT_TRUE(other.bringForward());
-        other.typeInto();
+        ASSERT_TRUE(other.typeInto());
         for (auto const key : keys)
             user.press(key);
         for (auto const key : keys)
@@ -55,6 +55,8 @@ TEST_P(Focus, FollowsTheShortcutIntoThePanel)
     survey(GetParam().name, "gtk3", "within 50 ms of being there",
         std::to_string(soonActive) + " of " + std::to_string(raises));
     EXPECT_EQ(active, raises);
+    // On a machine that does other things as well, the window manager itself may be late now and then.
+    EXPECT_GE(soonActive, raises / 2);
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -4,6 +4,7 @@
 #include "tests/managers/Session.h"
 #include "tests/managers/Survey.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <tuple>
 
@@ -42,9 +43,9 @@ TEST_P(Opening, IsNeverSeenUnstyled)
         EXPECT_TRUE(user.waitUntil([&] { return !user.isViewable(host.window(id)); }));
     }
     survey(manager.name, road, "seen unstyled, " + road, std::to_string(seen) + " of " + std::to_string(opens));
-    // Who is not told before the window is mapped races with the window manager, and on a machine that has no time for
-    // either may lose now and then.
-    EXPECT_LE(seen, road == "announced" ? 0 : opens / 4) << "of " << opens << " opens; " << firstWrong;
+    // Who is not told before the window is mapped is in a race with the window manager, and on a machine that has no
+    // time for either loses one now and then.
+    EXPECT_LE(seen, road == "announced" ? 0 : std::max(1, opens / 100)) << "of " << opens << " opens; " << firstWrong;
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryRoad, Opening,

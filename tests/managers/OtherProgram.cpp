@@ -58,12 +58,15 @@ bool OtherProgram::bringForward(xcb_window_t window)
     });
 }
 
-void OtherProgram::typeInto()
+bool OtherProgram::typeInto()
 {
     constexpr xcb_keycode_t letter = 38;
+    // Keys of before are not this one.
+    while (auto* const event = xcb_poll_for_event(m_toolkit.wire()))
+        std::free(event);
     m_user.press(letter);
     m_user.release(letter);
-    m_user.waitUntil([&] {
+    return m_user.waitUntil([&] {
         while (auto* const event = xcb_poll_for_event(m_toolkit.wire())) {
             bool const isKey = (event->response_type & 0x7F) == XCB_KEY_PRESS;
             auto const time = reinterpret_cast<xcb_key_press_event_t const*>(event)->time;

@@ -19,8 +19,9 @@ public:
     // As the user's dock does it: in front of what is as high, and active. False when nothing of it happens.
     bool bringForward(xcb_window_t window);
     bool bringForward() { return bringForward(m_window); }
-    // The user types into it, and it says so to the window manager (EWMH, _NET_WM_USER_TIME).
-    void typeInto();
+    // The user types into it, and it says so to the window manager (EWMH, _NET_WM_USER_TIME). False when the key did
+    // not come.
+    bool typeInto();
     // Which of the two is seen where both are.
     bool isBelow(xcb_window_t panel);
 

@@ -13,7 +13,6 @@ constexpr auto tag = R"({"id":"b1","localized_title":"Ideas","type":"brainstorm"
 // Of the panel, where nothing is over it.
 constexpr Geometry panelAlone { 380, 660, 1, 1 };
 constexpr xcb_keycode_t escapeKey = 9;
-constexpr int looksBetweenClicks = 100;
 
 std::string words(Geometry const& place)
 {
@@ -55,8 +54,8 @@ std::vector<Scenario::Finding> Scenario::run()
     appear("found", 200);
     std::string why;
     for (auto const& finding : m_findings) {
-        // Those two have their rows; the third is counted elsewhere, because this road is a race with the window
-        // manager.
+        // Those two have their rows. How often the third is so on this road is counted for itself; here the panel comes
+        // with another height, and a window manager may draw its frame a moment after the window.
         if (!finding.holds && finding.name != "borderless" && finding.name != "all desktops"
             && finding.name != "unseen")
             why += finding.name + " (" + finding.note + ") ";
@@ -149,25 +148,30 @@ void Scenario::pinAndUnpin()
 
 void Scenario::escape()
 {
-    // The user clicks into the panel and presses Escape.
+    // The user clicks into the panel and presses Escape. Nobody is as fast as this one, who may press it before the
+    // host has heard that its panel is active, or while the window manager still gives the keyboard to another window:
+    // then the user does both again.
     auto const closed = panel();
-    int looks = 0;
-    bool const isActive = comesTrue([&] {
-        if (m_user.activeWindow() == closed)
-            return true;
-        if (looks++ % looksBetweenClicks == 0)
-            clickPanel();
-        return false;
-    });
-    looks = 0;
-    bool const isGone = comesTrue([&] {
-        if (m_host.count("closed b1") == 0 && looks++ % looksBetweenClicks == 0) {
-            m_user.press(escapeKey);
-            m_user.release(escapeKey);
-        }
-        return m_host.count("closed b1") > 0 && !m_user.isViewable(closed);
-    });
-    note("Escape", isActive && isGone, std::to_string(isActive) + std::to_string(isGone));
+    auto const isActive = [&] { return m_user.activeWindow() == closed; };
+    auto const clickAndPress = [&] {
+        auto const missed = m_host.count("key b1");
+        clickPanel();
+        if (!comesTrue(isActive))
+            return false;
+        m_user.press(escapeKey);
+        m_user.release(escapeKey);
+        comesTrue([&] {
+            return m_host.count("closed b1") > 0 || m_host.count("key b1") > missed
+                || (!isActive() && m_user.isViewable(closed));
+        });
+        return comesTrue([&] { return m_host.count("closed b1") > 0 || m_user.isViewable(closed); })
+            && m_host.count("closed b1") > 0;
+    };
+    constexpr int patience = 5;
+    int presses = 0;
+    while (!clickAndPress() && ++presses < patience) { }
+    bool const isGone = presses < patience && comesTrue([&] { return !m_user.isViewable(closed); });
+    note("Escape", isGone, "active " + std::to_string(isActive()) + "\n" + m_host.story());
 }
 
 void Scenario::clickPanel()
@@ -177,8 +181,7 @@ void Scenario::clickPanel()
         return;
     }
     m_user.movePointer(panelAlone.x, panelAlone.y);
-    m_user.button(1, true);
-    m_user.button(1, false);
+    m_user.click();
 }
 
 void Scenario::note(std::string const& name, bool holds, std::string const& words)

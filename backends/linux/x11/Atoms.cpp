@@ -36,6 +36,8 @@ constexpr char const* names[nameCount] = {
     "_NET_WM_STATE_ABOVE",
     "_NET_WM_STATE_STICKY",
     "_NET_WM_STATE_HIDDEN",
+    "_NET_WM_STRUT",
+    "_NET_WM_STRUT_PARTIAL",
     "_NET_WM_USER_TIME",
     "_NET_WM_WINDOW_OPACITY",
     "_GTK_FRAME_EXTENTS",

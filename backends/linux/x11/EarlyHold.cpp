@@ -98,11 +98,14 @@ void EarlyHold::handleEvents()
             handleCreate(reinterpret_cast<xcb_create_notify_event_t const&>(*event));
         } else if (type == XCB_DESTROY_NOTIFY) {
             auto const gone = reinterpret_cast<xcb_destroy_notify_event_t const&>(*event).window;
+            m_ours.erase(gone);
             std::lock_guard const lock(m_mutex);
             // One that was taken is forgotten by whoever took it, who may not have heard of this yet.
             auto const found = m_windows.find(gone);
             if (found != m_windows.end() && found->second.held)
                 m_windows.erase(found);
+        } else if (type == XCB_REPARENT_NOTIFY) {
+            m_ours.erase(reinterpret_cast<xcb_reparent_notify_event_t const&>(*event).window);
         }
     }
 }
@@ -112,13 +115,28 @@ void EarlyHold::handleCreate(xcb_create_notify_event_t const& event)
     if (event.parent != m_root || event.override_redirect
         || m_connection.clientBase(event.window) == m_connection.ownBase())
         return;
+    // Each answer that is waited for is time in which a window manager may map the window.
+    bool const isKnown = isOfKnownClient(event.window);
+    if (isKnown)
+        hold(event.window);
     auto const compositor = xcb_get_selection_owner(m_wire, m_compositor);
-    if (!isOurs(event.window)) {
+    if (!isKnown && !isOurs(event.window)) {
         xcb_discard_reply(m_wire, compositor.sequence);
         return;
     }
+    m_ours.insert(event.window);
+    if (!isKnown)
+        hold(event.window);
     XHandle<xcb_get_selection_owner_reply_t> const owner(xcb_get_selection_owner_reply(m_wire, compositor, nullptr));
-    hold(event.window, owner && owner->owner != XCB_WINDOW_NONE);
+    if (!owner || owner->owner == XCB_WINDOW_NONE)
+        holdWithoutCompositor(event.window);
+}
+
+bool EarlyHold::isOfKnownClient(xcb_window_t window) const
+{
+    // A client's number is given away again only after all its windows are gone.
+    auto const base = m_connection.clientBase(window);
+    return std::any_of(m_ours.begin(), m_ours.end(), [&](auto ours) { return m_connection.clientBase(ours) == base; });
 }
 
 bool EarlyHold::isOurs(xcb_window_t window)
@@ -128,18 +146,26 @@ bool EarlyHold::isOurs(xcb_window_t window)
     return processIn(reply.get()) == m_ownProcess;
 }
 
-void EarlyHold::hold(xcb_window_t window, bool isComposited)
+void EarlyHold::hold(xcb_window_t window)
 {
     std::lock_guard const lock(m_mutex);
     // The main thread was faster.
     if (m_windows.contains(window))
         return;
-    Held const held { .hasEmptyShape = !isComposited && m_hasShapes };
     writeOpacity(m_wire, window, m_opacity, 0);
-    if (held.hasEmptyShape)
-        writeShape(m_wire, window, true);
     xcb_flush(m_wire);
-    m_windows[window] = { held, Clock::now() + longestHold };
+    m_windows[window] = { Held {}, Clock::now() + longestHold };
+}
+
+void EarlyHold::holdWithoutCompositor(xcb_window_t window)
+{
+    std::lock_guard const lock(m_mutex);
+    auto const found = m_windows.find(window);
+    if (!m_hasShapes || found == m_windows.end() || !found->second.held)
+        return;
+    writeShape(m_wire, window, true);
+    xcb_flush(m_wire);
+    found->second.held->hasEmptyShape = true;
 }
 
 void EarlyHold::giveBack(xcb_window_t window, Held const& held)

@@ -5,6 +5,7 @@
 #include <map>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 #include <thread>
 #include <xcb/xcb.h>
@@ -48,8 +49,10 @@ private:
     void run();
     void handleEvents();
     void handleCreate(xcb_create_notify_event_t const& event);
+    bool isOfKnownClient(xcb_window_t window) const;
     bool isOurs(xcb_window_t window);
-    void hold(xcb_window_t window, bool isComposited);
+    void hold(xcb_window_t window);
+    void holdWithoutCompositor(xcb_window_t window);
     void giveBack(xcb_window_t window, Held const& held);
     void giveBackLate();
     int millisecondsToWait();
@@ -64,6 +67,9 @@ private:
     int m_stop = -1;
     std::mutex m_mutex;
     std::map<xcb_window_t, Entry> m_windows;
+    // Our windows right below the root, for the thread alone. A window manager's frame hides the end of a window, and
+    // so the end of its client.
+    std::set<xcb_window_t> m_ours;
     std::thread m_thread;
 };
 

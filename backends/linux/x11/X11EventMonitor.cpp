@@ -18,22 +18,40 @@ X11EventMonitor::X11EventMonitor(Connection& connection, X11Keyboard& keyboard)
 
 void X11EventMonitor::interestDidChange()
 {
-    std::set<xcb_keycode_t> wanted;
-    for (auto const code : keyCodesOfInterest()) {
-        if (auto const key = m_keyboard.map()->keycode(code))
-            wanted.insert(*key);
-    }
+    auto const wanted = wantedGrabs();
     auto const before = std::exchange(m_grabbed, wanted);
     for (auto const& [window, unused] : m_windows) {
-        for (auto const key : before) {
+        for (auto const& [key, kind] : before) {
             if (!wanted.contains(key))
                 ungrab(window, key);
         }
-        for (auto const key : wanted) {
-            if (!before.contains(key))
-                grab(window, key);
+        for (auto const& [key, kind] : wanted) {
+            auto const old = before.find(key);
+            if (old == before.end() || old->second != kind)
+                grab(window, key, kind);
         }
     }
+}
+
+std::map<xcb_keycode_t, X11EventMonitor::Grab> X11EventMonitor::wantedGrabs()
+{
+    std::map<xcb_keycode_t, Grab> wanted;
+    auto const alwaysConsumed = keyCodesAlwaysConsumed();
+    for (auto const code : keyCodesOfInterest()) {
+        bool const isFree = alwaysConsumed.contains(code);
+        // What could not be given back is not taken.
+        if (isFree && m_isComposing)
+            continue;
+        if (auto const key = m_keyboard.map()->keycode(code))
+            wanted.emplace(*key, isFree ? Grab::Free : Grab::Frozen);
+    }
+    return wanted;
+}
+
+void X11EventMonitor::setComposingText(bool isComposing)
+{
+    if (std::exchange(m_isComposing, isComposing) != isComposing)
+        interestDidChange();
 }
 
 void X11EventMonitor::keyboardDidChange() { interestDidChange(); }
@@ -42,14 +60,15 @@ void X11EventMonitor::windowDidShow(std::shared_ptr<X11Window> const& window)
 {
     if (!m_windows.emplace(window->xid(), window).second)
         return;
-    for (auto const key : m_grabbed)
-        grab(window->xid(), key);
+    for (auto const& [key, kind] : m_grabbed)
+        grab(window->xid(), key, kind);
 }
 
-void X11EventMonitor::grab(xcb_window_t window, xcb_keycode_t key)
+void X11EventMonitor::grab(xcb_window_t window, xcb_keycode_t key, Grab kind)
 {
     // Any modifier, so that locks do not matter; whoever watches decides by the event's flags.
-    xcb_grab_key(m_connection.wire(), 0, window, XCB_MOD_MASK_ANY, key, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_SYNC);
+    xcb_grab_key(m_connection.wire(), 0, window, XCB_MOD_MASK_ANY, key, XCB_GRAB_MODE_ASYNC,
+        kind == Grab::Frozen ? XCB_GRAB_MODE_SYNC : XCB_GRAB_MODE_ASYNC);
 }
 
 void X11EventMonitor::ungrab(xcb_window_t window, xcb_keycode_t key)
@@ -87,9 +106,11 @@ void X11EventMonitor::handlePress(xcb_key_press_event_t const& event)
         allow(XCB_ALLOW_SYNC_KEYBOARD, event.time);
         return;
     }
-    // Another key ends the swallowing: it goes where it belongs, and the grab goes with it.
+    // Another key ends the swallowing: it goes where it belongs, and the grab goes with it. So does what came to the
+    // grab after the swallowed key had been let go.
+    bool const isToGrab = event.event == m_connection.root();
     m_swallowed.reset();
-    if (isConsumed(event))
+    if (!isToGrab && isConsumed(event))
         swallowUntilRelease(event);
     else
         allow(XCB_ALLOW_REPLAY_KEYBOARD, event.time);
@@ -104,6 +125,9 @@ void X11EventMonitor::handleRelease(xcb_key_release_event_t const& event)
         return;
     }
     m_swallowed.reset();
+    // Let go before the keyboard was grabbed: what the server has kept since then belongs to others.
+    if (event.event != m_connection.root())
+        allow(XCB_ALLOW_REPLAY_KEYBOARD, event.time);
     xcb_ungrab_keyboard(m_connection.wire(), event.time);
     allow(XCB_ALLOW_ASYNC_KEYBOARD, event.time);
 }
@@ -111,7 +135,8 @@ void X11EventMonitor::handleRelease(xcb_key_release_event_t const& event)
 bool X11EventMonitor::isConsumed(xcb_key_press_event_t const& event)
 {
     auto const code = m_keyboard.map()->virtualKeyCode(event.detail);
-    if (m_isComposing || !code || !m_grabbed.contains(event.detail))
+    auto const grabbed = m_grabbed.find(event.detail);
+    if (m_isComposing || !code || grabbed == m_grabbed.end())
         return false;
     NSEvent key;
     key.type = EventType::KeyDown;
@@ -129,8 +154,12 @@ void X11EventMonitor::swallowUntilRelease(xcb_key_press_event_t const& event)
     // whatever window comes next. The server keeps each further key until it is decided, so that none is lost.
     auto const cookie = xcb_grab_keyboard(
         m_connection.wire(), 0, m_connection.root(), event.time, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_SYNC);
-    m_connection.ask<xcb_grab_keyboard_reply_t>(cookie.sequence, [](auto const*) {});
     allow(XCB_ALLOW_SYNC_KEYBOARD, event.time);
+    m_connection.ask<xcb_grab_keyboard_reply_t>(cookie.sequence, [this, time = event.time](auto const* reply) {
+        // Somebody else has the keyboard. Then nothing is kept either.
+        if (!reply || reply->status != XCB_GRAB_STATUS_SUCCESS)
+            allow(XCB_ALLOW_ASYNC_KEYBOARD, time);
+    });
 }
 
 } // namespace backends

@@ -37,6 +37,7 @@ X11Screen::X11Screen(Connection& connection, X11Desktop const& desktop)
     , m_desktop(desktop)
     , m_scale { 1, connection.screen().height_in_pixels }
     , m_rootWidth(connection.screen().width_in_pixels)
+    , m_edges(connection)
 {
 }
 
@@ -102,6 +103,8 @@ void X11Screen::handlePropertyChange(xcb_window_t window, xcb_atom_t property)
         return;
     if (property == m_connection.atom(AtomName::NET_WORKAREA) || m_monitorWorkAreaAtoms.contains(property))
         readWorkAreas();
+    else if (property == m_connection.atom(AtomName::NET_CLIENT_LIST))
+        readEdges(ScreenEdges::Windows::New);
     else if (property == XCB_ATOM_RESOURCE_MANAGER)
         readResources();
 }
@@ -119,6 +122,7 @@ void X11Screen::readMonitors()
             auto const& monitor = *i.data;
             m_monitors.push_back({ { monitor.x, monitor.y, monitor.width, monitor.height }, monitor.primary != 0 });
         }
+        readEdges(ScreenEdges::Windows::All);
         notify();
     });
 }
@@ -161,7 +165,16 @@ void X11Screen::readWorkAreas()
         }
         for (auto const& [atom, desktop] : m_monitorWorkAreaAtoms)
             readMonitorWorkArea(atom, desktop);
+        readEdges(ScreenEdges::Windows::All);
     });
+}
+
+void X11Screen::readEdges(ScreenEdges::Windows which)
+{
+    bool const isToldMore = std::any_of(
+        m_monitorWorkAreas.begin(), m_monitorWorkAreas.end(), [](auto const& areas) { return !areas.second.empty(); });
+    if (m_monitors.size() > 1 && !isToldMore)
+        m_edges.read(which);
 }
 
 void X11Screen::readMonitorWorkArea(xcb_atom_t property, std::uint32_t desktop)
@@ -253,6 +266,10 @@ PixelRect X11Screen::visiblePart(PixelRect const& monitor) const
             if (!part.isEmpty())
                 return part;
         }
+    }
+    if (m_monitors.size() > 1) {
+        if (auto const part = m_edges.freePart(monitor, { 0, 0, m_rootWidth, m_scale.rootHeight }))
+            return *part;
     }
     if (desktop >= m_workAreas.size())
         return monitor;

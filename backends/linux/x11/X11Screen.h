@@ -2,6 +2,7 @@
 
 #include "backends/linux/x11/Connection.h"
 #include "backends/linux/x11/PixelRect.h"
+#include "backends/linux/x11/ScreenEdges.h"
 #include "backends/linux/x11/XSettings.h"
 #include "platform/appkit/NSScreen.h"
 
@@ -46,6 +47,7 @@ private:
     void readMonitors();
     void readRefreshRate();
     void readWorkAreas();
+    void readEdges(ScreenEdges::Windows which);
     void readMonitorWorkArea(xcb_atom_t property, std::uint32_t desktop);
     void readResources();
     void readSettingsOwner();
@@ -68,6 +70,8 @@ private:
     std::vector<PixelRect> m_workAreas;
     std::map<std::uint32_t, std::vector<PixelRect>> m_monitorWorkAreas;
     std::map<xcb_atom_t, std::uint32_t> m_monitorWorkAreaAtoms;
+    // Read where there are several monitors and no window manager tells more of them.
+    ScreenEdges m_edges;
     xcb_window_t m_settingsOwner = XCB_WINDOW_NONE;
     Settings m_settings;
     std::string m_resources;

@@ -23,7 +23,7 @@ constexpr std::uint32_t fromPager = 2;
 constexpr int placingsBeforeShowing = 6;
 constexpr int placingsForAnAnswer = 2;
 // A window manager that leaves something around a window for ever delays it by so many frames.
-constexpr int looksAtFrame = 10;
+constexpr int looksAtFrame = 30;
 // One frame of a usual display.
 constexpr platform::Seconds quietTimeBeforeShowing { 1.0 / 60 };
 
