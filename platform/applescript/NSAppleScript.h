@@ -1,8 +1,8 @@
 #pragma once
 
 #include "platform/applescript/NSAppleEventDescriptor.h"
-#include "platform/foundation/URL.h"
 #include "platform/foundation/Dictionary.h"
+#include "platform/foundation/URL.h"
 
 #include <memory>
 #include <optional>

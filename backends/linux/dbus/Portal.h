@@ -1,8 +1,8 @@
 #pragma once
 
 #include "backends/linux/dbus/Bus.h"
-#include "platform/foundation/Result.h"
 #include "platform/foundation/Dictionary.h"
+#include "platform/foundation/Result.h"
 
 #include <cstdint>
 #include <functional>

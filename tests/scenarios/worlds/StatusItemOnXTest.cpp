@@ -161,9 +161,8 @@ TEST_F(StatusItemOnX, ALongListComesWhole)
     source->manner = DragSource::Manner::Incremental;
     std::size_t received = 0;
     platform::Observation const observation(platform::NotificationCenter::defaultCenter(),
-        { NotificationName::importDroppedURLs(), nullptr, {} }, [&](platform::Notification const& notification) {
-            received = notification.value("urls")->asList()->size();
-        });
+        { NotificationName::importDroppedURLs(), nullptr, {} },
+        [&](platform::Notification const& notification) { received = notification.value("urls")->asList()->size(); });
     EXPECT_TRUE(drop());
     EXPECT_EQ(received, count);
 }
