@@ -123,6 +123,23 @@ INSTANTIATE_TEST_SUITE_P(Under, Panels,
         std::vector<std::string> { "metacity", "--sm-disable" }),
     [](auto const& under) { return under.param.front(); });
 
+TEST_F(Screen, AnEdgeOfNonsenseTakesNothing)
+{
+    start(With::Nothing);
+    addMonitor("*left", "640/160x800/200+0+0");
+    addMonitor("right", "640/160x800/200+640+0");
+    desktop->startWindowManager();
+    auto const free = [&] { return backend->mainScreen()->visibleFrame; };
+    constexpr std::uint32_t least = 0x80000000, most = 0xFFFFFFFF;
+    auto const nonsense = makeDock({ 0, 0, 10, 10 }, { least, most, most, least, 0, most, 0, most, 0, most, 0, most });
+    // Heard of after the nonsense.
+    makeDock({ 0, 770, 640, 30 }, { 0, 0, 0, 30, 0, 0, 0, 0, 0, 0, 0, 639 });
+    EXPECT_TRUE(pumpUntil([&] { return free() == Rect { 0, 30, 640, 770 }; }));
+    toolkit->destroy(nonsense);
+    settle();
+    EXPECT_EQ(free(), (Rect { 0, 30, 640, 770 }));
+}
+
 TEST_F(Screen, PointsFollowTheScale)
 {
     start(With::WindowManager);

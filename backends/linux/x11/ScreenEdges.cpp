@@ -3,6 +3,8 @@
 #include "backends/linux/x11/PropertyValues.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <limits>
 
 namespace backends {
@@ -10,6 +12,7 @@ namespace backends {
 namespace {
 
 constexpr std::size_t edgeCount = 4;
+constexpr std::uint32_t longestEdge = std::numeric_limits<std::int16_t>::max();
 
 } // namespace
 
@@ -57,10 +60,12 @@ std::optional<ScreenEdges::Kept> ScreenEdges::keptBy(std::span<std::uint32_t con
     Kept kept {};
     if (words.size() < edgeCount)
         return std::nullopt;
-    std::copy_n(words.begin(), std::min(words.size(), kept.size()), kept.begin());
+    // Whoever says more than any screen has is taken at the largest number that a screen may have.
+    std::transform(words.begin(), words.begin() + static_cast<std::ptrdiff_t>(std::min(words.size(), kept.size())),
+        kept.begin(), [](auto word) { return static_cast<std::int32_t>(std::min(word, longestEdge)); });
     // The older form has the whole length of each edge.
     for (auto last = edgeCount + 1; words.size() < kept.size() && last < kept.size(); last += 2)
-        kept[last] = std::numeric_limits<std::int16_t>::max();
+        kept[last] = longestEdge;
     bool const keepsNothing
         = std::all_of(kept.begin(), kept.begin() + edgeCount, [](auto depth) { return depth <= 0; });
     return keepsNothing ? std::nullopt : std::optional(kept);
