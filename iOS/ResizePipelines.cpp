@@ -47,7 +47,8 @@ bool ResizePipelines::takes(ResizeBrainstormWindow const& request, Flag const& f
     auto& pipeline = found->second;
     if (pipeline.generation == m_generation && pipeline.last == request)
         return false;
-    pipeline = { request, m_generation };
+    pipeline.last = request;
+    pipeline.generation = m_generation;
     return true;
 }
 

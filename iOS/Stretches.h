@@ -33,6 +33,11 @@ public:
 
     void assignUpTo(std::string const& id, T const& value)
     {
+        // The usual case: one window is asked again and again.
+        if (!m_stretches.empty() && m_stretches.front().last == id) {
+            m_stretches.front().value = value;
+            return;
+        }
         auto end = find(m_stretches, id);
         if (end != m_stretches.end() && end->last == id)
             ++end;
