@@ -90,6 +90,46 @@ TEST_F(Frames, BottomAndCentreOfADecoratedWindowNeverMoveUnderMetacity)
 
 TEST_F(Frames, BottomAndCentreNeverMoveWithoutAWindowManager) { expectBottomAndCentreNeverMove(true, {}); }
 
+TEST_F(Frames, BottomAndCentreStayWhereAChangeOfTheExtentsHasPutThem)
+{
+    start(With::WindowManager);
+    auto const shown = show({ .title = "dressed and undressed" });
+    auto const id = xid(shown);
+    std::mt19937 random(7);
+    std::uniform_int_distribution<int> height(91, 640);
+    // An application says by itself whether it wants a frame, and may change its mind.
+    constexpr std::uint32_t decorationsAreSaid = 2;
+    for (std::uint32_t round = 0; round < 10; ++round) {
+        shown->setFrame({ 320, 60, 640, 91 }, Display::No);
+        rest(*shown);
+        bool const isDressed = round % 2 == 1;
+        toolkit->setWords(id, "_MOTIF_WM_HINTS", toolkit->atom("_MOTIF_WM_HINTS"),
+            { decorationsAreSaid, 0, isDressed ? 1u : 0u, 0, 0 });
+        ASSERT_TRUE(pumpUntil([&] {
+            auto const extents = onlooker->words(id, "_NET_FRAME_EXTENTS");
+            return extents && extents->size() == 4 && ((*extents)[2] != 0) == isDressed;
+        })) << round;
+        // What is asked for holds for a moment whatever happens; then the window is where the window manager put it.
+        EXPECT_TRUE(pumpUntil([&] { return 800 - shown->frame().y == onlooker->geometry(id).bottom(); }));
+        settle();
+        auto const first = onlooker->geometry(onlooker->frameOf(id));
+        onlooker->watch(id);
+        onlooker->clear();
+        for (int i = 0; i < 100; ++i) {
+            shown->setFrame(grownAtTop(*shown, height(random)), Display::Yes);
+            if (i % 4 == 0)
+                settle();
+        }
+        rest(*shown);
+        auto const steps = onlooker->geometries();
+        EXPECT_GT(steps.size(), 5u);
+        for (auto const& step : steps) {
+            ASSERT_EQ(step.bottom(), first.bottom()) << "round " << round << ", height " << step.height;
+            ASSERT_EQ(step.doubledCentre(), first.doubledCentre()) << "round " << round;
+        }
+    }
+}
+
 TEST_F(Frames, AnAnimationTakesOneStepAFrameUpwardsAndEndsExactly)
 {
     start(With::WindowManager);
