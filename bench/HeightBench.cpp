@@ -2,6 +2,7 @@
 #include "iOS/AppKitController.h"
 #include "iOS/NotificationCenter+Paneweld.h"
 #include "iOS/WindowIdentifier.h"
+#include "platform/appkit/NSWindow.h"
 #include "platform/foundation/NotificationCenter.h"
 
 #include <algorithm>
@@ -110,8 +111,19 @@ public:
     int descriptor() const { return m_world->pollableDescriptor(); }
     void dispatch() { m_world->dispatch(); }
 
+    // Until the latest request has been carried out as far as the library is concerned.
+    void settle()
+    {
+        while (m_ended < m_requested) {
+            pollfd wait { descriptor(), POLLIN, 0 };
+            poll(&wait, 1, 1000);
+            dispatch();
+        }
+    }
+
     void request(int height, bool isAnimated)
     {
+        ++m_requested;
         BrainstormWindowPreferredHeightDidChange payload { "b1", isAnimated };
         payload.preferredHeight = height;
         payload.maxHeight = 900;
@@ -135,6 +147,10 @@ private:
         }
     }
 
+    int m_requested = 0;
+    int m_ended = 0;
+    platform::Observation m_resizes { platform::NotificationCenter::defaultCenter(),
+        { NotificationName::brainstormWindowDidResize(), nullptr, {} }, [this](auto const&) { ++m_ended; } };
     std::unique_ptr<backends::LinuxPlatform> m_world;
     std::shared_ptr<AppKitController> m_controller;
     xcb_window_t m_window;
@@ -170,8 +186,8 @@ void waitForHeight(xcb_window_t window, int wanted, int otherDescriptor, std::fu
 }
 
 // One request without an animation, until the server has said that it is so.
-template<typename Request>
-void measureRequest(benchmark::State& state, xcb_window_t window, Request const& request)
+template<typename Request, typename Settle>
+void measureRequest(benchmark::State& state, xcb_window_t window, Request const& request, Settle const& settle)
 {
     int height = 300;
     for (auto _ : state) {
@@ -180,22 +196,25 @@ void measureRequest(benchmark::State& state, xcb_window_t window, Request const&
         request(height);
         waitForHeight(window, height, -1, {}, {});
         state.SetIterationTime(std::chrono::duration<double>(Clock::now() - start).count());
+        settle();
     }
 }
 
 void requestToServer(benchmark::State& state)
 {
     auto& panel = Panel::shared();
+    // The first one may have to wait for the panel's fade-in.
+    panel.request(200, false);
+    panel.settle();
     auto const request = [&](int height) { panel.request(height, false); };
-    measureRequest(state, panel.window(), request);
-    panel.dispatch();
+    measureRequest(state, panel.window(), request, [&] { panel.settle(); });
 }
 BENCHMARK(requestToServer)->Name("height/requestToServer")->UseManualTime();
 
 void requestToServerFloor(benchmark::State& state)
 {
     auto const request = [](int height) { Host::shared().setHeight(bareWindow(), static_cast<std::uint32_t>(height)); };
-    measureRequest(state, bareWindow(), request);
+    measureRequest(state, bareWindow(), request, [] {});
 }
 BENCHMARK(requestToServerFloor)->Name("height/requestToServer/floor")->UseManualTime();
 
@@ -232,7 +251,7 @@ void animation(benchmark::State& state)
     Rhythm rhythm;
     int height = 100;
     panel.request(height, false);
-    waitForHeight(panel.window(), height, panel.descriptor(), [&] { panel.dispatch(); }, {});
+    panel.settle();
     for (auto _ : state) {
         height = height == 100 ? 700 : 100;
         rhythm.begin();
@@ -241,6 +260,7 @@ void animation(benchmark::State& state)
         waitForHeight(
             panel.window(), height, panel.descriptor(), [&] { panel.dispatch(); }, [&](int) { rhythm.beat(); });
         state.SetIterationTime(std::chrono::duration<double>(Clock::now() - start).count());
+        panel.settle();
     }
     rhythm.tell(state);
 }

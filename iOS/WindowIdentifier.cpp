@@ -9,7 +9,6 @@
 
 #include <array>
 #include <cstddef>
-#include <initializer_list>
 #include <typeinfo>
 
 namespace paneweld {
@@ -57,15 +56,12 @@ Value boxed(std::shared_ptr<WindowIdentifier> identifier)
 
 WindowIdentifier const& identifierIn(NSObject& object) { return static_cast<WindowIdentifier const&>(object); }
 
-std::string joined(std::initializer_list<std::string_view> parts)
+template<typename... Parts>
+std::string joined(Parts const&... parts)
 {
-    std::size_t size = 0;
-    for (auto const part : parts)
-        size += part.size();
     std::string text;
-    text.reserve(size);
-    for (auto const part : parts)
-        text += part;
+    text.reserve((std::string_view(parts).size() + ...));
+    (text.append(std::string_view(parts)), ...);
     return text;
 }
 
@@ -191,7 +187,7 @@ std::string WindowIdentifier::encoded() const
     // Nearly every tag is of texts that stand for themselves.
     if (isPlain(m_id) && isPlain(m_localizedTitle) && isPlain(m_type))
         return joined(
-            { R"({"id":")", m_id, R"(","localized_title":")", m_localizedTitle, R"(","type":")", m_type, R"("})" });
+            R"({"id":")", m_id, R"(","localized_title":")", m_localizedTitle, R"(","type":")", m_type, R"("})");
     platform::JSONWriter json;
     json.literal(R"({"id":)");
     json.string(m_id);

@@ -13,8 +13,12 @@ bool isBefore(Dictionary::Entry const& entry, std::string_view key) { return ent
 Dictionary::Dictionary(std::initializer_list<Field> fields)
 {
     m_entries.reserve(fields.size());
-    for (auto const& [key, value] : fields)
-        (*this)[key] = std::move(value);
+    for (auto const& [key, value] : fields) {
+        if (m_entries.empty() || m_entries.back().first < key)
+            m_entries.emplace_back(key, std::move(value));
+        else
+            (*this)[key] = std::move(value);
+    }
 }
 
 Dictionary::Dictionary(Entries entries)

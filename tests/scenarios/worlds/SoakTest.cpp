@@ -10,6 +10,7 @@
 #include <limits>
 #include <malloc.h>
 #include <random>
+#include <sstream>
 
 using namespace paneweld;
 using paneweld_tests::Geometry;
@@ -195,6 +196,23 @@ protected:
         return !onlooker->isViewable(xid) || (onlooker->opacity(xid) == 1 && !onlooker->hasEmptyShape(xid));
     }
 
+    std::string theUnseen()
+    {
+        std::ostringstream text;
+        for (auto const xid : windows) {
+            if (isSeen(xid))
+                continue;
+            auto const known = window(xid);
+            text << std::hex << xid << " opacity " << onlooker->opacity(xid)
+                 << (onlooker->hasEmptyShape(xid) ? ", empty shape" : "");
+            if (known)
+                text << ", known as " << known->title() << ", alpha " << known->alphaValue()
+                     << (known->isVisible() ? ", visible" : "") << (known->isListed() ? ", listed" : "");
+            text << '\n';
+        }
+        return text.str();
+    }
+
     void round()
     {
         for (int i = 0; i < stepsOfARound; ++i) {
@@ -213,7 +231,7 @@ protected:
         EXPECT_TRUE(pumpUntil([&] {
             forgetTheDead();
             return std::all_of(windows.begin(), windows.end(), [&](auto xid) { return isSeen(xid); });
-        }));
+        })) << theUnseen();
         for (auto const xid : windows)
             toolkit->destroy(xid);
         windows.clear();
