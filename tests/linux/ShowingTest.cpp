@@ -178,6 +178,32 @@ TEST_F(Showing, AnIconifiedWindowIsListedAndNotVisibleAndReportedWhenItComesBack
     EXPECT_TRUE(pumpUntil([&] { return count("close icon") == 1; }));
 }
 
+TEST_F(Showing, AWindowThatGoesToItsIconWhileItIsShownIsSeenWhenItComesBack)
+{
+    start(With::WindowManager);
+    std::vector<xcb_window_t> made;
+    for (int i = 0; i < 20; ++i) {
+        made.push_back(toolkit->make({ .title = "quick" }));
+        toolkit->map(made.back());
+        // Before, amid and after its first report.
+        for (int turn = 0; turn < i % 5; ++turn) {
+            onlooker->sync();
+            backend->dispatch();
+        }
+        toolkit->iconify(made.back());
+    }
+    for (auto const id : made)
+        EXPECT_TRUE(pumpUntil([&] { return !onlooker->isViewable(id); }));
+    for (auto const id : made)
+        toolkit->map(id);
+    for (auto const id : made) {
+        EXPECT_TRUE(pumpUntil([&] {
+            return onlooker->isViewable(id) && onlooker->opacity(id) == 1 && !onlooker->hasEmptyShape(id);
+        })) << std::hex
+            << id;
+    }
+}
+
 TEST_F(Showing, ADestroyedWindowIsClosedAndForgotten)
 {
     start(With::WindowManager);

@@ -196,6 +196,8 @@ void X11Window::cameBack()
         return;
     report();
     m_observer.didChange(*this);
+    // It may have gone to its icon while it was being shown for the first time, and then nobody has seen it yet.
+    endHoldWhenPlaced();
 }
 
 void X11Window::report()
