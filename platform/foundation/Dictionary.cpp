@@ -14,7 +14,7 @@ Dictionary::Dictionary(std::initializer_list<Field> fields)
 {
     m_entries.reserve(fields.size());
     for (auto const& [key, value] : fields) {
-        if (m_entries.empty() || m_entries.back().first < key)
+        if (isBehindAll(key))
             m_entries.emplace_back(key, std::move(value));
         else
             (*this)[key] = std::move(value);
@@ -33,12 +33,11 @@ Dictionary::Dictionary(Entries entries)
 
 Value& Dictionary::operator[](std::string_view key)
 {
-    // Entries that come in order, which is the usual case, need no search.
-    if (m_entries.empty() || m_entries.back().first < key)
+    if (isBehindAll(key))
         return m_entries.emplace_back(key, Value()).second;
     auto const position = place(key);
     if (position->first == key)
-        return position->second;
+        return m_entries[static_cast<std::size_t>(position - begin())].second;
     return m_entries.emplace(position, key, Value())->second;
 }
 
@@ -46,7 +45,7 @@ void Dictionary::insert_or_assign(std::string_view key, Value value) { (*this)[k
 
 Dictionary::const_iterator Dictionary::find(std::string_view key) const
 {
-    auto const position = std::lower_bound(m_entries.begin(), m_entries.end(), key, isBefore);
+    auto const position = place(key);
     return position != end() && position->first == key ? position : end();
 }
 
@@ -59,9 +58,11 @@ std::size_t Dictionary::erase(std::string_view key)
     return 1;
 }
 
-Dictionary::Entries::iterator Dictionary::place(std::string_view key)
+bool Dictionary::isBehindAll(std::string_view key) const { return empty() || isBefore(m_entries.back(), key); }
+
+Dictionary::const_iterator Dictionary::place(std::string_view key) const
 {
-    return std::lower_bound(m_entries.begin(), m_entries.end(), key, isBefore);
+    return std::lower_bound(begin(), end(), key, isBefore);
 }
 
 } // namespace platform

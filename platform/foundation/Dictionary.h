@@ -54,7 +54,10 @@ public:
     bool operator==(Dictionary const&) const = default;
 
 private:
-    Entries::iterator place(std::string_view key);
+    // Entries that come in order, which is the usual case, need no search.
+    bool isBehindAll(std::string_view key) const;
+    // Where the key is, or would be.
+    const_iterator place(std::string_view key) const;
 
     Entries m_entries; // sorted, no key twice
 };
