@@ -2,9 +2,8 @@
 
 #include "platform/foundation/Fatal.h"
 #include "platform/foundation/JSON.h"
-#include "platform/foundation/JSONRun.h"
 #include "platform/foundation/JSONShortReader.h"
-#include "platform/foundation/JSONWriter.h"
+#include "platform/foundation/JSONEscaped.h"
 #include "platform/foundation/Text.h"
 
 #include <array>
@@ -183,21 +182,13 @@ bool WindowIdentifier::isSettings() const { return m_type == settingsType(); }
 
 std::string WindowIdentifier::encoded() const
 {
-    auto const isPlain = [](std::string const& text) { return platform::plainJSONRun(text) == text.size(); };
-    // Nearly every tag is of texts that stand for themselves.
-    if (isPlain(m_id) && isPlain(m_localizedTitle) && isPlain(m_type))
-        return joined(
-            R"({"id":")", m_id, R"(","localized_title":")", m_localizedTitle, R"(","type":")", m_type, R"("})");
-    platform::JSONWriter json;
-    json.literal(R"({"id":)");
-    json.string(m_id);
-    json.literal(R"(,"localized_title":)");
-    json.string(m_localizedTitle);
-    json.literal(R"(,"type":)");
-    json.string(m_type);
-    json.literal("}");
-    auto text = json.take();
-    return json.isASCII() || platform::isValidUTF8(text) ? text : m_localizedTitle;
+    platform::JSONEscaped const id(m_id), title(m_localizedTitle), type(m_type);
+    auto text = joined(
+        R"({"id":")", id.text(), R"(","localized_title":")", title.text(), R"(","type":")", type.text(), R"("})");
+    bool const isPlain = id.isPlain() && title.isPlain() && type.isPlain();
+    if (!isPlain && !platform::isValidUTF8(text))
+        return m_localizedTitle;
+    return text;
 }
 
 bool WindowIdentifier::isEqualTo(Value const& other) const

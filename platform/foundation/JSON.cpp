@@ -1,6 +1,6 @@
 #include "platform/foundation/JSON.h"
 
-#include "platform/foundation/JSONWriter.h"
+#include "platform/foundation/JSONEscaped.h"
 #include "platform/foundation/Text.h"
 
 #include <algorithm>
@@ -68,19 +68,15 @@ std::optional<std::string> decodedText(std::string_view bytes)
 
 std::string jsonObjectText(std::map<std::string, std::string> const& members)
 {
-    JSONWriter json;
-    json.literal("{");
-    bool isFirst = true;
+    std::string text = "{";
     for (auto const& [key, value] : members) {
-        if (!isFirst)
-            json.literal(",");
-        isFirst = false;
-        json.string(key);
-        json.literal(":");
-        json.string(value);
+        text += text.size() > 1 ? ",\"" : "\"";
+        text += JSONEscaped(key).text();
+        text += "\":\"";
+        text += JSONEscaped(value).text();
+        text += '"';
     }
-    json.literal("}");
-    return json.take();
+    return text + '}';
 }
 
 std::optional<JSONObject> JSONObject::scan(std::string_view bytes)

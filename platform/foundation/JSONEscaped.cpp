@@ -1,6 +1,4 @@
-#include "platform/foundation/JSONWriter.h"
-
-#include "platform/foundation/JSONRun.h"
+#include "platform/foundation/JSONEscaped.h"
 
 namespace platform {
 
@@ -25,37 +23,36 @@ char shortEscape(char character)
     }
 }
 
-} // namespace
-
-void JSONWriter::string(std::string_view text)
-{
-    m_text += '"';
-    while (true) {
-        auto const run = plainJSONRun(text);
-        m_text += text.substr(0, run);
-        if (run == text.size())
-            break;
-        escape(text[run]);
-        text.remove_prefix(run + 1);
-    }
-    m_text += '"';
-}
-
-void JSONWriter::escape(char character)
+void appendEscape(std::string& json, char character)
 {
     auto const byte = static_cast<unsigned char>(character);
     if (byte >= 0x80) {
-        m_isASCII = false;
-        m_text += character;
+        json += character;
         return;
     }
     constexpr char digits[] = "0123456789abcdef";
     auto const letter = shortEscape(character);
-    m_text += '\\';
+    json += '\\';
     if (letter != '\0')
-        m_text += letter;
+        json += letter;
     else
-        m_text.append({ 'u', '0', '0', digits[byte >> 4], digits[byte & 0x0F] });
+        json.append({ 'u', '0', '0', digits[byte >> 4], digits[byte & 0x0F] });
+}
+
+} // namespace
+
+void JSONEscaped::escape()
+{
+    auto rest = m_text;
+    while (!rest.empty()) {
+        auto const run = plainJSONRun(rest);
+        m_escaped += rest.substr(0, run);
+        rest.remove_prefix(run);
+        if (rest.empty())
+            break;
+        appendEscape(m_escaped, rest.front());
+        rest.remove_prefix(1);
+    }
 }
 
 } // namespace platform

@@ -1,30 +1,35 @@
 #pragma once
 
+#include "platform/foundation/JSONRun.h"
+
 #include <string>
 #include <string_view>
-#include <utility>
 
 namespace platform {
 
-// JSON text (RFC 8259) under the pen.
-class JSONWriter {
+// A text as it stands between the quotes of a JSON string (RFC 8259): "/" escaped, control characters as two-letter or
+// lower-case hex escapes, everything else raw. Nearly every text stands for itself and is not copied: it has to live
+// as long as this.
+class JSONEscaped {
 public:
-    // Punctuation and keys that need no escapes, as they stand.
-    void literal(std::string_view text) { m_text += text; }
+    explicit JSONEscaped(std::string_view text)
+        : m_text(text)
+        , m_isPlain(plainJSONRun(text) == text.size())
+    {
+        if (!m_isPlain)
+            escape();
+    }
 
-    // In quotes: "/" escaped, control characters as two-letter or lower-case hex escapes, everything else raw.
-    void string(std::string_view text);
-
-    // Whether all texts so far are ASCII, and so need no check of their UTF-8.
-    bool isASCII() const { return m_isASCII; }
-    // Once.
-    std::string take() { return std::move(m_text); }
+    std::string_view text() const { return m_isPlain ? m_text : m_escaped; }
+    // ASCII that needed no escapes.
+    bool isPlain() const { return m_isPlain; }
 
 private:
-    void escape(char character);
+    void escape();
 
-    std::string m_text;
-    bool m_isASCII = true;
+    std::string_view m_text;
+    bool m_isPlain;
+    std::string m_escaped;
 };
 
 } // namespace platform

@@ -52,10 +52,15 @@ inline std::size_t plainJSONRun(std::string_view text)
     while (length < text.size()) {
         auto const left = text.size() - length;
         std::uint64_t word = 0;
-        if (left >= 8)
+        if (left >= 8) {
             std::memcpy(&word, text.data() + length, 8);
-        else
-            word = fewBytes(text.data() + length, left);
+        } else if (length > 0) {
+            // The last eight, of which the first have been asked; spaces fill them up.
+            std::memcpy(&word, text.data() + text.size() - 8, 8);
+            word = word >> (64 - 8 * left) | 0x2020202020202020 << (8 * left);
+        } else {
+            word = fewBytes(text.data(), left);
+        }
         if (auto const marks = marked(word); marks != 0)
             return length + static_cast<std::size_t>(std::countr_zero(marks)) / 8;
         length += left < 8 ? left : 8;
