@@ -1,5 +1,6 @@
 #include "backends/memory/MemoryScripts.h"
 
+#include "backends/shared/ScriptErrors.h"
 #include "platform/foundation/Text.h"
 
 #include <utility>
@@ -30,8 +31,7 @@ public:
         NSAppleEventDescriptor const& event, platform::Dictionary& errorInfo) override
     {
         if (!platform::isSubroutineCall(event)) {
-            errorInfo = { { platform::NSAppleScriptErrorMessage, "the event calls no handler" },
-                { platform::NSAppleScriptErrorNumber, platform::errAEEventNotHandled } };
+            errorInfo = noHandlerCalled();
             return std::nullopt;
         }
         auto const* const named = event.descriptorForKeyword(platform::keyASSubroutineName);
@@ -46,8 +46,7 @@ public:
         m_ledger.note(line + ")");
         auto const handler = m_handlers->find(platform::asciiLowerCase(name));
         if (handler == m_handlers->end()) {
-            errorInfo = { { platform::NSAppleScriptErrorMessage, "the script has no handler " + name },
-                { platform::NSAppleScriptErrorNumber, platform::errAEEventNotHandled } };
+            errorInfo = noSuchHandler(name);
             return std::nullopt;
         }
         auto answer = handler->second(arguments);

@@ -1,5 +1,7 @@
 #include "backends/linux/host/GuardedScript.h"
 
+#include "backends/shared/ScriptErrors.h"
+
 #include <future>
 #include <utility>
 
@@ -54,8 +56,7 @@ bool GuardedScript::runInTime(std::function<void()> work, Dictionary& errorInfo)
         return true;
     m_script = nullptr;
     m_queue = std::make_shared<SerialQueue>(threadName);
-    errorInfo = { { platform::NSAppleScriptErrorMessage, "the handler did not end in time" },
-        { platform::NSAppleScriptErrorNumber, platform::errAETimeout } };
+    errorInfo = handlerOutOfTime();
     return false;
 }
 

@@ -1,6 +1,7 @@
 #include "backends/linux/host/LuaScript.h"
 
 #include "backends/linux/host/ScriptValues.h"
+#include "backends/shared/ScriptErrors.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -164,8 +165,7 @@ std::optional<NSAppleEventDescriptor> LuaScript::executeAppleEvent(
 {
     std::lock_guard const lock(m_mutex);
     if (!platform::isSubroutineCall(event)) {
-        errorInfo = { { platform::NSAppleScriptErrorMessage, "the event calls no handler" },
-            { platform::NSAppleScriptErrorNumber, platform::errAEEventNotHandled } };
+        errorInfo = noHandlerCalled();
         return std::nullopt;
     }
     auto const* const name = event.descriptorForKeyword(platform::keyASSubroutineName);
@@ -180,8 +180,7 @@ std::optional<NSAppleEventDescriptor> LuaScript::executeAppleEvent(
     pop(1);
     m_arguments = {};
     if (hasRun && !m_isHandlerFound)
-        errorInfo = { { platform::NSAppleScriptErrorMessage, "the script has no handler " + m_handler },
-            { platform::NSAppleScriptErrorNumber, platform::errAEEventNotHandled } };
+        errorInfo = noSuchHandler(m_handler);
     return reply;
 }
 
@@ -268,13 +267,11 @@ bool LuaScript::runProtected(int arguments, Dictionary& errorInfo)
 void LuaScript::describeError(int status, Dictionary& errorInfo) const
 {
     if (m_isOutOfTime) {
-        errorInfo = { { platform::NSAppleScriptErrorMessage, "the handler did not end in time" },
-            { platform::NSAppleScriptErrorNumber, platform::errAETimeout } };
+        errorInfo = handlerOutOfTime();
         return;
     }
     if (status == LUA_ERRMEM) {
-        errorInfo = { { platform::NSAppleScriptErrorMessage, "the script needs too much memory" },
-            { platform::NSAppleScriptErrorNumber, platform::errOSASystemError } };
+        errorInfo = scriptError("the script needs too much memory", platform::errOSASystemError);
         return;
     }
     errorInfo.clear();
