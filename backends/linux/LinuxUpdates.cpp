@@ -144,7 +144,7 @@ platform::Result<UpdateTarget> LinuxUpdates::target() const
 
 std::optional<NSError> LinuxUpdates::whyTooOld(UpdateSettings const& settings, UpdateFeed const& feed)
 {
-    if (!settings.requiresSignedFeed)
+    if (settings.requiresSignedFeed != true)
         return std::nullopt;
     // A feed that was signed once stays signed: what it hides is bounded by its age and by what was seen before.
     if (!feed.date)
@@ -168,8 +168,8 @@ void LinuxUpdates::fetchFeed(UpdateSettings const& settings, FeedAnswer answered
     // One file carries no version that could be compared with the feed's. So that an old one cannot come under a new
     // number, the number has to be the word of whoever signs.
     auto const found = target();
-    if (found && found.value().kind == UpdateTarget::Kind::File && !settings.allowsUnsignedFeed)
-        wishes.requiresSignedFeed = true;
+    if (!wishes.requiresSignedFeed)
+        wishes.requiresSignedFeed = found && found.value().kind == UpdateTarget::Kind::File;
     elsewhere(
         [wishes, agent = userAgent(), isCancelled = m_isCancelled] {
             Download download;

@@ -77,9 +77,7 @@ UpdateSettings UpdateSettings::from(std::function<std::optional<Value>(std::stri
     settings.publicKeys = textsFrom(value("SUPublicEDKey"));
     auto const more = textsFrom(value("SUPublicEDKeys"));
     settings.publicKeys.insert(settings.publicKeys.end(), more.begin(), more.end());
-    auto const requiresSignedFeed = truthFrom(value("SURequireSignedFeed"));
-    settings.requiresSignedFeed = requiresSignedFeed.value_or(false);
-    settings.allowsUnsignedFeed = requiresSignedFeed == false;
+    settings.requiresSignedFeed = truthFrom(value("SURequireSignedFeed"));
     settings.maximumFeedAge = numberFrom(value("SUSignedFeedMaximumAge")).value_or(usualMaximumFeedAge);
     settings.checksAutomatically = truthFrom(value("SUEnableAutomaticChecks"));
     settings.checkInterval = numberFrom(value("SUScheduledCheckInterval")).value_or(day);

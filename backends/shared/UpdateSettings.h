@@ -18,9 +18,8 @@ struct UpdateSettings {
     std::string feedURL {}; // SUFeedURL
     // Base64. Any of them may have signed an update: SUPublicEDKey and the list SUPublicEDKeys.
     std::vector<std::string> publicKeys {};
-    bool requiresSignedFeed = false; // SURequireSignedFeed
-    // The same key, saying that it need not be, whatever the updates are.
-    bool allowsUnsignedFeed = false;
+    // SURequireSignedFeed. Absent: it depends on what the updates are.
+    std::optional<bool> requiresSignedFeed {};
     double maximumFeedAge = 0; // SUSignedFeedMaximumAge: seconds; only for signed feeds
     // SUEnableAutomaticChecks. Absent: nobody has decided yet.
     std::optional<bool> checksAutomatically {};

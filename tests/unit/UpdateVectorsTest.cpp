@@ -198,8 +198,7 @@ TEST(UpdateSettings, AreReadFromTheTextsOfAnInfo)
     EXPECT_EQ(settings.hostVersion, "1.2");
     EXPECT_EQ(settings.feedURL, "https://example.org/feed");
     EXPECT_EQ(settings.publicKeys, (std::vector<std::string> { "one", "two", "three" }));
-    EXPECT_TRUE(settings.requiresSignedFeed);
-    EXPECT_FALSE(settings.allowsUnsignedFeed);
+    EXPECT_EQ(settings.requiresSignedFeed, true);
     EXPECT_EQ(settings.checksAutomatically, false);
     EXPECT_EQ(settings.checkInterval, 7200);
     EXPECT_TRUE(settings.updatesAutomatically);
@@ -207,11 +206,9 @@ TEST(UpdateSettings, AreReadFromTheTextsOfAnInfo)
     info["SUAllowsAutomaticUpdates"] = "NO";
     EXPECT_FALSE(read().updatesAutomatically);
     info["SURequireSignedFeed"] = "NO";
-    EXPECT_FALSE(read().requiresSignedFeed);
-    EXPECT_TRUE(read().allowsUnsignedFeed);
+    EXPECT_EQ(read().requiresSignedFeed, false);
     info.clear();
-    EXPECT_FALSE(read().requiresSignedFeed);
-    EXPECT_FALSE(read().allowsUnsignedFeed);
+    EXPECT_EQ(read().requiresSignedFeed, std::nullopt);
     EXPECT_FALSE(read().checksAutomatically);
     EXPECT_EQ(read().checkInterval, 86400);
     EXPECT_TRUE(read().publicKeys.empty());

@@ -28,7 +28,7 @@ std::span<std::uint8_t const> bytesOf(std::string_view text)
 platform::Result<UpdateFeed> feedFromBytes(std::string const& bytes, UpdateSettings const& settings)
 {
     auto const signature = feedSignatureIn(bytes);
-    if (!signature && settings.requiresSignedFeed)
+    if (!signature && settings.requiresSignedFeed == true)
         return NSError { "Updates", 1003, "the feed is refused: it is not signed" };
     if (signature) {
         if (auto const problem = whyNotSigned(bytesOf(signature->content), signature->signature, settings.publicKeys))
