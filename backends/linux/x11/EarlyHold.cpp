@@ -120,13 +120,14 @@ void EarlyHold::handleCreate(xcb_create_notify_event_t const& event)
     if (isKnown)
         hold(event.window);
     auto const compositor = xcb_get_selection_owner(m_wire, m_compositor);
-    if (!isKnown && !isOurs(event.window)) {
-        xcb_discard_reply(m_wire, compositor.sequence);
-        return;
+    if (!isKnown) {
+        if (!isOurs(event.window)) {
+            xcb_discard_reply(m_wire, compositor.sequence);
+            return;
+        }
+        hold(event.window);
     }
     m_ours.insert(event.window);
-    if (!isKnown)
-        hold(event.window);
     XHandle<xcb_get_selection_owner_reply_t> const owner(xcb_get_selection_owner_reply(m_wire, compositor, nullptr));
     if (!owner || owner->owner == XCB_WINDOW_NONE)
         holdWithoutCompositor(event.window);

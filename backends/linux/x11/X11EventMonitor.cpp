@@ -135,8 +135,7 @@ void X11EventMonitor::handleRelease(xcb_key_release_event_t const& event)
 bool X11EventMonitor::isConsumed(xcb_key_press_event_t const& event)
 {
     auto const code = m_keyboard.map()->virtualKeyCode(event.detail);
-    auto const grabbed = m_grabbed.find(event.detail);
-    if (m_isComposing || !code || grabbed == m_grabbed.end())
+    if (m_isComposing || !code || !m_grabbed.contains(event.detail))
         return false;
     NSEvent key;
     key.type = EventType::KeyDown;
