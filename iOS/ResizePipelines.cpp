@@ -16,7 +16,9 @@ void ResizePipelines::receiveRequest(ResizeBrainstormWindow const& request)
 
 void ResizePipelines::receiveFlag(IsWindowAnimating const& flag)
 {
-    send(m_flags, flag, m_requests.at(flag.windowIdentifier), flag);
+    // A copy, which the sink cannot change by what it sends.
+    auto const request = m_requests.at(flag.windowIdentifier);
+    send(m_flags, flag, request, flag);
 }
 
 template<typename T, typename U>
@@ -27,12 +29,10 @@ void ResizePipelines::send(
         stream.assign(value);
         return;
     }
-    // A copy: what is on its way stays what it is, whatever the sink sends.
-    auto const taken = request;
     auto const generation = m_generation;
-    auto const& id = taken.windowIdentifier;
+    auto const& id = request.windowIdentifier;
     stream.assignUpTo(id, value);
-    m_sink(taken);
+    m_sink(request);
     if (generation == m_generation)
         stream.assignBehind(id, value);
 }

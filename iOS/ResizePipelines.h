@@ -26,7 +26,8 @@ public:
 
     explicit ResizePipelines(Sink sink);
 
-    // A value of either stream goes through all pipelines.
+    // A value of either stream goes through all pipelines. It stays what it is until it is through, whatever the sink
+    // sends.
     void receiveRequest(ResizeBrainstormWindow const& request);
     void receiveFlag(IsWindowAnimating const& flag);
 

@@ -33,29 +33,15 @@ public:
 
     void assignUpTo(std::string const& id, T const& value)
     {
-        // The usual case: one window is asked again and again.
-        if (!m_stretches.empty() && m_stretches.front().last == id) {
-            m_stretches.front().value = value;
-            return;
-        }
-        auto end = find(m_stretches, id);
-        if (end != m_stretches.end() && end->last == id)
-            ++end;
-        auto const next = m_stretches.erase(m_stretches.begin(), end);
-        m_stretches.insert(next, { id, value });
+        auto const stretch = endingWith(id);
+        stretch->value = value;
+        m_stretches.erase(m_stretches.begin(), stretch);
     }
 
     void assignBehind(std::string const& id, T const& value)
     {
-        auto stretch = find(m_stretches, id);
-        if (stretch == m_stretches.end()) {
-            m_stretches.push_back({ id, m_rest });
-        } else {
-            // What is left of its stretch ends with it now, which it mostly does anyway.
-            if (stretch->last != id)
-                stretch->last = id;
-            m_stretches.erase(std::next(stretch), m_stretches.end());
-        }
+        auto const stretch = endingWith(id);
+        m_stretches.erase(std::next(stretch), m_stretches.end());
         m_rest = value;
     }
 
@@ -70,6 +56,20 @@ private:
     static auto find(List& list, std::string const& id)
     {
         return std::find_if(list.begin(), list.end(), [&](Stretch const& stretch) { return !(stretch.last < id); });
+    }
+
+    auto endingWith(std::string const& id)
+    {
+        // The usual case: one window is asked again and again.
+        return !m_stretches.empty() && m_stretches.front().last == id ? m_stretches.begin() : dividedBehind(id);
+    }
+
+    [[gnu::noinline]] auto dividedBehind(std::string const& id)
+    {
+        auto const stretch = find(m_stretches, id);
+        if (stretch == m_stretches.end())
+            return m_stretches.insert(stretch, { id, m_rest });
+        return stretch->last == id ? stretch : m_stretches.insert(stretch, { id, stretch->value });
     }
 
     std::vector<Stretch> m_stretches; // in the order of ids
