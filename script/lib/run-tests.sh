@@ -1,6 +1,10 @@
 # shellcheck shell=bash
 # Runs a preset's tests; sourced by the scripts that do.
 
+# Every program of tests but those of the finished bundle, which no sanitizer and no valgrind looks into.
+# shellcheck disable=SC2034
+test_programs=(unit_tests allocation_tests scenario_tests conformance_tests world_tests linux_tests)
+
 # Most of a test's time is waiting for a server of its own, so more of them run than there are processors.
 run_tests() {
     ctest --preset "$1" --parallel "$(($(nproc) * 2))" "${@:2}"
