@@ -289,7 +289,12 @@ private:
             if (m_x11)
                 work(*m_x11);
         };
-        return { Bus::sessionAddress(), options.bundleIdentifier.value_or(""), [this] { return keyWindow(); },
+        return { Bus::sessionAddress(), options.bundleIdentifier.value_or(""),
+            [this, ifX11] {
+                // The host may be handling a click into a window of which the server's news waits here.
+                ifX11([](X11World& world) { world.catchUp(); });
+                return keyWindow();
+            },
             [ifX11](auto parent) { ifX11([parent](X11World& world) { world.makeWayForDialog(parent); }); },
             [ifX11] { ifX11([](X11World& world) { world.dialogHasClosed(); }); } };
     }

@@ -90,7 +90,11 @@ void X11World::start(std::function<void()> screenDidChange)
     m_tray.start();
     askWhetherInsideWayland();
     m_finder.start();
-    // Some answers lead to a second question.
+    catchUp();
+}
+
+void X11World::catchUp()
+{
     m_connection->roundTrip();
     m_connection->roundTrip();
 }

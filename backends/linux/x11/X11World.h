@@ -41,6 +41,8 @@ public:
     void start(std::function<void()> screenDidChange);
     // Finds the windows that are there; their reports come from the loop.
     void findWindows();
+    // Hands out what the server has said, and what it answers to the questions that this leads to. Waits for it.
+    void catchUp();
 
     bool isAlive() const { return m_connection->isAlive(); }
     // Whether the server is one inside a Wayland session.
