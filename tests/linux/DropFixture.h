@@ -4,9 +4,9 @@
 #include "platform/appkit/NSDraggingInfo.h"
 #include "platform/appkit/NSPasteboard.h"
 #include "platform/appkit/NSView.h"
-#include "platform/log/LogSink.h"
 #include "tests/linux/Desktop.h"
 #include "tests/linux/DragSource.h"
+#include "tests/support/CollectedLog.h"
 
 #include <functional>
 #include <gtest/gtest.h>
@@ -35,11 +35,6 @@ protected:
         // What the last drop could be read as; absent as long as nothing was read.
         std::optional<Texts> dropped;
     };
-    struct Lines : platform::LogSink {
-        bool accepts(platform::LogLevel level) const override { return level == platform::LogLevel::Error; }
-        void write(platform::LogRecord const& record) override { messages.push_back(record.message); }
-        Texts messages;
-    };
 
     void start();
     void makeTarget(platform::Seconds patience = platform::Seconds { 5 });
@@ -53,7 +48,7 @@ protected:
     void dragAndDrop(std::uint32_t version = 5);
     xcb_atom_t copyAction() { return source->atom("XdndActionCopy"); }
 
-    Lines lines;
+    CollectedLog lines { platform::LogLevel::Error };
     platform::OSLog log { lines, "test", "drop" };
     std::unique_ptr<Desktop> desktop;
     std::unique_ptr<backends::EventLoop> loop;

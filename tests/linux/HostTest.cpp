@@ -9,6 +9,7 @@
 #include "backends/linux/loop/EventLoop.h"
 #include "backends/linux/loop/MonotonicClock.h"
 #include "tests/linux/SessionBus.h"
+#include "tests/support/CollectedLog.h"
 
 #include <algorithm>
 #include <array>
@@ -33,17 +34,6 @@ using backends::EventLoop;
 using backends::MachineInfo;
 using backends::StandardErrorLog;
 using platform::LogLevel;
-
-namespace {
-
-class Lines : public platform::LogSink {
-public:
-    bool accepts(LogLevel) const override { return true; }
-    void write(platform::LogRecord const& record) override { messages.push_back(record.message); }
-    std::vector<std::string> messages;
-};
-
-} // namespace
 
 class HostFiles : public ::testing::Test {
 protected:
@@ -77,7 +67,7 @@ protected:
     }
 
     std::string root;
-    Lines lines;
+    CollectedLog lines;
     platform::OSLog log { lines, "test", "host" };
 };
 
@@ -304,7 +294,7 @@ TEST(Languages, AreTheUsersInOrder)
     EXPECT_EQ(languagesIn("de_AT@euro:de:en_GB.UTF-8"), (std::vector<std::string> { "de-AT", "de", "en-GB" }));
     EXPECT_TRUE(languagesIn("C.UTF-8").empty());
     EXPECT_TRUE(languagesIn("POSIX:").empty());
-    Lines lines;
+    CollectedLog lines;
     backends::BundleDirectory const directory(platform::OSLog(lines, "test", "bundle"));
     for (auto const* name : { "LC_ALL", "LC_MESSAGES", "LANG", "LANGUAGE" })
         unsetenv(name);

@@ -2,6 +2,7 @@
 #include "backends/linux/loop/MainQueue.h"
 #include "tests/linux/MailPortalStandIn.h"
 #include "tests/linux/SessionBus.h"
+#include "tests/support/CollectedLog.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <chrono>
@@ -27,13 +28,6 @@ using Clock = std::chrono::steady_clock;
 using Lines = std::vector<std::string>;
 
 namespace {
-
-class Records : public platform::LogSink {
-public:
-    bool accepts(platform::LogLevel) const override { return true; }
-    void write(platform::LogRecord const& record) override { messages.push_back(record.message); }
-    Lines messages;
-};
 
 NSAppleEventDescriptor text(std::string words)
 {
@@ -100,7 +94,7 @@ protected:
     std::unique_ptr<MailPortalStandIn> portal;
     std::unique_ptr<backends::EventLoop> loop = backends::EventLoop::create().take();
     backends::MainQueue mainQueue { *loop };
-    Records records;
+    CollectedLog records;
     LinuxMail::Options options;
     std::optional<LinuxMail> mail;
 };

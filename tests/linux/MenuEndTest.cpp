@@ -74,11 +74,11 @@ TEST_F(MenuEnd, GivesUpWhenAClientDoesNotLetGo)
         Client holder(desktop.display());
         isPointer ? takePointer(holder) : takeKeyboard(holder);
         closings = 0;
-        lines.texts.clear();
+        lines.messages.clear();
         beginToOpen();
         ASSERT_TRUE(pumpUntil([&] { return closings == 1; }));
         EXPECT_FALSE(isShown());
-        EXPECT_EQ(lines.texts, Texts { "menu closed: another client keeps the pointer or the keyboard" });
+        EXPECT_EQ(lines.messages, Texts { "menu closed: another client keeps the pointer or the keyboard" });
         isPointer ? xcb_ungrab_pointer(holder.wire(), XCB_CURRENT_TIME)
                   : xcb_ungrab_keyboard(holder.wire(), XCB_CURRENT_TIME);
         holder.sync();
@@ -115,7 +115,7 @@ TEST_F(MenuEnd, ClosesWhenSomebodyTakesItsWindowAway)
     xcb_destroy_window(other.wire(), window());
     other.sync();
     expectClosed();
-    EXPECT_EQ(lines.texts, Texts {});
+    EXPECT_EQ(lines.messages, Texts {});
 }
 
 TEST_F(MenuEnd, ClosesWhenItsGrabsAreGone)
@@ -224,8 +224,8 @@ TEST_F(MenuEnd, WithoutItsLibraryThereIsNoneAndTheLogSaysSo)
     ASSERT_EQ(restored, 0);
     EXPECT_FALSE(popUp->isOpen());
     expectClosed();
-    ASSERT_EQ(lines.texts.size(), 2u);
-    EXPECT_TRUE(lines.texts[1].starts_with("menu not shown: libpangocairo-1.0.so.0")) << lines.texts[1];
+    ASSERT_EQ(lines.messages.size(), 2u);
+    EXPECT_TRUE(lines.messages[1].starts_with("menu not shown: libpangocairo-1.0.so.0")) << lines.messages[1];
     open();
 }
 

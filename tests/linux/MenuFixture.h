@@ -9,10 +9,10 @@
 #include "backends/linux/x11/X11Keyboard.h"
 #include "backends/linux/x11/X11Menu.h"
 #include "backends/linux/x11/X11Screen.h"
-#include "platform/log/LogSink.h"
 #include "tests/linux/Desktop.h"
 #include "tests/linux/KeyboardOwner.h"
 #include "tests/linux/RecordedMenu.h"
+#include "tests/support/CollectedLog.h"
 
 #include <functional>
 #include <gtest/gtest.h>
@@ -66,19 +66,13 @@ protected:
     void setScale(double scale);
     void setTheme(std::string const& theme, std::string const& font);
 
-    struct Lines : platform::LogSink {
-        bool accepts(platform::LogLevel) const override { return true; }
-        void write(platform::LogRecord const& record) override { texts.push_back(record.message); }
-        Texts texts;
-    };
-
     // In a panel at the top.
     static constexpr backends::PixelRect icon { 600, 2, 24, 24 };
 
     Desktop desktop;
     KeyboardOwner user;
     Client other;
-    Lines lines;
+    CollectedLog lines;
     std::unique_ptr<backends::EventLoop> loop;
     std::unique_ptr<backends::Connection> connection;
     std::unique_ptr<backends::X11Desktop> windows;

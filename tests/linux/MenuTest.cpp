@@ -54,7 +54,7 @@ TEST_F(Menu, OpensBelowAnIconAtTheTopAsAMenuThatNoWindowManagerTouches)
     EXPECT_FALSE(popUp->isOpen());
     expectClosed();
     EXPECT_EQ(actions, Texts {});
-    EXPECT_EQ(lines.texts, Texts {});
+    EXPECT_EQ(lines.messages, Texts {});
 }
 
 TEST_F(Menu, OpensAboveAnIconAtTheBottomAndInsideTheRightEdge)

@@ -2,6 +2,7 @@
 #include "tests/linux/NotificationStandIn.h"
 #include "tests/linux/Pump.h"
 #include "tests/linux/SessionBus.h"
+#include "tests/support/CollectedLog.h"
 
 #include <gtest/gtest.h>
 
@@ -12,13 +13,6 @@ using platform::Seconds;
 using Lines = std::vector<std::string>;
 
 namespace {
-
-class Records : public platform::LogSink {
-public:
-    bool accepts(platform::LogLevel) const override { return true; }
-    void write(platform::LogRecord const& record) override { messages.push_back(record.message); }
-    Lines messages;
-};
 
 // Notices on a bus whose notifications come and go.
 class NotificationsTest : public testing::Test {
@@ -60,7 +54,7 @@ protected:
     SessionBus bus;
     NotificationStandIn desktop { address() };
     std::unique_ptr<backends::EventLoop> loop = backends::EventLoop::create().take();
-    Records records;
+    CollectedLog records;
     Lines answers;
     Notifications notifications;
 };

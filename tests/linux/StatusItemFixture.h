@@ -1,11 +1,11 @@
 #pragma once
 
 #include "backends/linux/LinuxStatusBar.h"
-#include "platform/log/LogSink.h"
 #include "tests/linux/PanelStandIn.h"
 #include "tests/linux/RecordedMenu.h"
 #include "tests/linux/SessionBus.h"
 #include "tests/linux/StatusWatcherStandIn.h"
+#include "tests/support/CollectedLog.h"
 
 #include <functional>
 #include <gtest/gtest.h>
@@ -45,13 +45,7 @@ protected:
     bool isReadable(int milliseconds);
     platform::StatusItemPlace place() const { return bar->place(); }
 
-    struct Lines : platform::LogSink {
-        bool accepts(platform::LogLevel) const override { return true; }
-        void write(platform::LogRecord const& record) override { messages.push_back(record.message); }
-        Texts messages;
-    };
-
-    Lines lines;
+    CollectedLog lines;
     std::unique_ptr<backends::EventLoop> loop;
     std::unique_ptr<SessionBus> bus;
     std::unique_ptr<StatusWatcherStandIn> watcher;

@@ -5,6 +5,7 @@
 #include "platform/carbon/EventHotKeys.h"
 #include "platform/foundation/Dictionary.h"
 #include "tests/linux/SessionBus.h"
+#include "tests/support/CollectedLog.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <algorithm>
@@ -31,13 +32,6 @@ using Clock = std::chrono::steady_clock;
 namespace {
 
 constexpr auto patience = 30s;
-
-class Lines : public platform::LogSink {
-public:
-    bool accepts(platform::LogLevel) const override { return true; }
-    void write(platform::LogRecord const& record) override { messages.push_back(record.message); }
-    std::vector<std::string> messages;
-};
 
 using Texts = std::vector<std::string>;
 
@@ -99,7 +93,7 @@ protected:
     static bool hasNoChild() { return waitpid(-1, nullptr, WNOHANG) < 0 && errno == ECHILD; }
 
     platform::TemporaryFolder folder;
-    Lines log;
+    CollectedLog log;
     std::unique_ptr<SessionBus> bus;
 };
 

@@ -5,6 +5,7 @@
 #include "tests/linux/Pump.h"
 #include "tests/linux/ReleasedApp.h"
 #include "tests/linux/WebServer.h"
+#include "tests/support/CollectedLog.h"
 
 #include <array>
 #include <chrono>
@@ -20,18 +21,6 @@ using platform::NSError;
 using Lines = std::vector<std::string>;
 
 namespace {
-
-// The log of the updater.
-class Records : public platform::LogSink {
-public:
-    bool accepts(LogLevel) const override { return true; }
-    void write(platform::LogRecord const& record) override
-    {
-        if (record.level >= LogLevel::Error)
-            errors.push_back(record.message);
-    }
-    Lines errors;
-};
 
 // A user who wants every update.
 class Willing : public backends::UpdateUserDriver {
@@ -109,7 +98,7 @@ protected:
     // The user asks, and waits until something is said.
     void check()
     {
-        records.errors.clear();
+        records.messages.clear();
         user.shown.clear();
         updater->checkForUpdates();
         EXPECT_TRUE(pump(
@@ -119,7 +108,7 @@ protected:
     void expectRefusal(std::string const& cause)
     {
         check();
-        EXPECT_EQ(records.errors, (Lines { "no update: " + cause }));
+        EXPECT_EQ(records.messages, (Lines { "no update: " + cause }));
         EXPECT_EQ(user.shown, cause);
         EXPECT_EQ(app->start(), "1.0") << cause;
         EXPECT_TRUE(app->leftovers().empty()) << cause;
@@ -134,7 +123,7 @@ protected:
     SigningKey key { 1 };
     WebServer server;
     std::optional<ReleasedApp> app;
-    Records records;
+    CollectedLog records { LogLevel::Error };
     platform::OSLog log { records, "org.example.Ideas", "updates" };
     std::unique_ptr<backends::EventLoop> loop = backends::EventLoop::create().take();
     backends::MainQueue mainQueue { *loop };
