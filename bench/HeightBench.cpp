@@ -114,11 +114,7 @@ public:
     // Until the latest request has been carried out as far as the library is concerned.
     void settle()
     {
-        while (m_ended < m_requested) {
-            pollfd wait { descriptor(), POLLIN, 0 };
-            poll(&wait, 1, 1000);
-            dispatch();
-        }
+        runUntil([this] { return m_ended >= m_requested; });
     }
 
     void request(int height, bool isAnimated)
@@ -140,7 +136,15 @@ private:
     {
         m_world->announceX11Window(m_window);
         Host::shared().map(m_window);
-        while (!m_world->adoptX11Window(m_window) || m_world->adoptX11Window(m_window)->alphaValue() < 1) {
+        runUntil([this] {
+            auto const shown = m_world->adoptX11Window(m_window);
+            return shown && shown->alphaValue() >= 1;
+        });
+    }
+
+    void runUntil(std::function<bool()> const& condition)
+    {
+        while (!condition()) {
             pollfd wait { descriptor(), POLLIN, 0 };
             poll(&wait, 1, 1000);
             dispatch();

@@ -42,35 +42,43 @@ protected:
         return frame;
     }
 
+    // Asks for so many heights, and looks at every step that the window takes on the way: requests that come close
+    // together may be one.
+    void expectStillThrough(int requests, std::size_t leastSteps, platform::NSWindow& window, std::mt19937& random)
+    {
+        auto const id = *backend->x11Window(window);
+        auto const first = onlooker->geometry(onlooker->frameOf(id));
+        onlooker->watch(id);
+        onlooker->clear();
+        std::uniform_int_distribution<int> height(91, 640);
+        for (int i = 0; i < requests; ++i) {
+            window.setFrame(grownAtTop(window, height(random)), Display::Yes);
+            if (i % 4 == 0)
+                settle();
+        }
+        rest(window);
+        auto const steps = onlooker->geometries();
+        EXPECT_GT(steps.size(), leastSteps);
+        for (std::size_t i = 0; i < steps.size(); ++i) {
+            ASSERT_EQ(steps[i].bottom(), first.bottom()) << "step " << i << " of height " << steps[i].height;
+            ASSERT_EQ(steps[i].doubledCentre(), first.doubledCentre()) << "step " << i;
+        }
+    }
+
     void expectBottomAndCentreNeverMove(bool isBorderless, std::vector<std::string> const& manager)
     {
         start(With::Nothing);
         if (!manager.empty())
             desktop->startWindowManager(manager);
         auto const shown = show({ .title = "still" });
-        auto const id = xid(shown);
         if (isBorderless)
             makeBorderless(*shown);
         shown->setFrame({ 320, 60, 640, 91 }, Display::No);
         rest(*shown);
-        auto const first = onlooker->geometry(onlooker->frameOf(id));
-        onlooker->watch(id);
         auto const seed = std::random_device {}();
         SCOPED_TRACE("seed " + std::to_string(seed));
         std::mt19937 random(seed);
-        std::uniform_int_distribution<int> height(91, 640);
-        for (int i = 0; i < 1000; ++i) {
-            shown->setFrame(grownAtTop(*shown, height(random)), Display::Yes);
-            if (i % 4 == 0)
-                settle();
-        }
-        rest(*shown);
-        auto const geometries = onlooker->geometries();
-        EXPECT_GT(geometries.size(), 200u);
-        for (std::size_t i = 0; i < geometries.size(); ++i) {
-            ASSERT_EQ(geometries[i].bottom(), first.bottom()) << "step " << i << " of height " << geometries[i].height;
-            ASSERT_EQ(geometries[i].doubledCentre(), first.doubledCentre()) << "step " << i;
-        }
+        expectStillThrough(1000, 200, *shown, random);
     }
 };
 
@@ -96,7 +104,6 @@ TEST_F(Frames, BottomAndCentreStayWhereAChangeOfTheExtentsHasPutThem)
     auto const shown = show({ .title = "dressed and undressed" });
     auto const id = xid(shown);
     std::mt19937 random(7);
-    std::uniform_int_distribution<int> height(91, 640);
     // An application says by itself whether it wants a frame, and may change its mind.
     constexpr std::uint32_t decorationsAreSaid = 2;
     for (std::uint32_t round = 0; round < 10; ++round) {
@@ -112,21 +119,8 @@ TEST_F(Frames, BottomAndCentreStayWhereAChangeOfTheExtentsHasPutThem)
         // What is asked for holds for a moment whatever happens; then the window is where the window manager put it.
         EXPECT_TRUE(pumpUntil([&] { return 800 - shown->frame().y == onlooker->geometry(id).bottom(); }));
         settle();
-        auto const first = onlooker->geometry(onlooker->frameOf(id));
-        onlooker->watch(id);
-        onlooker->clear();
-        for (int i = 0; i < 100; ++i) {
-            shown->setFrame(grownAtTop(*shown, height(random)), Display::Yes);
-            if (i % 4 == 0)
-                settle();
-        }
-        rest(*shown);
-        auto const steps = onlooker->geometries();
-        EXPECT_GT(steps.size(), 5u);
-        for (auto const& step : steps) {
-            ASSERT_EQ(step.bottom(), first.bottom()) << "round " << round << ", height " << step.height;
-            ASSERT_EQ(step.doubledCentre(), first.doubledCentre()) << "round " << round;
-        }
+        SCOPED_TRACE("round " + std::to_string(round));
+        expectStillThrough(100, 5, *shown, random);
     }
 }
 
