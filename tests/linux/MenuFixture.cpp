@@ -14,24 +14,10 @@ using backends::XHandle;
 
 namespace {
 
-constexpr char const* settingsSelection = "_XSETTINGS_S0";
-
 std::uint32_t pixelOf(backends::MenuColour const& colour)
 {
     auto const byte = [](double share) { return static_cast<std::uint32_t>(std::lround(share * 255)); };
     return byte(colour.red) << 16 | byte(colour.green) << 8 | byte(colour.blue);
-}
-
-// One text of XSETTINGS, in the byte order of this machine.
-std::string textSetting(std::string const& name, std::string const& value)
-{
-    auto const padded = [](std::string text) {
-        text.resize((text.size() + 3) / 4 * 4);
-        return text;
-    };
-    auto const bytesOf = [](auto number) { return std::string(reinterpret_cast<char const*>(&number), sizeof number); };
-    return std::string("\1\0", 2) + bytesOf(static_cast<std::uint16_t>(name.size())) + padded(name)
-        + bytesOf(std::uint32_t { 0 }) + bytesOf(static_cast<std::uint32_t>(value.size())) + padded(value);
 }
 
 } // namespace
@@ -231,21 +217,8 @@ void MenuTest::setScale(double scale)
 
 void MenuTest::setTheme(std::string const& theme, std::string const& font)
 {
-    auto const owner = xcb_generate_id(other.wire());
-    xcb_create_window(other.wire(), XCB_COPY_FROM_PARENT, owner, other.root(), 0, 0, 1, 1, 0,
-        XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
-    std::uint16_t const order = 1;
-    std::uint32_t const header[] { 0, 2 };
-    // The first byte tells the order: 1 where the first byte of a 1 is empty.
-    std::string bytes(4, '\0');
-    bytes[0] = *reinterpret_cast<char const*>(&order) == 1 ? '\0' : '\1';
-    bytes += std::string(reinterpret_cast<char const*>(header), sizeof header);
-    bytes += textSetting("Net/ThemeName", theme) + textSetting("Gtk/FontName", font);
-    auto const property = other.atom("_XSETTINGS_SETTINGS");
-    xcb_change_property(other.wire(), XCB_PROP_MODE_REPLACE, owner, property, property, 8,
-        static_cast<std::uint32_t>(bytes.size()), bytes.data());
-    xcb_set_selection_owner(other.wire(), owner, other.atom(settingsSelection), XCB_CURRENT_TIME);
-    other.sync();
+    settingsOwner = std::make_unique<SettingsOwner>(desktop.display());
+    settingsOwner->tell({ .integers = {}, .texts = { { "Net/ThemeName", theme }, { "Gtk/FontName", font } } });
     pumpUntil([&] { return screen->settings().text("Net/ThemeName") == theme; });
 }
 

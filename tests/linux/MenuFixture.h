@@ -12,6 +12,7 @@
 #include "tests/linux/Desktop.h"
 #include "tests/linux/KeyboardOwner.h"
 #include "tests/linux/RecordedMenu.h"
+#include "tests/linux/SettingsOwner.h"
 #include "tests/support/CollectedLog.h"
 
 #include <functional>
@@ -72,6 +73,7 @@ protected:
     Desktop desktop;
     KeyboardOwner user;
     Client other;
+    std::unique_ptr<SettingsOwner> settingsOwner;
     CollectedLog lines;
     std::unique_ptr<backends::EventLoop> loop;
     std::unique_ptr<backends::Connection> connection;

@@ -44,6 +44,8 @@ void WindowFrame::setFrame(Rect const& frame, std::optional<Rect> const& end)
     auto const& scale = m_context.screen.scale();
     m_target = frame;
     m_targetPixels = end ? scale.toPixels(frame, scale.toPixels(*end)) : scale.toPixels(frame);
+    m_kept = m_targetPixels;
+    m_isUsersSize = false;
     request(grownBy(m_targetPixels, m_insets));
 }
 
@@ -113,10 +115,25 @@ void WindowFrame::setInsets(PixelInsets const& insets)
         request(grownBy(m_targetPixels, m_insets));
 }
 
-void WindowFrame::scaleDidChange()
+void WindowFrame::renewLimits()
 {
-    // The target was meant for another desktop; what the window has now holds.
-    m_target.reset();
+    if (m_limits.isSet())
+        m_limits.include(m_pixels, m_answerTimer ? m_requested : m_pixels);
+}
+
+void WindowFrame::keepPoints(PixelScale const& before, std::optional<Rect> const& end)
+{
+    if (!m_target)
+        return;
+    auto const points = end ? *end : m_isUsersSize ? before.toPoints(m_kept) : *m_target;
+    auto const place = m_context.screen.scale().toPoints(end ? before.toPixels(*end) : m_kept);
+    setFrame({ place.midX() - points.width / 2, place.y, points.width, points.height });
+}
+
+void WindowFrame::keepUsersSize()
+{
+    m_kept = visiblePixels();
+    m_isUsersSize = true;
 }
 
 void WindowFrame::read()
@@ -193,6 +210,8 @@ void WindowFrame::askWhetherFramed(std::function<void(bool)> answered)
 void WindowFrame::setPixels(PixelRect const& pixels)
 {
     m_pixels = pixels;
+    if (visiblePixels().hasSizeOf(m_kept))
+        m_kept = visiblePixels();
     // A detour that is still to come would be seen: the target counts when the detour is behind it.
     if (m_detour == pixels)
         m_detour.reset();

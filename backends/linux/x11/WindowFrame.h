@@ -50,7 +50,14 @@ public:
     void sendAgain();
 
     void setInsets(PixelInsets const& insets);
-    void scaleDidChange();
+    // The scale is another one. The limits are other numbers of pixels then, and either what the window has now holds,
+    // or it keeps its points: those at the end of a movement, those that its user gave it, or the target's. Its bottom
+    // edge and its centre stay where they are. Nothing when no frame was ever set.
+    void renewLimits();
+    void keepPixels() { m_target.reset(); }
+    void keepPoints(PixelScale const& before, std::optional<platform::Rect> const& end);
+    // The size that the window has now is its user's.
+    void keepUsersSize();
     void handleParent(xcb_window_t parent) { m_parent = parent; }
     // Asks for size and place; the answers come with the next replies.
     void read();
@@ -78,6 +85,10 @@ private:
     PixelInsets m_insets;
     std::optional<platform::Rect> m_target;
     PixelRect m_targetPixels;
+    // The target's size, or what its user has made of it since, and where the window was when it last had that. A
+    // toolkit may have other ideas of a scale, and be faster.
+    PixelRect m_kept;
+    bool m_isUsersSize = false;
     // The latest request. While its timer runs the target holds, whatever is heard of the requests before.
     PixelRect m_requested;
     LoopSource m_answerTimer;

@@ -286,8 +286,11 @@ void X11Window::wasWithdrawn()
 
 void X11Window::handleConfigure(xcb_configure_notify_event_t const& event, bool isButtonDown)
 {
-    if (m_frame.handleConfigure(event) && isShown())
-        m_liveResize.sizeDidChange(isButtonDown);
+    if (!m_frame.handleConfigure(event) || !isShown())
+        return;
+    if (isButtonDown)
+        m_frame.keepUsersSize();
+    m_liveResize.sizeDidChange(isButtonDown);
 }
 
 void X11Window::handleReparent(xcb_window_t parent)
@@ -302,6 +305,19 @@ void X11Window::windowManagerDidChange()
         return;
     m_states.setManaged(m_context.desktop.hasWindowManager());
     m_states.tellAgain();
+}
+
+void X11Window::scaleDidChange(PixelScale const& before)
+{
+    m_frame.renewLimits();
+    // The size of a window with a frame is its toolkit's and its user's.
+    if (!m_decorations.isBorderless()) {
+        m_frame.keepPixels();
+        return;
+    }
+    auto const end = m_context.animator.targetFrame(*this);
+    m_context.animator.endFrameAnimations(*this);
+    m_frame.keepPoints(before, end);
 }
 
 NSButton* X11Window::standardWindowButton(platform::WindowButton button) { return m_decorations.button(button); }

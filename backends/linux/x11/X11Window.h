@@ -76,7 +76,7 @@ public:
     // News of the world around it.
     void windowManagerDidChange();
     void compositorDidChange() { m_alpha.compositorDidChange(); }
-    void scaleDidChange() { m_frame.scaleDidChange(); }
+    void scaleDidChange(PixelScale const& before);
 
     // NSWindow.
     std::string title() const override { return m_properties.title(); }

@@ -79,8 +79,8 @@ void X11World::start(std::function<void()> screenDidChange)
     });
     m_desktop.start();
     m_screen.start([this, screenDidChange = std::move(screenDidChange), scale = m_screen.scale()]() mutable {
-        if (std::exchange(scale, m_screen.scale()) != m_screen.scale())
-            forEachWindow([](X11Window& window) { window.scaleDidChange(); });
+        if (auto const before = std::exchange(scale, m_screen.scale()); before != m_screen.scale())
+            forEachWindow([&before](X11Window& window) { window.scaleDidChange(before); });
         screenDidChange();
     });
     m_keyboard.start([this] {
