@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <fcntl.h>
+#include <poll.h>
 #include <utility>
 #include <xcb/bigreq.h>
 #include <xcb/randr.h>
@@ -177,6 +178,25 @@ void Connection::roundTrip()
         xcb_get_input_focus_reply(m_connection, xcb_get_input_focus(m_connection), nullptr));
     // In the order of the wire, as always: what came before the answers happened before them.
     while (handleQueued(false)) { }
+}
+
+void Connection::roundTripWithin(std::chrono::milliseconds longest)
+{
+    using Clock = std::chrono::steady_clock;
+    auto const end = Clock::now() + longest;
+    // The answer may come when this has returned.
+    auto const hasAnswered = std::make_shared<bool>(false);
+    ask<xcb_get_input_focus_reply_t>(
+        xcb_get_input_focus(m_connection).sequence, [hasAnswered](auto const*) { *hasAnswered = true; });
+    xcb_flush(m_connection);
+    while (!*hasAnswered && !m_isLost) {
+        if (handleQueued(true))
+            continue;
+        auto const left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
+        pollfd wait { xcb_get_file_descriptor(m_connection), POLLIN, 0 };
+        if (left <= 0 || poll(&wait, 1, static_cast<int>(left)) == 0)
+            return;
+    }
 }
 
 bool Connection::handleQueued(bool readsWire)

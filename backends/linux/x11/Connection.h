@@ -8,6 +8,7 @@
 #include "platform/log/OSLog.h"
 
 #include <array>
+#include <chrono>
 #include <cstdint>
 #include <deque>
 #include <functional>
@@ -94,6 +95,8 @@ public:
     // Sends what has been asked, waits until the server has done it, and hands out what it said by then. For start-up,
     // and where a host asks for it.
     void roundTrip();
+    // The same, but a server that takes longer is not waited for.
+    void roundTripWithin(std::chrono::milliseconds longest);
 
     // The latest time stamp of something that the user did, or XCB_CURRENT_TIME.
     xcb_timestamp_t latestUserTime() const { return m_latestUserTime; }

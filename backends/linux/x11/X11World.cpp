@@ -3,6 +3,7 @@
 #include "platform/appkit/NSApplication.h"
 
 #include <algorithm>
+#include <chrono>
 #include <string_view>
 #include <utility>
 #include <xcb/randr.h>
@@ -15,6 +16,9 @@ namespace {
 
 // How long the right to come forward waits for a window to use it.
 constexpr platform::Seconds activationTime { 2 };
+
+// A host that asks for a dialog waits for the server's news this long at most, each time.
+constexpr std::chrono::milliseconds longestCatchUp { 100 };
 
 // The direction of _NET_WM_MOVERESIZE that moves.
 constexpr std::uint32_t moveDirection = 8;
@@ -90,13 +94,16 @@ void X11World::start(std::function<void()> screenDidChange)
     m_tray.start();
     askWhetherInsideWayland();
     m_finder.start();
-    catchUp();
+    // Some answers lead to a second question.
+    m_connection->roundTrip();
+    m_connection->roundTrip();
 }
 
 void X11World::catchUp()
 {
-    m_connection->roundTrip();
-    m_connection->roundTrip();
+    // News of the window that has the keyboard leads to a question of what that window is.
+    for (int i = 0; i < 2 && isAlive(); ++i)
+        m_connection->roundTripWithin(longestCatchUp);
 }
 
 // Newer servers of that kind say so by an extension, older ones by what they call their screens.

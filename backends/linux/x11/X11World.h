@@ -41,7 +41,8 @@ public:
     void start(std::function<void()> screenDidChange);
     // Finds the windows that are there; their reports come from the loop.
     void findWindows();
-    // Hands out what the server has said, and what it answers to the questions that this leads to. Waits for it.
+    // Hands out what the server has said, and what it answers to the questions that this leads to. A server that
+    // stands still is not waited for.
     void catchUp();
 
     bool isAlive() const { return m_connection->isAlive(); }
