@@ -2,8 +2,8 @@
 
 #include "platform/foundation/Fatal.h"
 #include "platform/foundation/JSON.h"
-#include "platform/foundation/JSONShortReader.h"
 #include "platform/foundation/JSONEscaped.h"
+#include "platform/foundation/JSONShortReader.h"
 #include "platform/foundation/Text.h"
 
 #include <array>
