@@ -265,6 +265,10 @@ private:
         bar.title = m_appName;
         bar.renderings = [this](platform::NSImage const& image) { return renderings(image); };
         bar.x11 = m_x11.get();
+        bar.userDidAct = [this](auto const& activationToken) {
+            if (m_x11)
+                m_x11->userDidAct(activationToken);
+        };
         m_statusBar = std::make_unique<LinuxStatusBar>(*m_loop, std::move(bar), log("statusitem"));
     }
 

@@ -79,6 +79,8 @@ LinuxHotKeys::LinuxHotKeys(Session session, EventLoop& loop, platform::Queue& ma
                 },
             .didPress =
                 [this](bool isDown) {
+                    if (isDown && m_session.x11)
+                        m_session.x11->userDidAct({});
                     if (!m_entries.empty() && m_entries.rbegin()->second.road == Road::Desktop)
                         didPress(m_entries.rbegin()->first, isDown);
                 },

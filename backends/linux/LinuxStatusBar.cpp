@@ -40,7 +40,7 @@ std::shared_ptr<platform::NSStatusItem> LinuxStatusBar::statusItemWithLength(dou
     options.identity = { m_options.id, m_options.title, ++m_count, {} };
     options.renderings = m_options.renderings;
     options.standInIconName = m_options.standInIconName;
-    options.willActivate = m_options.willActivate;
+    options.userDidAct = m_options.userDidAct;
     options.x11 = m_options.x11;
     std::weak_ptr<bool> const life = m_life;
     options.willPress = [this, life](auto const& area) {

@@ -22,7 +22,8 @@ public:
         std::string title {};
         std::function<std::vector<IconRendering>(platform::NSImage const&)> renderings {};
         std::string standInIconName {};
-        std::function<void(std::string const& activationToken)> willActivate {};
+        // As of an item.
+        std::function<void(std::string const& activationToken)> userDidAct {};
         // Null without an X server.
         X11World* x11 = nullptr;
     };

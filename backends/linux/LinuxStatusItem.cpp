@@ -221,7 +221,7 @@ void LinuxStatusItem::connectBus()
     options.identity = m_options.identity;
     options.drawIcon = [this](auto const& image) { return panelPictures(image); };
     options.standInIconName = m_options.standInIconName;
-    options.willActivate = m_options.willActivate;
+    options.userDidAct = m_options.userDidAct;
     options.willPress = [willPress = m_options.willPress](auto const& place) {
         if (willPress)
             willPress(place ? std::optional(PixelRect { place->x, place->y, 0, 0 }) : std::nullopt);

@@ -340,7 +340,7 @@ TEST_F(StatusNotifierTest, EachButtonDoesOneThing)
 TEST_F(StatusNotifierTest, AnActivationTokenIsForTheNextPress)
 {
     std::vector<std::string> tokens;
-    options.willActivate
+    options.userDidAct
         = [&](std::string const& token) { tokens.push_back(token + " before " + std::to_string(actions.size())); };
     startShown();
     EXPECT_EQ(answer(panel->askItem("ProvideXdgActivationToken", "s", "first")), "");
@@ -349,7 +349,7 @@ TEST_F(StatusNotifierTest, AnActivationTokenIsForTheNextPress)
     answer(panel->askItem("Activate", "ii", 0, 0));
     settle();
     EXPECT_EQ(actions, (Texts { "left", "left" }));
-    EXPECT_EQ(tokens, Texts { "second before 0" });
+    EXPECT_EQ(tokens, (Texts { "second before 0", " before 1" }));
 }
 
 TEST_F(StatusNotifierTest, WhatMakesNoSenseIsRefused)

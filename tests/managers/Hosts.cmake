@@ -28,12 +28,12 @@ if(SDL2_FOUND)
 endif()
 
 set(manager_sources)
-foreach(source ChildProcess Client Desktop Onlooker SessionBus Toolkit)
+foreach(source BusPeer ChildProcess Client Desktop Onlooker PanelStandIn SessionBus StatusWatcherStandIn Toolkit)
     list(APPEND manager_sources linux/${source}.cpp)
 endforeach()
 list(JOIN toolkits "," toolkits)
 paneweld_tests(manager_tests DIR managers TIMEOUT 120 SOURCES ${manager_sources}
-    LIBRARIES PkgConfig::XCB PkgConfig::XTEST)
+    LIBRARIES PkgConfig::XCB PkgConfig::XTEST PkgConfig::SYSTEMD)
 target_compile_definitions(manager_tests PRIVATE PANEWELD_TEST_HOSTS="${CMAKE_CURRENT_BINARY_DIR}/hosts")
 set_source_files_properties(managers/ScenarioTest.cpp PROPERTIES COMPILE_DEFINITIONS
     "PANEWELD_TEST_BUILT_TOOLKITS=\"${toolkits}\"")

@@ -37,6 +37,7 @@ public:
     ~Session();
 
     std::string const& display() const { return m_display; }
+    std::string const& busAddress() const { return m_bus->address(); }
     // Below a Wayland compositor nobody can read the screen, and no click can be made up.
     bool hasPixels() const { return !m_manager.hasOwnServer; }
     // Return when it has gone, and when another one works.

@@ -57,12 +57,12 @@ bool isKnownEvent(std::string const& name)
 
 } // namespace
 
-DBusMenu::DBusMenu(Bus& bus, EventLoop& loop, std::string path, platform::OSLog log, Demand demandMenu)
+DBusMenu::DBusMenu(Bus& bus, EventLoop& loop, std::string path, platform::OSLog log, Observer observer)
     : m_bus(bus)
     , m_loop(loop)
     , m_path(std::move(path))
     , m_log(std::move(log))
-    , m_demandMenu(std::move(demandMenu))
+    , m_observer(std::move(observer))
     , m_object(bus.exportObject(m_path, interface()))
 {
 }
@@ -106,11 +106,11 @@ void DBusMenu::setMenu(std::shared_ptr<NSMenu> menu)
 
 void DBusMenu::demand()
 {
-    if (m_menu || !m_demandMenu)
+    if (m_menu || !m_observer.wasDemanded)
         return;
     // A copy: what it leads to may drop this.
-    auto const demandMenu = m_demandMenu;
-    demandMenu();
+    auto const wasDemanded = m_observer.wasDemanded;
+    wasDemanded();
 }
 
 bool DBusMenu::demandIsOver()
@@ -213,8 +213,11 @@ void DBusMenu::handleEvent(List const& event)
         return;
     }
     auto const item = name == "clicked" ? m_tree.item(number(event, 0)) : nullptr;
-    if (item)
-        item->reportChosen();
+    if (!item)
+        return;
+    if (m_observer.willChoose)
+        m_observer.willChoose();
+    item->reportChosen();
 }
 
 void DBusMenu::handleEvents(List const& arguments)

@@ -20,10 +20,15 @@ namespace backends {
 // the first question for its lines asks for it, and is answered with all of them. Main thread only.
 class DBusMenu {
 public:
-    // Called from the loop as long as there is no menu and one is wanted. It may call setMenu, and may drop this.
-    using Demand = std::function<void()>;
+    // Called from the loop.
+    struct Observer {
+        // As long as there is no menu and one is wanted. It may call setMenu, and may drop the menu of the bus.
+        std::function<void()> wasDemanded {};
+        // Before an item is told that it was chosen.
+        std::function<void()> willChoose {};
+    };
 
-    DBusMenu(Bus& bus, EventLoop& loop, std::string path, platform::OSLog log, Demand demandMenu);
+    DBusMenu(Bus& bus, EventLoop& loop, std::string path, platform::OSLog log, Observer observer);
 
     // What is shown from now on. Its items are watched: one observer of a menu is ours.
     void setMenu(std::shared_ptr<platform::NSMenu> menu);
@@ -58,7 +63,7 @@ private:
     EventLoop& m_loop;
     std::string m_path;
     platform::OSLog m_log;
-    Demand m_demandMenu;
+    Observer m_observer;
     std::shared_ptr<platform::NSMenu> m_menu;
     MenuTree m_tree;
     std::uint32_t m_revision = 1;

@@ -68,8 +68,11 @@ void DBusStatusItem::serve(std::unique_ptr<Bus> bus)
     m_bus = std::move(bus);
     m_ready = m_bus->whenReady([this] { m_return.found(); });
     m_lost = m_bus->whenLost([this] { busDidGo(); });
-    m_menu = std::make_unique<DBusMenu>(*m_bus, m_loop, menuPath, m_log,
-        [button = m_button] { button->reportRightMouseDown(NSEvent { EventType::RightMouseDown }); });
+    DBusMenu::Observer menuObserver;
+    menuObserver.wasDemanded
+        = [button = m_button] { button->reportRightMouseDown(NSEvent { EventType::RightMouseDown }); };
+    menuObserver.willChoose = [this] { tellOfUser({}); };
+    m_menu = std::make_unique<DBusMenu>(*m_bus, m_loop, menuPath, m_log, std::move(menuObserver));
     if (m_shownMenu)
         m_menu->setMenu(m_shownMenu);
     auto identity = m_options.identity;
@@ -77,6 +80,7 @@ void DBusStatusItem::serve(std::unique_ptr<Bus> bus)
     StatusNotifierItem::Observer observer;
     observer.didActivate = [this](auto place, auto const& token) { press(place, token); };
     observer.didAskForMenu = [this](auto place) {
+        tellOfUser({});
         if (m_options.willPress)
             m_options.willPress(place);
         m_menu->demand();
@@ -124,11 +128,16 @@ void DBusStatusItem::press(std::optional<StatusNotifierItem::Place> place, std::
 {
     // Held: a press may end the item.
     auto const button = m_button;
+    tellOfUser(activationToken);
     if (m_options.willPress)
         m_options.willPress(place);
-    if (auto const willActivate = m_options.willActivate; willActivate && !activationToken.empty())
-        willActivate(activationToken);
     button->reportMouseDown(NSEvent { EventType::LeftMouseDown });
+}
+
+void DBusStatusItem::tellOfUser(std::string const& activationToken)
+{
+    if (m_options.userDidAct)
+        m_options.userDidAct(activationToken);
 }
 
 void DBusStatusItem::redraw()

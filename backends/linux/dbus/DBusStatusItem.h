@@ -34,8 +34,9 @@ public:
         std::string standInIconName {};
         // Just before a press, with its place where the desktop tells it.
         std::function<void(std::optional<StatusNotifierItem::Place>)> willPress {};
-        // Just before a press that the desktop gave an activation token for (xdg-activation).
-        std::function<void(std::string const& activationToken)> willActivate {};
+        // Before anything that the user does with the item, with the desktop's activation token for it (xdg-activation)
+        // or an empty one.
+        std::function<void(std::string const& activationToken)> userDidAct {};
         // Called from the loop.
         std::function<void()> stateDidChange {};
     };
@@ -56,6 +57,7 @@ private:
     void connectAgain();
     void busDidGo();
     void press(std::optional<StatusNotifierItem::Place> place, std::string const& activationToken);
+    void tellOfUser(std::string const& activationToken);
     StatusIcon icon() const;
 
     EventLoop& m_loop;

@@ -32,6 +32,7 @@ X11World::X11World(std::unique_ptr<Connection> connection, platform::NSApplicati
     , m_clock(clock)
     , m_connection(std::move(connection))
     , m_earlyHold(*m_connection)
+    , m_serverClock(*m_connection)
     , m_desktop(*m_connection)
     , m_screen(*m_connection, m_desktop)
     , m_keyboard(*m_connection, modifierKeys)

@@ -4,6 +4,7 @@
 #include "backends/linux/x11/Connection.h"
 #include "backends/linux/x11/EarlyHold.h"
 #include "backends/linux/x11/PointerButtons.h"
+#include "backends/linux/x11/ServerClock.h"
 #include "backends/linux/x11/WindowFinder.h"
 #include "backends/linux/x11/X11Context.h"
 #include "backends/linux/x11/X11Desktop.h"
@@ -69,6 +70,8 @@ public:
         std::weak_ptr<platform::NSView> view, X11TrayIcon::Observer observer, platform::OSLog const& log);
     // The window that is raised or mapped next may come forward with the right of the latest event.
     void activate();
+    // The user did something that the server knows nothing of; the desktop's activation token for it, or an empty one.
+    void userDidAct(std::string_view activationToken) { m_serverClock.noteUserAct(activationToken); }
 
 private:
     void askWhetherInsideWayland();
@@ -99,6 +102,7 @@ private:
     platform::Clock& m_clock;
     std::unique_ptr<Connection> m_connection;
     EarlyHold m_earlyHold;
+    ServerClock m_serverClock;
     X11Desktop m_desktop;
     X11Screen m_screen;
     X11Keyboard m_keyboard;

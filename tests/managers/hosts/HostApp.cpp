@@ -72,9 +72,18 @@ void HostApp::listen()
         [](auto const& notification) { sayResize("did", notification); }));
     m_observations.push_back(hear(NotificationName::globalNewBrainstormShortcutTriggered(), [this](auto const&) {
         say("triggered");
-        if (auto const found = m_windows.find(m_windowOfShortcut); found != m_windows.end())
-            found->second->show();
+        show(m_windowOfShortcut);
     }));
+    m_observations.push_back(hear(NotificationName::openNewWindow(), [this](auto const&) {
+        say("clicked");
+        show(m_windowOfStatusItem);
+    }));
+}
+
+void HostApp::show(std::string const& id)
+{
+    if (auto const found = m_windows.find(id); found != m_windows.end())
+        found->second->show();
 }
 
 bool HostApp::readCommands()
@@ -121,6 +130,10 @@ void HostApp::obey(std::string const& line)
         return post(NotificationName::updateGlobalNewBrainstormShortcut(), shortcut.userInfo());
     }
     words >> id;
+    if (command == "statusitem") {
+        m_windowOfStatusItem = id;
+        return;
+    }
     if (command == "height") {
         double height = 0;
         std::string manner;

@@ -20,6 +20,7 @@
 //   pin ID yes|no
 //   show ID, hide ID, destroy ID
 //   shortcut KEYCODE MODIFIERS ID                 ->  triggered (and the window is shown)
+//   statusitem ID                                 ->  clicked (and the window is shown)
 //
 // By themselves come "loaded ID", "closed ID" when the window was asked to close and went, and "key ID" for a key that
 // reached the toolkit.
@@ -63,6 +64,7 @@ private:
     void obey(std::string const& line);
     void open(std::string const& road, std::string const& id, WindowWish wish);
     void listen();
+    void show(std::string const& id);
 
     Make m_make;
     std::unique_ptr<paneweld::Host> m_host;
@@ -73,4 +75,5 @@ private:
     std::vector<std::string> m_closed;
     std::string m_input;
     std::string m_windowOfShortcut;
+    std::string m_windowOfStatusItem;
 };

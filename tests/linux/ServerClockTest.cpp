@@ -1,0 +1,63 @@
+#include "backends/linux/x11/ServerClock.h"
+
+#include "backends/linux/host/StandardErrorLog.h"
+#include "backends/linux/loop/EventLoop.h"
+#include "tests/linux/Desktop.h"
+
+#include <gtest/gtest.h>
+
+namespace paneweld_tests {
+
+namespace {
+
+class ServerClockTest : public testing::Test {
+protected:
+    ServerClockTest()
+        : loop(backends::EventLoop::create().take())
+        , connection(backends::Connection::open(desktop.display(), *loop, { log, "test", "x11" }).take())
+        , clock(*connection)
+    {
+        connection->start([](auto const&) {}, [] {});
+        connection->noteUserTime(longAgo);
+    }
+
+    static constexpr xcb_timestamp_t longAgo = 1;
+
+    Desktop desktop;
+    backends::StandardErrorLog log;
+    std::unique_ptr<backends::EventLoop> loop;
+    std::unique_ptr<backends::Connection> connection;
+    backends::ServerClock clock;
+};
+
+} // namespace
+
+TEST_F(ServerClockTest, WhatHasNoTimeIsNowUntilTheServerSaysWhenThatIs)
+{
+    for (auto const token : { "", "6f0a", "a-b-c_TIME", "a_TIMEx", "a_TIME12x", "a_TIME0", "a_TIME99999999999" }) {
+        connection->noteUserTime(longAgo);
+        clock.noteUserAct(token);
+        EXPECT_EQ(connection->latestUserTime(), xcb_timestamp_t { XCB_CURRENT_TIME }) << token;
+        connection->roundTrip();
+        EXPECT_GT(connection->latestUserTime(), longAgo) << token;
+    }
+}
+
+TEST_F(ServerClockTest, ATokenMaySayTheTime)
+{
+    clock.noteUserAct("panel/app/17-3-host_TIME4711");
+    EXPECT_EQ(connection->latestUserTime(), 4711u);
+    connection->roundTrip();
+    EXPECT_EQ(connection->latestUserTime(), 4711u);
+}
+
+TEST_F(ServerClockTest, WhatTheUserDidMeanwhileHasItsOwnTime)
+{
+    constexpr xcb_timestamp_t pressed = 5;
+    clock.noteUserAct("");
+    connection->noteUserTime(pressed);
+    connection->roundTrip();
+    EXPECT_EQ(connection->latestUserTime(), pressed);
+}
+
+} // namespace paneweld_tests
