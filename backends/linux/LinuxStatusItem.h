@@ -31,8 +31,8 @@ public:
         // The pictures that there are of an image, smallest first; none, when it cannot be drawn.
         std::function<std::vector<IconRendering>(platform::NSImage const&)> renderings {};
         std::string standInIconName {};
-        // What the user does with the item where the X server is not told, with the desktop's activation token for it or
-        // an empty one. Before anything comes of it.
+        // What the user does with the item where the X server is not told, with the desktop's activation token for it
+        // or an empty one. Before anything comes of it.
         std::function<void(std::string const& activationToken)> userDidAct {};
         // Null without an X server.
         X11World* x11 = nullptr;
