@@ -32,7 +32,7 @@ protected:
     {
         bool const isAllowed = unshare(CLONE_NEWNS) == 0 || unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0;
         auto const cause = errno;
-        hasOwnMounts = isAllowed && mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+        hasOwnMounts = isAllowed && mount("none", "/", "none", MS_REC | MS_PRIVATE, nullptr) == 0;
         if (!hasOwnMounts)
             stateForbidden("make a mount: " + std::string(std::strerror(cause)));
     }
@@ -66,7 +66,7 @@ TEST_F(BookmarkOnMounts, IsFoundWhereItsFileSystemWasMovedTo)
     mountAt("stick", "none", "tmpfs", 0);
     auto const data = keep(makeFolder("stick/docs/deep"));
     EXPECT_EQ(found(data), url("stick/docs/deep").absoluteString());
-    mountAt("new place", path("stick"), nullptr, MS_MOVE);
+    mountAt("new place", path("stick"), "none", MS_MOVE);
     EXPECT_EQ(found(data), url("new place/docs/deep").absoluteString());
     rename("new place/docs", "new place/papers");
     EXPECT_EQ(found(data), url("new place/papers/deep").absoluteString());
@@ -84,19 +84,19 @@ TEST_F(BookmarkOnMounts, IsFoundThroughWhateverShowsItsFolder)
     if (!hasOwnMounts)
         return;
     makeFolder("real/inner/docs");
-    mountAt("view", path("real/inner"), nullptr, MS_BIND);
+    mountAt("view", path("real/inner"), "none", MS_BIND);
     auto const data = keep(url("view/docs"));
     EXPECT_EQ(found(data), url("view/docs").absoluteString()) << "as it was granted";
     unmount("view");
     EXPECT_EQ(found(data), url("real/inner/docs").absoluteString());
     // Another folder is shown where the first one was.
     makeFolder("real/other/docs");
-    mountAt("view", path("real/other"), nullptr, MS_BIND);
+    mountAt("view", path("real/other"), "none", MS_BIND);
     EXPECT_EQ(found(data), url("real/inner/docs").absoluteString());
     unmount("view");
     // And the other way round: kept at its own place, which something else covers.
     auto const own = keep(url("real/inner/docs"));
-    mountAt("view", path("real/inner"), nullptr, MS_BIND);
+    mountAt("view", path("real/inner"), "none", MS_BIND);
     mountAt("real/inner", "none", "tmpfs", 0);
     EXPECT_EQ(found(own), url("view/docs").absoluteString());
     makeFolder("real/inner/docs");

@@ -64,9 +64,15 @@ bool OtherProgram::typeInto()
     // Keys of before are not this one.
     while (auto* const event = xcb_poll_for_event(m_toolkit.wire()))
         std::free(event);
-    m_user.press(letter);
-    m_user.release(letter);
+    constexpr int looksBetweenPresses = 40;
+    int looks = 0;
     return m_user.waitUntil([&] {
+        if (looks++ % looksBetweenPresses == 0) {
+            // A panel that has just come forward may have done so for the second time.
+            bringForward();
+            m_user.press(letter);
+            m_user.release(letter);
+        }
         while (auto* const event = xcb_poll_for_event(m_toolkit.wire())) {
             bool const isKey = (event->response_type & 0x7F) == XCB_KEY_PRESS;
             auto const time = reinterpret_cast<xcb_key_press_event_t const*>(event)->time;
