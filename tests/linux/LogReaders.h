@@ -134,7 +134,7 @@ public:
     {
         if (unshare(CLONE_NEWNS) != 0)
             return false;
-        EXPECT_EQ(mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr), 0);
+        EXPECT_EQ(mount("none", "/", "none", MS_REC | MS_PRIVATE, nullptr), 0);
         for (std::string const folder : { "/run/systemd", "/run/log" }) {
             std::filesystem::create_directories(folder);
             EXPECT_EQ(mount("none", folder.c_str(), "tmpfs", 0, nullptr), 0);
