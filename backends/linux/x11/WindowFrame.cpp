@@ -162,6 +162,10 @@ bool WindowFrame::handleConfigure(xcb_configure_notify_event_t const& event)
     bool const isSynthetic = (event.response_type & 0x80) != 0;
     bool const sizeChanges = event.width != m_pixels.width || event.height != m_pixels.height;
     bool const isForeign = !isSynthetic && sizeChanges && !wasRequested(event.width, event.height);
+    // A busy window manager that is still at earlier requests comes to the last one too.
+    bool const isLast = event.width == m_requested.width && event.height == m_requested.height;
+    if (sizeChanges && !isLast && wasRequested(event.width, event.height))
+        m_isCatchingUp = true;
     // A window manager tells the place on the root itself. The server tells the place in the parent, which may be a
     // frame by now, so the place on the root is asked for.
     if (isSynthetic) {
@@ -226,12 +230,22 @@ void WindowFrame::waitForAnswer()
     m_wasAnswered = false;
     m_hasArrived = false;
     m_detour.reset();
-    m_answerTimer = m_context.loop.after(longestAnswer, [this] {
-        m_answerTimer.end();
-        // Not every move is told, so the server is asked once for where the window came to rest.
-        askPosition([this] {
-            if (!m_answerTimer)
-                comeToRest();
+    startAnswerTimer();
+}
+
+void WindowFrame::startAnswerTimer()
+{
+    m_isCatchingUp = false;
+    m_answerTimer = m_context.loop.after(longestAnswer, [this, wait = ++m_waits] {
+        // Not every move is told, so the server is asked once for where the window came to rest. Until it says so the
+        // target holds: between a new size and its place the two do not belong together.
+        askPosition([this, wait] {
+            if (wait != m_waits)
+                return;
+            if (m_isCatchingUp)
+                return startAnswerTimer();
+            m_answerTimer.end();
+            comeToRest();
         });
     });
 }

@@ -72,6 +72,7 @@ private:
     void askPosition(std::function<void()> done = {});
     void setPixels(PixelRect const& pixels);
     void waitForAnswer();
+    void startAnswerTimer();
     void comeToRest();
     bool wasRequested(std::int32_t width, std::int32_t height) const;
 
@@ -89,9 +90,13 @@ private:
     // toolkit may have other ideas of a scale, and be faster.
     PixelRect m_kept;
     bool m_isUsersSize = false;
-    // The latest request. While its timer runs the target holds, whatever is heard of the requests before.
+    // The latest request. While its timer runs the target holds, whatever is heard of the requests before, and it runs
+    // again as long as those are answered.
     PixelRect m_requested;
     LoopSource m_answerTimer;
+    // Which of the timers is the present one.
+    unsigned m_waits = 0;
+    bool m_isCatchingUp = false;
     // Sent to make a window manager look, and not seen yet.
     std::optional<PixelRect> m_detour {};
     bool m_hasArrived = true;
