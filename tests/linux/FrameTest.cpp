@@ -78,7 +78,7 @@ protected:
         auto const seed = std::random_device {}();
         SCOPED_TRACE("seed " + std::to_string(seed));
         std::mt19937 random(seed);
-        expectStillThrough(1000, 50, *shown, random);
+        expectStillThrough(1000, 200, *shown, random);
     }
 };
 
