@@ -121,7 +121,7 @@ TEST_P(Focus, FollowsTheClickOnTheStatusItemIntoThePanel)
         if (i % 2 == 0) {
             ASSERT_NO_FATAL_FAILURE(hidePanel());
         }
-        ASSERT_NO_FATAL_FAILURE(typeElsewhere()) << "at " << i;
+        ASSERT_TRUE(other.insistOnTyping()) << "at " << i;
         desktopPanel.click();
         ASSERT_TRUE(user.waitUntil([&] { return user.isViewable(panel); })) << host.story();
         awaitPanel();

@@ -60,30 +60,45 @@ bool OtherProgram::bringForward(xcb_window_t window)
 
 bool OtherProgram::typeInto()
 {
-    constexpr xcb_keycode_t letter = 38;
-    // Keys of before are not this one.
-    while (auto* const event = xcb_poll_for_event(m_toolkit.wire()))
-        std::free(event);
+    strikeLetter();
+    return m_user.waitUntil([&] { return hearsKey(); });
+}
+
+bool OtherProgram::insistOnTyping()
+{
     constexpr int looksBetweenPresses = 40;
     int looks = 0;
     return m_user.waitUntil([&] {
         if (looks++ % looksBetweenPresses == 0) {
-            // A panel that has just come forward may have done so for the second time.
             bringForward();
-            m_user.press(letter);
-            m_user.release(letter);
+            strikeLetter();
         }
-        while (auto* const event = xcb_poll_for_event(m_toolkit.wire())) {
-            bool const isKey = (event->response_type & 0x7F) == XCB_KEY_PRESS;
-            auto const time = reinterpret_cast<xcb_key_press_event_t const*>(event)->time;
-            std::free(event);
-            if (!isKey)
-                continue;
-            m_toolkit.setWords(m_window, "_NET_WM_USER_TIME", XCB_ATOM_CARDINAL, { time });
-            return true;
-        }
-        return false;
+        return hearsKey();
     });
+}
+
+void OtherProgram::strikeLetter()
+{
+    constexpr xcb_keycode_t letter = 38;
+    // Keys of before are not this one.
+    while (auto* const event = xcb_poll_for_event(m_toolkit.wire()))
+        std::free(event);
+    m_user.press(letter);
+    m_user.release(letter);
+}
+
+bool OtherProgram::hearsKey()
+{
+    while (auto* const event = xcb_poll_for_event(m_toolkit.wire())) {
+        bool const isKey = (event->response_type & 0x7F) == XCB_KEY_PRESS;
+        auto const time = reinterpret_cast<xcb_key_press_event_t const*>(event)->time;
+        std::free(event);
+        if (!isKey)
+            continue;
+        m_toolkit.setWords(m_window, "_NET_WM_USER_TIME", XCB_ATOM_CARDINAL, { time });
+        return true;
+    }
+    return false;
 }
 
 bool OtherProgram::isBelow(xcb_window_t panel)

@@ -22,10 +22,16 @@ public:
     // The user types into it, and it says so to the window manager (EWMH, _NET_WM_USER_TIME). False when the key did
     // not come.
     bool typeInto();
+    // The same, but the user brings it forward first, and again when the keys go elsewhere: a panel that has just come
+    // forward may do so a second time.
+    bool insistOnTyping();
     // Which of the two is seen where both are.
     bool isBelow(xcb_window_t panel);
 
 private:
+    void strikeLetter();
+    bool hearsKey();
+
     bool m_hasPixels;
     Client& m_user;
     Toolkit m_toolkit;
