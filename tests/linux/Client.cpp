@@ -161,14 +161,32 @@ xcb_window_t Client::frameOf(xcb_window_t window)
     }
 }
 
+std::vector<xcb_window_t> Client::children(xcb_window_t window)
+{
+    auto const reply = owned(xcb_query_tree_reply(m_connection, xcb_query_tree(m_connection, window), nullptr));
+    if (!reply)
+        return {};
+    auto const* const first = xcb_query_tree_children(reply.get());
+    return { first, first + xcb_query_tree_children_length(reply.get()) };
+}
+
+xcb_window_t Client::find(xcb_window_t below, std::function<bool(xcb_window_t)> const& isMeant)
+{
+    if (isMeant(below))
+        return below;
+    for (auto const child : children(below)) {
+        if (auto const found = find(child, isMeant); found != XCB_WINDOW_NONE)
+            return found;
+    }
+    return XCB_WINDOW_NONE;
+}
+
 bool Client::isAbove(xcb_window_t first, xcb_window_t second)
 {
     auto const upper = frameOf(first);
     auto const lower = frameOf(second);
-    auto const reply = owned(xcb_query_tree_reply(m_connection, xcb_query_tree(m_connection, root()), nullptr));
-    auto const* children = xcb_query_tree_children(reply.get());
-    auto const* end = children + xcb_query_tree_children_length(reply.get());
-    return std::find(children, end, upper) > std::find(children, end, lower);
+    auto const all = children(root());
+    return std::find(all.begin(), all.end(), upper) > std::find(all.begin(), all.end(), lower);
 }
 
 std::uint32_t Client::pixel(int x, int y)

@@ -60,6 +60,10 @@ public:
     xcb_window_t activeWindow();
     // The child of the root that holds the window.
     xcb_window_t frameOf(xcb_window_t window);
+    // From the lowest to the topmost.
+    std::vector<xcb_window_t> children(xcb_window_t window);
+    // The window itself or the first one inside it that is meant, or none.
+    xcb_window_t find(xcb_window_t below, std::function<bool(xcb_window_t)> const& isMeant);
     // True when the first is above the second on the screen.
     bool isAbove(xcb_window_t first, xcb_window_t second);
     // The colour of one pixel of the screen, as it is seen.

@@ -128,12 +128,9 @@ void MenuTest::clickRow(std::size_t row)
 
 xcb_window_t MenuTest::window()
 {
-    XHandle<xcb_query_tree_reply_t> const tree(
-        xcb_query_tree_reply(other.wire(), xcb_query_tree(other.wire(), other.root()), nullptr));
-    auto const* const children = xcb_query_tree_children(tree.get());
-    for (int i = 0; i < xcb_query_tree_children_length(tree.get()); ++i) {
-        if (other.text(children[i], "WM_CLASS") == std::string("menu\0Paneweld\0", 14) && other.isViewable(children[i]))
-            return children[i];
+    for (auto const child : other.children(other.root())) {
+        if (other.text(child, "WM_CLASS") == std::string("menu\0Paneweld\0", 14) && other.isViewable(child))
+            return child;
     }
     return XCB_WINDOW_NONE;
 }

@@ -135,21 +135,16 @@ void RealPanel::click(Client& client, Geometry const& place, int button)
 std::vector<xcb_window_t> RealPanel::popups(Client& client)
 {
     std::vector<xcb_window_t> found;
-    auto* const tree = xcb_query_tree_reply(client.wire(), xcb_query_tree(client.wire(), client.root()), nullptr);
-    if (!tree)
-        return found;
-    auto const* const children = xcb_query_tree_children(tree);
-    for (int i = 0; i < xcb_query_tree_children_length(tree); ++i) {
-        auto const cookie = xcb_get_window_attributes(client.wire(), children[i]);
+    for (auto const child : client.children(client.root())) {
+        auto const cookie = xcb_get_window_attributes(client.wire(), child);
         auto* const attributes = xcb_get_window_attributes_reply(client.wire(), cookie, nullptr);
         bool const isOver
             = attributes && attributes->override_redirect && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
         free(attributes);
-        auto const area = isOver ? client.geometry(children[i]) : Geometry {};
+        auto const area = isOver ? client.geometry(child) : Geometry {};
         if (area.width >= smallestMenu && area.height >= smallestMenu)
-            found.push_back(children[i]);
+            found.push_back(child);
     }
-    free(tree);
     return found;
 }
 

@@ -80,18 +80,13 @@ TEST_F(SelectionTransferTest, TakesNoFloodOfCrumbs)
 TEST_F(SelectionTransferTest, AsksWithTheTimeOfItsCauseAndLeavesNoWindowBehind)
 {
     open();
-    auto const children = [&] {
-        backends::XHandle<xcb_query_tree_reply_t> const tree(
-            xcb_query_tree_reply(source->wire(), xcb_query_tree(source->wire(), source->root()), nullptr));
-        return tree->children_len;
-    };
     settle();
-    auto const before = children();
+    auto const before = source->children(source->root()).size();
     ASSERT_TRUE(ask("text/uri-list"));
     EXPECT_FALSE(ask("image/png"));
     EXPECT_EQ(source->requestTimes, (std::vector<xcb_timestamp_t> { 17, 17 }));
     settle();
-    EXPECT_EQ(children(), before);
+    EXPECT_EQ(source->children(source->root()).size(), before);
 }
 
 } // namespace paneweld_tests

@@ -1,6 +1,5 @@
 #include "tests/linux/TrayFixture.h"
 
-#include "backends/linux/x11/Handles.h"
 #include "platform/appkit/NSDraggingInfo.h"
 #include "platform/appkit/NSImage.h"
 #include "platform/appkit/NSPasteboard.h"
@@ -79,22 +78,17 @@ void TrayFixture::strike(xcb_keycode_t key)
     toolkit->release(key);
 }
 
-xcb_window_t TrayFixture::icon() { return find(toolkit->root(), "app.quorvel.iosapp"); }
+xcb_window_t TrayFixture::icon() { return find("app.quorvel.iosapp"); }
 
-xcb_window_t TrayFixture::openMenu() { return find(toolkit->root(), "Paneweld"); }
+xcb_window_t TrayFixture::openMenu() { return find("Paneweld"); }
 
-xcb_window_t TrayFixture::find(xcb_window_t below, std::string const& windowClass)
+xcb_window_t TrayFixture::find(std::string const& windowClass)
 {
-    auto const text = toolkit->text(below, "WM_CLASS");
-    if (text && text->find(std::string(1, '\0') + windowClass) != std::string::npos && toolkit->isViewable(below))
-        return below;
-    auto const cookie = xcb_query_tree(toolkit->wire(), below);
-    backends::XHandle<xcb_query_tree_reply_t> const tree(xcb_query_tree_reply(toolkit->wire(), cookie, nullptr));
-    for (int i = 0; tree && i < xcb_query_tree_children_length(tree.get()); ++i) {
-        if (auto const found = find(xcb_query_tree_children(tree.get())[i], windowClass))
-            return found;
-    }
-    return XCB_WINDOW_NONE;
+    return toolkit->find(toolkit->root(), [&](auto window) {
+        auto const text = toolkit->text(window, "WM_CLASS");
+        return text && text->find(std::string(1, '\0') + windowClass) != std::string::npos
+            && toolkit->isViewable(window);
+    });
 }
 
 } // namespace paneweld_tests

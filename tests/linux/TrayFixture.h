@@ -46,8 +46,8 @@ protected:
 private:
     class View;
     void didChoose(std::string const& action) override { actions.push_back(action); }
-    // The first one that can be seen, by its class, anywhere below a window.
-    xcb_window_t find(xcb_window_t below, std::string const& windowClass);
+    // The first one that can be seen, by its class, anywhere on the screen.
+    xcb_window_t find(std::string const& windowClass);
 };
 
 } // namespace paneweld_tests

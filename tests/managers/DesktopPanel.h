@@ -20,8 +20,6 @@ public:
     void click();
 
 private:
-    xcb_window_t iconBelow(xcb_window_t window);
-
     std::string m_busAddress;
     Client& m_user;
     StatusWatcherStandIn m_watcher;
