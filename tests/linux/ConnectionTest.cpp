@@ -1,11 +1,6 @@
-#include "backends/linux/x11/Connection.h"
-
-#include "backends/linux/host/StandardErrorLog.h"
-#include "backends/linux/loop/EventLoop.h"
-#include "tests/linux/Desktop.h"
+#include "tests/linux/ConnectionFixture.h"
 
 #include <chrono>
-#include <gtest/gtest.h>
 
 namespace paneweld_tests {
 
@@ -14,15 +9,9 @@ namespace {
 constexpr std::chrono::milliseconds moment { 50 };
 constexpr std::chrono::seconds ages { 10 };
 
-class ConnectionTest : public testing::Test {
+class ConnectionTest : public ConnectionFixture {
 protected:
-    ConnectionTest()
-        : loop(backends::EventLoop::create().take())
-        , connection(backends::Connection::open(desktop.display(), *loop, { log, "test", "x11" }).take())
-    {
-        connection->start([](auto const&) {}, [] {});
-        connection->roundTrip();
-    }
+    ConnectionTest() { connection->roundTrip(); }
 
     // Asks the server for something; how often it has answered.
     void ask()
@@ -31,10 +20,6 @@ protected:
             [this](auto const* reply) { answers += reply != nullptr; });
     }
 
-    Desktop desktop;
-    backends::StandardErrorLog log;
-    std::unique_ptr<backends::EventLoop> loop;
-    std::unique_ptr<backends::Connection> connection;
     int answers = 0;
 };
 

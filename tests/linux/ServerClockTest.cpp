@@ -1,33 +1,18 @@
 #include "backends/linux/x11/ServerClock.h"
 
-#include "backends/linux/host/StandardErrorLog.h"
-#include "backends/linux/loop/EventLoop.h"
-#include "tests/linux/Desktop.h"
-
-#include <gtest/gtest.h>
+#include "tests/linux/ConnectionFixture.h"
 
 namespace paneweld_tests {
 
 namespace {
 
-class ServerClockTest : public testing::Test {
+class ServerClockTest : public ConnectionFixture {
 protected:
-    ServerClockTest()
-        : loop(backends::EventLoop::create().take())
-        , connection(backends::Connection::open(desktop.display(), *loop, { log, "test", "x11" }).take())
-        , clock(*connection)
-    {
-        connection->start([](auto const&) {}, [] {});
-        connection->noteUserTime(longAgo);
-    }
+    ServerClockTest() { connection->noteUserTime(longAgo); }
 
     static constexpr xcb_timestamp_t longAgo = 1;
 
-    Desktop desktop;
-    backends::StandardErrorLog log;
-    std::unique_ptr<backends::EventLoop> loop;
-    std::unique_ptr<backends::Connection> connection;
-    backends::ServerClock clock;
+    backends::ServerClock clock { *connection };
 };
 
 } // namespace
