@@ -160,28 +160,28 @@ bool WindowFrame::handleConfigure(xcb_configure_notify_event_t const& event)
 {
     m_wasAnswered = true;
     bool const isSynthetic = (event.response_type & 0x80) != 0;
-    bool const sizeChanges = event.width != m_pixels.width || event.height != m_pixels.height;
-    bool const isForeign = !isSynthetic && sizeChanges && !wasRequested(event.width, event.height);
+    PixelRect const told { event.x, event.y, event.width, event.height };
+    bool const sizeChanges = !told.hasSizeOf(m_pixels);
+    bool const wasAsked = wasRequested(told);
+    bool const isForeign = !isSynthetic && sizeChanges && !wasAsked;
     // A busy window manager that is still at earlier requests comes to the last one too.
-    bool const isLast = event.width == m_requested.width && event.height == m_requested.height;
-    if (sizeChanges && !isLast && wasRequested(event.width, event.height))
+    if (sizeChanges && wasAsked && !told.hasSizeOf(m_requested))
         m_isCatchingUp = true;
     // A window manager tells the place on the root itself. The server tells the place in the parent, which may be a
     // frame by now, so the place on the root is asked for.
     if (isSynthetic) {
-        setPixels({ event.x, event.y, event.width, event.height });
+        setPixels(told);
     } else {
-        m_pixels.width = event.width;
-        m_pixels.height = event.height;
+        m_pixels.width = told.width;
+        m_pixels.height = told.height;
         askPosition();
     }
     return isForeign;
 }
 
-bool WindowFrame::wasRequested(std::int32_t width, std::int32_t height) const
+bool WindowFrame::wasRequested(PixelRect const& size) const
 {
-    return std::any_of(m_recent.begin(), m_recent.end(),
-        [&](auto const& rect) { return rect.width == width && rect.height == height; });
+    return std::any_of(m_recent.begin(), m_recent.end(), [&](auto const& rect) { return rect.hasSizeOf(size); });
 }
 
 void WindowFrame::askPosition(std::function<void()> done)
@@ -214,8 +214,8 @@ void WindowFrame::askWhetherFramed(std::function<void(bool)> answered)
 void WindowFrame::setPixels(PixelRect const& pixels)
 {
     m_pixels = pixels;
-    if (visiblePixels().hasSizeOf(m_kept))
-        m_kept = visiblePixels();
+    if (auto const visible = visiblePixels(); visible.hasSizeOf(m_kept))
+        m_kept = visible;
     // A detour that is still to come would be seen: the target counts when the detour is behind it.
     if (m_detour == pixels)
         m_detour.reset();

@@ -74,7 +74,8 @@ private:
     void waitForAnswer();
     void startAnswerTimer();
     void comeToRest();
-    bool wasRequested(std::int32_t width, std::int32_t height) const;
+    // A size that is among the latest requests.
+    bool wasRequested(PixelRect const& size) const;
 
     X11Context const& m_context;
     xcb_window_t m_window;
