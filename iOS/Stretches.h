@@ -58,12 +58,14 @@ private:
         return std::find_if(list.begin(), list.end(), [&](Stretch const& stretch) { return !(stretch.last < id); });
     }
 
+    // The stretch that ends with an id, whose own is divided there if it goes on.
     auto endingWith(std::string const& id)
     {
         // The usual case: one window is asked again and again.
         return !m_stretches.empty() && m_stretches.front().last == id ? m_stretches.begin() : dividedBehind(id);
     }
 
+    // Kept apart so that the usual case stays short.
     [[gnu::noinline]] auto dividedBehind(std::string const& id)
     {
         auto const stretch = find(m_stretches, id);
