@@ -162,7 +162,7 @@ Dictionary ExecuteMailScript::userInfo() const
                                 call(copied(argument(0).asText()), errorFrom(argument(1)));
                                 return Value();
                             } };
-    return { { "handler", handler }, { "params", params }, { "completion", wrapped } };
+    return Dictionary::of("completion", wrapped, "handler", handler, "params", params);
 }
 
 std::optional<UpdateGlobalNewBrainstormShortcut> UpdateGlobalNewBrainstormShortcut::from(
@@ -178,7 +178,7 @@ std::optional<UpdateGlobalNewBrainstormShortcut> UpdateGlobalNewBrainstormShortc
 
 Dictionary UpdateGlobalNewBrainstormShortcut::userInfo() const
 {
-    return { { "keyCode", keyCode }, { "modifiers", modifiers }, { "isEnabled", isEnabled } };
+    return Dictionary::of("isEnabled", isEnabled, "keyCode", keyCode, "modifiers", modifiers);
 }
 
 std::optional<ImportDroppedURLs> ImportDroppedURLs::from(Notification const& notification)
@@ -189,7 +189,7 @@ std::optional<ImportDroppedURLs> ImportDroppedURLs::from(Notification const& not
     return ImportDroppedURLs { urlsIn(*value->asList()) };
 }
 
-Dictionary ImportDroppedURLs::userInfo() const { return { { "urls", List(urls.begin(), urls.end()) } }; }
+Dictionary ImportDroppedURLs::userInfo() const { return Dictionary::of("urls", List(urls.begin(), urls.end())); }
 
 std::optional<BrainstormWindowPinStateDidChange> BrainstormWindowPinStateDidChange::from(
     Notification const& notification)
@@ -203,7 +203,7 @@ std::optional<BrainstormWindowPinStateDidChange> BrainstormWindowPinStateDidChan
 
 Dictionary BrainstormWindowPinStateDidChange::userInfo() const
 {
-    return { { "windowID", windowID }, { "isPinned", isPinned } };
+    return Dictionary::of("isPinned", isPinned, "windowID", windowID);
 }
 
 std::optional<UpdateMenuItemTitle> UpdateMenuItemTitle::from(Notification const& notification)
@@ -212,7 +212,7 @@ std::optional<UpdateMenuItemTitle> UpdateMenuItemTitle::from(Notification const&
     return hasUser ? std::optional(UpdateMenuItemTitle { *hasUser }) : std::nullopt;
 }
 
-Dictionary UpdateMenuItemTitle::userInfo() const { return { { "hasUser", hasUser } }; }
+Dictionary UpdateMenuItemTitle::userInfo() const { return Dictionary::of("hasUser", hasUser); }
 
 std::optional<WindowIdentifierDidLoad> WindowIdentifierDidLoad::from(Notification const& notification)
 {
@@ -225,7 +225,7 @@ std::optional<WindowIdentifierDidLoad> WindowIdentifierDidLoad::from(Notificatio
 
 Dictionary WindowIdentifierDidLoad::userInfo() const
 {
-    return { { "windowID", windowID }, { "localizedTitle", localizedTitle } };
+    return Dictionary::of("localizedTitle", localizedTitle, "windowID", windowID);
 }
 
 std::optional<BrainstormWindowPreferredHeightDidChange> BrainstormWindowPreferredHeightDidChange::from(
@@ -241,7 +241,7 @@ std::optional<BrainstormWindowPreferredHeightDidChange> BrainstormWindowPreferre
 
 Dictionary BrainstormWindowPreferredHeightDidChange::userInfo() const
 {
-    Dictionary dictionary { { "windowID", windowID }, { "animate", animate } };
+    auto dictionary = Dictionary::of("animate", animate, "windowID", windowID);
     set(dictionary, "minHeight", minHeight);
     set(dictionary, "maxHeight", maxHeight);
     set(dictionary, "preferredWidth", preferredWidth);
@@ -262,7 +262,7 @@ std::optional<BrainstormWindowResize> BrainstormWindowResize::from(Notification 
 
 Dictionary BrainstormWindowResize::userInfo() const
 {
-    return { { "height", height }, { "maxHeight", maxHeight }, { "minHeight", minHeight }, { "windowID", windowID } };
+    return Dictionary::of("height", height, "maxHeight", maxHeight, "minHeight", minHeight, "windowID", windowID);
 }
 
 std::optional<BrainstormWindowDidEndLiveResize> BrainstormWindowDidEndLiveResize::from(Notification const& notification)
@@ -277,7 +277,7 @@ std::optional<BrainstormWindowDidEndLiveResize> BrainstormWindowDidEndLiveResize
 
 Dictionary BrainstormWindowDidEndLiveResize::userInfo() const
 {
-    return { { "windowID", windowID }, { "width", width }, { "height", height } };
+    return Dictionary::of("height", height, "width", width, "windowID", windowID);
 }
 
 std::optional<OpenFileURL> OpenFileURL::from(Notification const& notification)
@@ -310,8 +310,8 @@ Dictionary OpenFileURL::userInfo() const
 {
     List entries;
     for (auto const& entry : bookmarks)
-        entries.push_back(Dictionary { { "url", entry.url }, { "data", entry.data } });
-    return { { "url", url }, { "bookmarks", std::move(entries) } };
+        entries.push_back(Dictionary::of("data", entry.data, "url", entry.url));
+    return Dictionary::of("bookmarks", entries, "url", url);
 }
 
 std::shared_ptr<platform::ObservationToken> addObserver(platform::NotificationCenter& center,

@@ -13,22 +13,19 @@ bool isBefore(Dictionary::Entry const& entry, std::string_view key) { return ent
 Dictionary::Dictionary(std::initializer_list<Field> fields)
 {
     m_entries.reserve(fields.size());
-    for (auto const& [key, value] : fields) {
-        if (isBehindAll(key))
-            m_entries.emplace_back(key, std::move(value));
-        else
-            (*this)[key] = std::move(value);
-    }
+    for (auto const& [key, value] : fields)
+        m_entries.emplace_back(key, std::move(value));
+    // The keys are compared where they come from: a copy that was just written is not at hand for a read of other bytes
+    // of it at once, and the processor would wait.
+    auto const isOutOfOrder = [](Field const& one, Field const& next) { return one.key >= next.key; };
+    if (std::adjacent_find(fields.begin(), fields.end(), isOutOfOrder) != fields.end())
+        sort();
 }
 
 Dictionary::Dictionary(Entries entries)
     : m_entries(std::move(entries))
 {
-    auto const before = [](Entry const& one, Entry const& other) { return one.first < other.first; };
-    std::stable_sort(m_entries.begin(), m_entries.end(), before);
-    // Seen from behind the last of equal ones is the first, which is the one that stays.
-    auto const isSame = [](Entry const& one, Entry const& other) { return one.first == other.first; };
-    m_entries.erase(m_entries.begin(), std::unique(m_entries.rbegin(), m_entries.rend(), isSame).base());
+    sort();
 }
 
 Value& Dictionary::operator[](std::string_view key)
@@ -56,6 +53,15 @@ std::size_t Dictionary::erase(std::string_view key)
         return 0;
     m_entries.erase(found);
     return 1;
+}
+
+void Dictionary::sort()
+{
+    auto const before = [](Entry const& one, Entry const& other) { return one.first < other.first; };
+    std::stable_sort(m_entries.begin(), m_entries.end(), before);
+    // Seen from behind the last of equal ones is the first, which is the one that stays.
+    auto const isSame = [](Entry const& one, Entry const& other) { return one.first == other.first; };
+    m_entries.erase(m_entries.begin(), std::unique(m_entries.rbegin(), m_entries.rend(), isSame).base());
 }
 
 bool Dictionary::isBehindAll(std::string_view key) const { return empty() || isBefore(m_entries.back(), key); }

@@ -31,6 +31,18 @@ public:
     Dictionary(std::initializer_list<Field> fields);
     explicit Dictionary(Entries entries);
 
+    // Of keys and values by turns. Each is made where it will stand, for what is built for every post; best with the
+    // keys in order.
+    template<typename... KeysAndValues>
+    static Dictionary of(KeysAndValues const&... keysAndValues)
+    {
+        Dictionary made;
+        made.m_entries.reserve(sizeof...(keysAndValues) / 2);
+        if (!made.append(keysAndValues...))
+            made.sort();
+        return made;
+    }
+
     Value& operator[](std::string_view key);
     void insert_or_assign(std::string_view key, Value value);
 
@@ -54,6 +66,22 @@ public:
     bool operator==(Dictionary const&) const = default;
 
 private:
+    // True when the keys came in order. They are compared where they come from, mostly by the compiler: a copy that was
+    // just written is not ready to be read yet.
+    template<typename V>
+    bool append(std::string_view key, V const& value)
+    {
+        m_entries.emplace_back(key, value);
+        return true;
+    }
+    template<typename V, typename... Rest>
+    bool append(std::string_view key, V const& value, std::string_view next, Rest const&... rest)
+    {
+        m_entries.emplace_back(key, value);
+        return append(next, rest...) && key < next;
+    }
+    // Of equal keys the last stays.
+    void sort();
     // Entries that come in order, which is the usual case, need no search.
     bool isBehindAll(std::string_view key) const;
     // Where the key is, or would be.

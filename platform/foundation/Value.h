@@ -42,7 +42,10 @@ class Value {
 public:
     using Kind = ValueKind;
 
-    Value() = default;
+    Value()
+        : m_state()
+    {
+    }
     template<std::same_as<bool> B>
     Value(B boolean)
         : m_state(boolean)
@@ -88,6 +91,31 @@ public:
     Value(platform::Callable callable);
     Value(std::shared_ptr<NSObject> object);
 
+    Value(Value const& other)
+        : m_state(other.m_state)
+    {
+    }
+    Value(Value&& other) noexcept
+        : m_state(std::move(other.m_state))
+    {
+    }
+    Value& operator=(Value const& other)
+    {
+        m_state = other.m_state;
+        return *this;
+    }
+    Value& operator=(Value&& other) noexcept
+    {
+        m_state = std::move(other.m_state);
+        return *this;
+    }
+    // Most of what is posted are numbers, which have nothing to end: the variant would look that up in a table.
+    ~Value()
+    {
+        if (kind() > Kind::Double)
+            m_state.~State();
+    }
+
     Kind kind() const { return static_cast<Kind>(m_state.index()); }
     bool isNull() const { return kind() == Kind::Null; }
 
@@ -119,9 +147,14 @@ private:
     template<typename T>
     using Shared = std::shared_ptr<T const>;
 
-    std::variant<std::monostate, bool, std::int64_t, std::uint64_t, double, std::string, platform::URL, platform::Data,
-        Shared<platform::List>, Shared<platform::Dictionary>, Shared<platform::Callable>, std::shared_ptr<NSObject>>
-        m_state;
+    using State = std::variant<std::monostate, bool, std::int64_t, std::uint64_t, double, std::string, platform::URL,
+        platform::Data, Shared<platform::List>, Shared<platform::Dictionary>, Shared<platform::Callable>,
+        std::shared_ptr<NSObject>>;
+
+    // Ended by the destructor above, and not by itself.
+    union {
+        State m_state;
+    };
 };
 
 } // namespace platform

@@ -23,6 +23,15 @@ TEST(Dictionary, ABracedListMayComeInAnyOrder)
     EXPECT_TRUE(Dictionary {}.empty());
 }
 
+TEST(Dictionary, MadeInPlaceItIsTheSameInAnyOrder)
+{
+    Dictionary const same { { "a", "one" }, { "b", 2.5 }, { "c", true } };
+    EXPECT_EQ(Dictionary::of("a", "one", "b", 2.5, "c", true), same);
+    EXPECT_EQ(Dictionary::of("c", true, "a", std::string("one"), "b", 2.5), same);
+    EXPECT_EQ(Dictionary::of("b", 0, "a", "one", "b", 2.5, "c", Value(true)), same);
+    EXPECT_EQ(Dictionary::of("a", 0, "a", 1), (Dictionary { { "a", 1 } }));
+}
+
 TEST(Dictionary, KeysAreOrderedByTheirBytes)
 {
     Dictionary const dictionary { { "\xC3\xA4", 1 }, { "z", 2 }, { "", 3 }, { "za", 4 } };

@@ -1,5 +1,6 @@
 #include "platform/foundation/Dictionary.h"
 #include "platform/foundation/UUID.h"
+#include "platform/runtime/NSObject.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
@@ -69,6 +70,30 @@ TEST(Value, WholeNumbersAreEqualWhateverTheSignOfTheirType)
     EXPECT_NE(Value(1), Value(true));
     EXPECT_NE(Value(1), Value(1.0));
     EXPECT_NE(Value(), Value(0));
+}
+
+TEST(Value, OneOfAnyKindTakesThePlaceOfOneOfAnyOther)
+{
+    auto const object = std::make_shared<platform::NSObject>();
+    std::string const text(100, 'x');
+    {
+        List const kinds { Value(), true, -1, 1u, 2.5, text,
+            platform::URL::fileURL(text, platform::URL::IsDirectory::No), platform::Data { { 1, 2 } }, List(3, text),
+            Dictionary { { "a", text } }, Callable { "f", [](List const&) { return Value(); } }, object };
+        for (auto const& from : kinds) {
+            for (auto const& to : kinds) {
+                Value assigned = to;
+                assigned = from;
+                EXPECT_EQ(assigned, from);
+                Value moved = to;
+                moved = std::move(assigned);
+                EXPECT_EQ(moved, from);
+                EXPECT_EQ(Value(std::move(moved)), from);
+            }
+        }
+        EXPECT_EQ(object.use_count(), 2);
+    }
+    EXPECT_EQ(object.use_count(), 1);
 }
 
 TEST(Value, ListsAreEqualByContentAndCallablesByIdentity)
