@@ -278,8 +278,7 @@ void Client::sendToRoot(xcb_window_t about, std::string const& type, std::vector
     message.window = about;
     message.type = atom(type);
     std::copy(data.begin(), data.end(), message.data.data32);
-    xcb_send_event(m_connection, 0, root(), XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
-        reinterpret_cast<char const*>(&message));
+    send(root(), XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY, message);
     sync();
 }
 

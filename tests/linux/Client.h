@@ -1,7 +1,9 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -85,6 +87,15 @@ public:
     bool isKeyFree(xcb_window_t window, xcb_keycode_t key, std::uint16_t modifiers);
     // How much the client that made a window has on the server: windows, pixmaps, pictures and so on.
     std::size_t resourceCount(xcb_window_t window);
+    // An event of any kind; on the wire all are of one length.
+    template<typename Event>
+    void send(xcb_window_t to, std::uint32_t mask, Event const& event)
+    {
+        std::array<char, sizeof(xcb_generic_event_t)> bytes {};
+        static_assert(sizeof event <= sizeof bytes);
+        std::memcpy(bytes.data(), &event, sizeof event);
+        xcb_send_event(m_connection, 0, to, mask, bytes.data());
+    }
     void sendToRoot(xcb_window_t about, std::string const& type, std::vector<std::uint32_t> const& data);
 
 private:

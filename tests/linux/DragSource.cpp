@@ -31,19 +31,19 @@ void DragSource::enter(xcb_window_t target, std::uint32_t version)
             static_cast<std::uint32_t>(types.size()), types.data());
     }
     types.resize(3, XCB_ATOM_NONE);
-    send(target, "XdndEnter", { m_window, version << 24 | (isLong ? 1u : 0u), types[0], types[1], types[2] });
+    tell(target, "XdndEnter", { m_window, version << 24 | (isLong ? 1u : 0u), types[0], types[1], types[2] });
 }
 
 void DragSource::position(xcb_window_t target)
 {
-    send(target, "XdndPosition", { m_window, 0, 10u << 16 | 10u, XCB_CURRENT_TIME, atom("XdndActionMove") });
+    tell(target, "XdndPosition", { m_window, 0, 10u << 16 | 10u, XCB_CURRENT_TIME, atom("XdndActionMove") });
 }
 
-void DragSource::leave(xcb_window_t target) { send(target, "XdndLeave", { m_window }); }
+void DragSource::leave(xcb_window_t target) { tell(target, "XdndLeave", { m_window }); }
 
-void DragSource::drop(xcb_window_t target) { send(target, "XdndDrop", { m_window, 0, dropTime }); }
+void DragSource::drop(xcb_window_t target) { tell(target, "XdndDrop", { m_window, 0, dropTime }); }
 
-void DragSource::send(xcb_window_t target, std::string const& type, std::vector<std::uint32_t> const& data, int format)
+void DragSource::tell(xcb_window_t target, std::string const& type, std::vector<std::uint32_t> const& data, int format)
 {
     xcb_client_message_event_t message {};
     message.response_type = XCB_CLIENT_MESSAGE;
@@ -51,7 +51,7 @@ void DragSource::send(xcb_window_t target, std::string const& type, std::vector<
     message.window = target;
     message.type = atom(type);
     std::copy(data.begin(), data.end(), message.data.data32);
-    xcb_send_event(wire(), 0, target, XCB_EVENT_MASK_NO_EVENT, reinterpret_cast<char const*>(&message));
+    send(target, XCB_EVENT_MASK_NO_EVENT, message);
     sync();
 }
 
@@ -117,7 +117,7 @@ void DragSource::answer(xcb_selection_request_event_t const& request)
     notice.target = request.target;
     if (offer != offers.end() && put(request, *offer))
         notice.property = request.property;
-    xcb_send_event(wire(), 0, request.requestor, XCB_EVENT_MASK_NO_EVENT, reinterpret_cast<char const*>(&notice));
+    send(request.requestor, XCB_EVENT_MASK_NO_EVENT, notice);
 }
 
 bool DragSource::put(xcb_selection_request_event_t const& request, Offer const& offer)

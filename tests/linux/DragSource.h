@@ -33,7 +33,7 @@ public:
     void position(xcb_window_t target);
     void leave(xcb_window_t target);
     void drop(xcb_window_t target);
-    void send(xcb_window_t target, std::string const& type, std::vector<std::uint32_t> const& data, int format = 32);
+    void tell(xcb_window_t target, std::string const& type, std::vector<std::uint32_t> const& data, int format = 32);
     void disown();
     void destroyWindow();
 

@@ -192,9 +192,9 @@ TEST_F(DropTroubleTest, NonsenseIsAnsweredWhereItCanBeAndHarmsNobody)
     EXPECT_EQ(source->finishes[0].flags & accepted, 0u);
     // No window, a window that is none, this very window.
     for (auto const strange : { xcb_window_t { XCB_WINDOW_NONE }, xcb_window_t { 0xFFFFFFFF }, window, self + 99 }) {
-        source->send(window, "XdndEnter", { strange, 5u << 24 | 1, 0, 0, 0 });
-        source->send(window, "XdndPosition", { strange });
-        source->send(window, "XdndDrop", { strange });
+        source->tell(window, "XdndEnter", { strange, 5u << 24 | 1, 0, 0, 0 });
+        source->tell(window, "XdndPosition", { strange });
+        source->tell(window, "XdndDrop", { strange });
         settle();
     }
     // In other versions, and in other formats.
@@ -204,9 +204,9 @@ TEST_F(DropTroubleTest, NonsenseIsAnsweredWhereItCanBeAndHarmsNobody)
         settle();
         EXPECT_EQ(source->statuses.back().flags & accepted, 0u);
     }
-    source->send(window, "XdndEnter", { self, 5u << 24 }, 8);
-    source->send(window, "XdndDrop", { self }, 16);
-    source->send(window, "XdndFinished", { self });
+    source->tell(window, "XdndEnter", { self, 5u << 24 }, 8);
+    source->tell(window, "XdndDrop", { self }, 16);
+    source->tell(window, "XdndFinished", { self });
     settle();
     EXPECT_FALSE(view->dropped);
     EXPECT_FALSE(lines.messages.empty());

@@ -1,8 +1,6 @@
 #include "tests/linux/Toolkit.h"
 
-#include <array>
 #include <cstdlib>
-#include <cstring>
 
 namespace paneweld_tests {
 
@@ -40,11 +38,7 @@ void Toolkit::withdraw(xcb_window_t window)
     message.response_type = XCB_UNMAP_NOTIFY;
     message.event = root();
     message.window = window;
-    // Every event is as long as this on the wire.
-    std::array<char, sizeof(xcb_generic_event_t)> event {};
-    std::memcpy(event.data(), &message, sizeof message);
-    xcb_send_event(
-        wire(), 0, root(), XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY, event.data());
+    send(root(), XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY, message);
     sync();
 }
 

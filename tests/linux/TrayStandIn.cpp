@@ -42,7 +42,7 @@ void TrayStandIn::announce()
     message.type = atom("MANAGER");
     message.data.data32[1] = selection;
     message.data.data32[2] = m_owner;
-    xcb_send_event(wire(), 0, root(), XCB_EVENT_MASK_STRUCTURE_NOTIFY, reinterpret_cast<char const*>(&message));
+    send(root(), XCB_EVENT_MASK_STRUCTURE_NOTIFY, message);
     // As real ones do: some of it is told afterwards only.
     setForeground(m_manners.foreground);
     sync();
