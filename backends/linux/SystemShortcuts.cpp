@@ -20,7 +20,6 @@ namespace {
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
-constexpr auto longestRead = 1s;
 constexpr auto longestBusCall = 500ms;
 
 std::vector<DesktopShortcut> readXfceShortcuts(platform::OSLog const& log)
@@ -34,10 +33,12 @@ std::vector<DesktopShortcut> readXfceShortcuts(platform::OSLog const& log)
 
 } // namespace
 
-SystemShortcuts::SystemShortcuts(platform::HotKeyModifierKeys modifiers, Layout layout, platform::OSLog log)
+SystemShortcuts::SystemShortcuts(
+    platform::HotKeyModifierKeys modifiers, Layout layout, platform::OSLog log, std::chrono::milliseconds longestRead)
     : m_modifiers(modifiers)
     , m_layout(std::move(layout))
     , m_log(std::move(log))
+    , m_longestRead(longestRead)
 {
 }
 
@@ -76,7 +77,7 @@ std::optional<std::vector<DesktopShortcut>> SystemShortcuts::readShortcuts() con
     // The first is the desktop itself, the others what it resembles ("Budgie:GNOME").
     for (std::string name; std::getline(names, name, ':');) {
         if (auto const* const desktop = gnomeDesktop(name))
-            return readGnomeShortcuts(*desktop, Clock::now() + longestRead, m_log);
+            return readGnomeShortcuts(*desktop, Clock::now() + m_longestRead, m_log);
         auto const lower = platform::asciiLowerCase(name);
         if (lower == "kde")
             return readKdeShortcuts(m_log);

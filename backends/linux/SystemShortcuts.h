@@ -5,6 +5,7 @@
 #include "platform/carbon/SymbolicHotKeys.h"
 #include "platform/log/OSLog.h"
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -14,14 +15,16 @@
 namespace backends {
 
 // The shortcuts that the desktop keeps for itself, read from the desktop's own settings at each question: GNOME and
-// its relatives, KDE, Xfce. Any thread; a question takes some dozen milliseconds and never much more than a second.
+// its relatives, KDE, Xfce. Any thread; a question takes some dozen milliseconds and never much more than a second, or
+// what else is stated as the longest.
 class SystemShortcuts : public platform::SymbolicHotKeys {
 public:
     // On which keys of the user's layout a key symbol lies, as virtual key codes. Called from any thread. Where it is
     // empty or finds nothing, the layout of the United States counts.
     using Layout = std::function<std::vector<std::uint16_t>(std::uint32_t keysym)>;
 
-    SystemShortcuts(platform::HotKeyModifierKeys modifiers, Layout layout, platform::OSLog log);
+    SystemShortcuts(platform::HotKeyModifierKeys modifiers, Layout layout, platform::OSLog log,
+        std::chrono::milliseconds longestRead = std::chrono::seconds(1));
 
     // Fails with unimpErr on a desktop whose settings are not known here. Only what is on is listed, in the settings'
     // order, with every key that writes what the shortcut names.
@@ -48,6 +51,7 @@ private:
     platform::HotKeyModifierKeys m_modifiers;
     Layout m_layout;
     platform::OSLog m_log;
+    std::chrono::milliseconds m_longestRead;
 };
 
 } // namespace backends

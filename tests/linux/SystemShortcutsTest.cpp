@@ -58,9 +58,10 @@ protected:
         ASSERT_EQ(chmod(path.c_str(), 0755), 0);
         setenv("PATH", (folder.path() + "/bin:" + std::getenv("PATH")).c_str(), 1);
     }
+    // In no hurry: what is read counts, and not how busy the machine is.
     SystemShortcuts shortcuts(SystemShortcuts::Layout layout = {}, platform::HotKeyModifierKeys modifiers = {})
     {
-        return { modifiers, std::move(layout), platform::OSLog(log, "s", "c") };
+        return { modifiers, std::move(layout), platform::OSLog(log, "s", "c"), patience };
     }
     // "1100/49" for control, command and space.
     static Texts combinations(SystemShortcuts shortcuts)
@@ -207,7 +208,7 @@ TEST_F(SystemShortcutsTest, DoNotWaitForAProgramThatHangs)
     isOn("GNOME");
     replaceProgram("gsettings", "echo \"$2 close ['<Alt>F4']\"\nexec tail -f /dev/null\n");
     auto const start = Clock::now();
-    EXPECT_TRUE(combinations(shortcuts()).empty());
+    EXPECT_TRUE(combinations({ {}, {}, platform::OSLog(log, "s", "c") }).empty());
     EXPECT_LT(Clock::now() - start, patience);
     EXPECT_EQ(log.messages.size(), 1u);
     EXPECT_TRUE(hasNoChild());
