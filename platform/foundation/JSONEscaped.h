@@ -14,7 +14,7 @@ class JSONEscaped {
 public:
     explicit JSONEscaped(std::string_view text)
         : m_text(text)
-        , m_isPlain(plainJSONRun(text) == text.size())
+        , m_isPlain(isPlainInJSON(text))
     {
         if (!m_isPlain)
             escape();

@@ -68,4 +68,40 @@ inline std::size_t plainJSONRun(std::string_view text)
     return length;
 }
 
+// Whether all bytes of a text are such. Which one is not is not told, and so sixteen are asked at once; the last ones
+// are asked again with those before them.
+inline bool isPlainInJSON(std::string_view text)
+{
+    using Bytes [[gnu::vector_size(16)]] = signed char;
+    using Words [[gnu::vector_size(16)]] = std::uint64_t;
+    constexpr std::size_t width = sizeof(Bytes);
+
+    auto const size = text.size();
+    if constexpr (std::endian::native != std::endian::little)
+        return plainJSONRun(text) == size;
+    Bytes bytes, others {};
+    auto const ask = [&] {
+        // As signed numbers the bytes beyond ASCII are below the space.
+        others |= (bytes < 0x20) | (bytes == '"') | (bytes == '\\') | (bytes == '/');
+    };
+    if (size >= width) {
+        for (std::size_t place = 0; place + width < size; place += width) {
+            std::memcpy(&bytes, text.data() + place, width);
+            ask();
+        }
+        std::memcpy(&bytes, text.data() + size - width, width);
+    } else if (size >= sizeof(std::uint64_t)) {
+        std::uint64_t first = 0, last = 0;
+        std::memcpy(&first, text.data(), sizeof first);
+        std::memcpy(&last, text.data() + size - sizeof last, sizeof last);
+        bytes = reinterpret_cast<Bytes>(Words { first, last });
+    } else {
+        auto const few = fewBytes(text.data(), size);
+        bytes = reinterpret_cast<Bytes>(Words { few, few });
+    }
+    ask();
+    auto const words = reinterpret_cast<Words>(others);
+    return (words[0] | words[1]) == 0;
+}
+
 } // namespace platform
