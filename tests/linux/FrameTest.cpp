@@ -1,17 +1,62 @@
 #include "tests/linux/LinuxTest.h"
 
+#include "backends/linux/x11/Handles.h"
 #include "platform/Platform.h"
 #include "platform/appkit/NSAnimationContext.h"
 #include "platform/appkit/NSScreen.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <deque>
 #include <random>
 
 namespace paneweld_tests {
 
 using platform::Display;
 using platform::Rect;
+using namespace std::chrono_literals;
+
+namespace {
+
+// A window manager that is asked to do something and does it when the test says so, one thing after another.
+class SlowManager : public Client {
+public:
+    explicit SlowManager(std::string const& display)
+        : Client(display)
+    {
+        std::uint32_t const mask = XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT;
+        xcb_change_window_attributes(wire(), root(), XCB_CW_EVENT_MASK, &mask);
+        sync();
+    }
+
+    // How many requests wait.
+    std::size_t look()
+    {
+        while (backends::XHandle<xcb_generic_event_t> const event { xcb_poll_for_event(wire()) }) {
+            if ((event->response_type & 0x7F) == XCB_CONFIGURE_REQUEST)
+                m_requests.push_back(*reinterpret_cast<xcb_configure_request_event_t const*>(event.get()));
+        }
+        return m_requests.size();
+    }
+
+    void answer()
+    {
+        auto const request = m_requests.front();
+        m_requests.pop_front();
+        std::array<std::uint32_t, 4> const values { static_cast<std::uint32_t>(request.x),
+            static_cast<std::uint32_t>(request.y), request.width, request.height };
+        xcb_configure_window(wire(), request.window,
+            XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y | XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
+            values.data());
+        sync();
+    }
+
+private:
+    std::deque<xcb_configure_request_event_t> m_requests;
+};
+
+} // namespace
 
 class Frames : public LinuxTest {
 protected:
@@ -197,6 +242,33 @@ TEST_F(Frames, TheTargetHoldsUntilAnotherAnswerSupersedesIt)
     // Somebody else moves it.
     onlooker->sendToRoot(xid(shown), "_NET_MOVERESIZE_WINDOW", { 10u | 0xFu << 8 | 2u << 12, 50, 60, 320, 240 });
     EXPECT_TRUE(pumpUntil([&] { return shown->frame() == Rect { 50, 800 - 60 - 240, 320, 240 }; }));
+}
+
+TEST_F(Frames, TheTargetHoldsWhileEarlierRequestsAreBeingAnswered)
+{
+    start(With::Nothing);
+    auto const shown = show({ .title = "patient" });
+    makeBorderless(*shown);
+    shown->setFrame({ 320, 60, 640, 91 }, Display::No);
+    rest(*shown);
+    SlowManager manager(desktop->display());
+    // Each sooner than one alone would be given up, all of them together later.
+    constexpr std::size_t requests = 8;
+    constexpr auto pause = 80ms;
+    for (std::size_t i = 1; i <= requests; ++i) {
+        shown->setFrame(grownAtTop(*shown, 91 + 40.0 * static_cast<double>(i)), Display::No);
+        ASSERT_TRUE(pumpUntil([&] { return manager.look() == i; }));
+    }
+    Rect const target { 320, 60, 640, 91 + 40.0 * requests };
+    for (auto left = requests; left > 0; --left) {
+        pumpFor(pause);
+        EXPECT_EQ(shown->frame(), target) << left << " left";
+        manager.answer();
+        settle();
+        EXPECT_EQ(shown->frame(), target) << left << " left";
+    }
+    EXPECT_EQ(onlooker->geometry(xid(shown)), (Geometry { 320, 800 - 60 - 411, 640, 411 }));
+    EXPECT_EQ(manager.look(), 0u) << "nothing is asked again";
 }
 
 TEST_F(Frames, AWindowManagerThatRefusesIsBelieved)
