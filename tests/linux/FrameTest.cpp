@@ -87,8 +87,8 @@ protected:
         return frame;
     }
 
-    // Asks for so many heights, and looks at every step that the window takes on the way: requests that come close
-    // together may be one.
+    // Asks for so many heights, four at a time, and looks at every step that the window takes on the way: those that
+    // come close together may be one.
     void expectStillThrough(int requests, std::size_t leastSteps, platform::NSWindow& window, std::mt19937& random)
     {
         auto const id = *backend->x11Window(window);
@@ -99,7 +99,7 @@ protected:
         for (int i = 0; i < requests; ++i) {
             window.setFrame(grownAtTop(window, height(random)), Display::Yes);
             if (i % 4 == 0)
-                settle();
+                rest(window);
         }
         rest(window);
         auto const steps = onlooker->geometries();
