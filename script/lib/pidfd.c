@@ -7,7 +7,6 @@
 #include <pthread.h>
 #include <signal.h>
 #include <stdarg.h>
-#include <stdint.h>
 #include <stdlib.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>

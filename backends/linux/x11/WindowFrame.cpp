@@ -162,10 +162,10 @@ bool WindowFrame::handleConfigure(xcb_configure_notify_event_t const& event)
     bool const isSynthetic = (event.response_type & 0x80) != 0;
     PixelRect const told { event.x, event.y, event.width, event.height };
     bool const sizeChanges = !told.hasSizeOf(m_pixels);
-    bool const wasAsked = wasRequested(told);
-    bool const isForeign = !isSynthetic && sizeChanges && !wasAsked;
+    bool const isAnswer = sizeChanges && wasRequested(told);
+    bool const isForeign = !isSynthetic && sizeChanges && !isAnswer;
     // A busy window manager that is still at earlier requests comes to the last one too.
-    if (sizeChanges && wasAsked && !told.hasSizeOf(m_requested))
+    if (isAnswer && !told.hasSizeOf(m_requested))
         m_isCatchingUp = true;
     // A window manager tells the place on the root itself. The server tells the place in the parent, which may be a
     // frame by now, so the place on the root is asked for.
