@@ -270,15 +270,21 @@ std::size_t Client::resourceCount(xcb_window_t window)
     return count;
 }
 
-void Client::sendToRoot(xcb_window_t about, std::string const& type, std::vector<std::uint32_t> const& data)
+xcb_client_message_event_t Client::message(
+    xcb_window_t about, std::string const& type, std::vector<std::uint32_t> const& data, int format)
 {
     xcb_client_message_event_t message {};
     message.response_type = XCB_CLIENT_MESSAGE;
-    message.format = 32;
+    message.format = static_cast<std::uint8_t>(format);
     message.window = about;
     message.type = atom(type);
     std::copy(data.begin(), data.end(), message.data.data32);
-    send(root(), XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY, message);
+    return message;
+}
+
+void Client::sendToRoot(xcb_window_t about, std::string const& type, std::vector<std::uint32_t> const& data)
+{
+    send(root(), XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY, message(about, type, data));
     sync();
 }
 

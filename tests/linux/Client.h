@@ -96,6 +96,9 @@ public:
         std::memcpy(bytes.data(), &event, sizeof event);
         xcb_send_event(m_connection, 0, to, mask, bytes.data());
     }
+    // A client message, of at most five words.
+    xcb_client_message_event_t message(
+        xcb_window_t about, std::string const& type, std::vector<std::uint32_t> const& data, int format = 32);
     void sendToRoot(xcb_window_t about, std::string const& type, std::vector<std::uint32_t> const& data);
 
 private:

@@ -45,13 +45,7 @@ void DragSource::drop(xcb_window_t target) { tell(target, "XdndDrop", { m_window
 
 void DragSource::tell(xcb_window_t target, std::string const& type, std::vector<std::uint32_t> const& data, int format)
 {
-    xcb_client_message_event_t message {};
-    message.response_type = XCB_CLIENT_MESSAGE;
-    message.format = static_cast<std::uint8_t>(format);
-    message.window = target;
-    message.type = atom(type);
-    std::copy(data.begin(), data.end(), message.data.data32);
-    send(target, XCB_EVENT_MASK_NO_EVENT, message);
+    send(target, XCB_EVENT_MASK_NO_EVENT, message(target, type, data, format));
     sync();
 }
 

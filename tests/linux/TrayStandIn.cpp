@@ -35,14 +35,7 @@ void TrayStandIn::announce()
     if (m_manners.wantsAlpha)
         setWords("_NET_SYSTEM_TRAY_VISUAL", XCB_ATOM_VISUALID, { alphaVisual() });
     xcb_set_selection_owner(wire(), m_owner, selection, XCB_CURRENT_TIME);
-    xcb_client_message_event_t message {};
-    message.response_type = XCB_CLIENT_MESSAGE;
-    message.format = 32;
-    message.window = root();
-    message.type = atom("MANAGER");
-    message.data.data32[1] = selection;
-    message.data.data32[2] = m_owner;
-    send(root(), XCB_EVENT_MASK_STRUCTURE_NOTIFY, message);
+    send(root(), XCB_EVENT_MASK_STRUCTURE_NOTIFY, message(root(), "MANAGER", { XCB_CURRENT_TIME, selection, m_owner }));
     // As real ones do: some of it is told afterwards only.
     setForeground(m_manners.foreground);
     sync();
