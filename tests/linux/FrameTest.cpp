@@ -76,7 +76,7 @@ protected:
     {
         start(With::Nothing);
         if (!manager.empty())
-            desktop->startWindowManager(manager);
+            startWindowManager(manager);
         auto const shown = show({ .title = "still" });
         if (isBorderless)
             makeBorderless(*shown);

@@ -37,6 +37,14 @@ void LinuxTest::start(With with)
     settle();
 }
 
+void LinuxTest::startWindowManager(std::vector<std::string> const& command)
+{
+    setenv("XDG_CONFIG_HOME", m_settings.path().c_str(), 1);
+    m_managersBus = std::make_unique<SessionBus>(SessionBus::Services::Installed);
+    desktop->startWindowManager(command);
+    unsetenv("DBUS_SESSION_BUS_ADDRESS");
+}
+
 void LinuxTest::installBackend(backends::LinuxOptions options)
 {
     options.display = desktop->display();

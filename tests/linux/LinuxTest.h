@@ -6,6 +6,7 @@
 #include "platform/foundation/NotificationCenter.h"
 #include "tests/linux/Desktop.h"
 #include "tests/linux/Onlooker.h"
+#include "tests/linux/SessionBus.h"
 #include "tests/linux/Toolkit.h"
 
 #include <chrono>
@@ -27,6 +28,8 @@ protected:
     ~LinuxTest() override;
 
     void start(With with);
+    // One that may keep its settings with a service of its desktop. The backend has no bus all the same.
+    void startWindowManager(std::vector<std::string> const& command);
     // The backend alone, on a desktop that is there already.
     void installBackend(backends::LinuxOptions options = {});
     void hearEverything();
@@ -60,6 +63,8 @@ private:
     void hear(platform::NotificationName const& name, std::string const& kind);
 
     std::vector<platform::Observation> m_observations;
+    platform::TemporaryFolder m_settings;
+    std::unique_ptr<SessionBus> m_managersBus;
 };
 
 } // namespace paneweld_tests

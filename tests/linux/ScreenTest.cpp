@@ -91,7 +91,7 @@ TEST_P(Panels, OnDifferentEdgesLeaveEachMonitorItsPlaceAlsoWhenTheyComeLater)
     start(With::Nothing);
     addMonitor("*left", "640/160x800/200+0+0");
     addMonitor("right", "640/160x800/200+640+0");
-    desktop->startWindowManager(GetParam());
+    startWindowManager(GetParam());
     auto const shown = show({ .title = "key" });
     ASSERT_TRUE(pumpUntil([&] { return shown->isKeyWindow(); }));
     Rect const onLeft { 100, 100, 300, 300 };
