@@ -156,13 +156,13 @@ std::optional<ExecuteMailScript> ExecuteMailScript::from(Notification const& not
 
 Dictionary ExecuteMailScript::userInfo() const
 {
-    Callable const wrapped { completionSignature, [call = completion](List const& arguments) {
-                                auto const argument
-                                    = [&](std::size_t i) { return i < arguments.size() ? arguments[i] : Value(); };
-                                call(copied(argument(0).asText()), errorFrom(argument(1)));
-                                return Value();
-                            } };
-    return Dictionary::of("completion", wrapped, "handler", handler, "params", params);
+    Callable wrapped { completionSignature, [call = completion](List const& arguments) {
+                          auto const argument
+                              = [&](std::size_t i) { return i < arguments.size() ? arguments[i] : Value(); };
+                          call(copied(argument(0).asText()), errorFrom(argument(1)));
+                          return Value();
+                      } };
+    return Dictionary::of<"completion", "handler", "params">(std::move(wrapped), handler, params);
 }
 
 std::optional<UpdateGlobalNewBrainstormShortcut> UpdateGlobalNewBrainstormShortcut::from(
@@ -178,7 +178,7 @@ std::optional<UpdateGlobalNewBrainstormShortcut> UpdateGlobalNewBrainstormShortc
 
 Dictionary UpdateGlobalNewBrainstormShortcut::userInfo() const
 {
-    return Dictionary::of("isEnabled", isEnabled, "keyCode", keyCode, "modifiers", modifiers);
+    return Dictionary::of<"isEnabled", "keyCode", "modifiers">(isEnabled, keyCode, modifiers);
 }
 
 std::optional<ImportDroppedURLs> ImportDroppedURLs::from(Notification const& notification)
@@ -189,7 +189,7 @@ std::optional<ImportDroppedURLs> ImportDroppedURLs::from(Notification const& not
     return ImportDroppedURLs { urlsIn(*value->asList()) };
 }
 
-Dictionary ImportDroppedURLs::userInfo() const { return Dictionary::of("urls", List(urls.begin(), urls.end())); }
+Dictionary ImportDroppedURLs::userInfo() const { return Dictionary::of<"urls">(List(urls.begin(), urls.end())); }
 
 std::optional<BrainstormWindowPinStateDidChange> BrainstormWindowPinStateDidChange::from(
     Notification const& notification)
@@ -203,7 +203,7 @@ std::optional<BrainstormWindowPinStateDidChange> BrainstormWindowPinStateDidChan
 
 Dictionary BrainstormWindowPinStateDidChange::userInfo() const
 {
-    return Dictionary::of("isPinned", isPinned, "windowID", windowID);
+    return Dictionary::of<"isPinned", "windowID">(isPinned, windowID);
 }
 
 std::optional<UpdateMenuItemTitle> UpdateMenuItemTitle::from(Notification const& notification)
@@ -212,7 +212,7 @@ std::optional<UpdateMenuItemTitle> UpdateMenuItemTitle::from(Notification const&
     return hasUser ? std::optional(UpdateMenuItemTitle { *hasUser }) : std::nullopt;
 }
 
-Dictionary UpdateMenuItemTitle::userInfo() const { return Dictionary::of("hasUser", hasUser); }
+Dictionary UpdateMenuItemTitle::userInfo() const { return Dictionary::of<"hasUser">(hasUser); }
 
 std::optional<WindowIdentifierDidLoad> WindowIdentifierDidLoad::from(Notification const& notification)
 {
@@ -225,7 +225,7 @@ std::optional<WindowIdentifierDidLoad> WindowIdentifierDidLoad::from(Notificatio
 
 Dictionary WindowIdentifierDidLoad::userInfo() const
 {
-    return Dictionary::of("localizedTitle", localizedTitle, "windowID", windowID);
+    return Dictionary::of<"localizedTitle", "windowID">(localizedTitle, windowID);
 }
 
 std::optional<BrainstormWindowPreferredHeightDidChange> BrainstormWindowPreferredHeightDidChange::from(
@@ -241,7 +241,7 @@ std::optional<BrainstormWindowPreferredHeightDidChange> BrainstormWindowPreferre
 
 Dictionary BrainstormWindowPreferredHeightDidChange::userInfo() const
 {
-    auto dictionary = Dictionary::of("animate", animate, "windowID", windowID);
+    auto dictionary = Dictionary::of<"animate", "windowID">(animate, windowID);
     set(dictionary, "minHeight", minHeight);
     set(dictionary, "maxHeight", maxHeight);
     set(dictionary, "preferredWidth", preferredWidth);
@@ -262,7 +262,7 @@ std::optional<BrainstormWindowResize> BrainstormWindowResize::from(Notification 
 
 Dictionary BrainstormWindowResize::userInfo() const
 {
-    return Dictionary::of("height", height, "maxHeight", maxHeight, "minHeight", minHeight, "windowID", windowID);
+    return Dictionary::of<"height", "maxHeight", "minHeight", "windowID">(height, maxHeight, minHeight, windowID);
 }
 
 std::optional<BrainstormWindowDidEndLiveResize> BrainstormWindowDidEndLiveResize::from(Notification const& notification)
@@ -277,7 +277,7 @@ std::optional<BrainstormWindowDidEndLiveResize> BrainstormWindowDidEndLiveResize
 
 Dictionary BrainstormWindowDidEndLiveResize::userInfo() const
 {
-    return Dictionary::of("height", height, "width", width, "windowID", windowID);
+    return Dictionary::of<"height", "width", "windowID">(height, width, windowID);
 }
 
 std::optional<OpenFileURL> OpenFileURL::from(Notification const& notification)
@@ -310,8 +310,8 @@ Dictionary OpenFileURL::userInfo() const
 {
     List entries;
     for (auto const& entry : bookmarks)
-        entries.push_back(Dictionary::of("data", entry.data, "url", entry.url));
-    return Dictionary::of("bookmarks", entries, "url", url);
+        entries.push_back(Dictionary::of<"data", "url">(entry.data, entry.url));
+    return Dictionary::of<"bookmarks", "url">(std::move(entries), url);
 }
 
 std::shared_ptr<platform::ObservationToken> addObserver(platform::NotificationCenter& center,

@@ -28,7 +28,7 @@ std::string describe(std::optional<platform::Dictionary> const& userInfo)
     std::string text;
     for (auto const& [key, value] : userInfo.value_or(platform::Dictionary {})) {
         text += text.empty() ? "" : ", ";
-        text += key + " = " + describe(value);
+        text += std::string(key) + " = " + describe(value);
     }
     return text;
 }

@@ -79,7 +79,7 @@ void Settings::save() const
     for (auto const& entry : entries)
         file.setFlag(group, entry.key, m_values.*entry.value);
     for (auto const& [key, value] : m_values.shortcut ? m_values.shortcut->dictionary() : platform::Dictionary {})
-        file.setNumber(shortcutGroup, key.c_str(), value.asInt().value_or(0));
+        file.setNumber(shortcutGroup, std::string(key).c_str(), value.asInt().value_or(0));
     file.setFlag(shortcutGroup, isEnabledKey, m_values.isShortcutEnabled);
     file.save(m_path);
 }

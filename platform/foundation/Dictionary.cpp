@@ -6,7 +6,7 @@ namespace platform {
 
 namespace {
 
-bool isBefore(Dictionary::Entry const& entry, std::string_view key) { return entry.first < key; }
+bool isBefore(Dictionary::Entry const& entry, std::string_view key) { return std::string_view(entry.first) < key; }
 
 } // namespace
 
@@ -15,8 +15,6 @@ Dictionary::Dictionary(std::initializer_list<Field> fields)
     m_entries.reserve(fields.size());
     for (auto const& [key, value] : fields)
         m_entries.emplace_back(key, std::move(value));
-    // The keys are compared where they come from: a copy that was just written is not at hand for a read of other bytes
-    // of it at once, and the processor would wait.
     auto const isOutOfOrder = [](Field const& one, Field const& next) { return one.key >= next.key; };
     if (std::adjacent_find(fields.begin(), fields.end(), isOutOfOrder) != fields.end())
         sort();
@@ -57,7 +55,7 @@ std::size_t Dictionary::erase(std::string_view key)
 
 void Dictionary::sort()
 {
-    auto const before = [](Entry const& one, Entry const& other) { return one.first < other.first; };
+    auto const before = [](Entry const& one, Entry const& other) { return isBefore(one, other.first); };
     std::stable_sort(m_entries.begin(), m_entries.end(), before);
     // Seen from behind the last of equal ones is the first, which is the one that stays.
     auto const isSame = [](Entry const& one, Entry const& other) { return one.first == other.first; };

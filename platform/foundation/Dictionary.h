@@ -1,10 +1,12 @@
 #pragma once
 
+#include "platform/foundation/DictionaryKey.h"
 #include "platform/foundation/Value.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <functional>
 #include <initializer_list>
-#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -16,7 +18,8 @@ namespace platform {
 // moves what is behind, so what may be large is collected first.
 class Dictionary {
 public:
-    using Entry = std::pair<std::string, Value>;
+    using Key = DictionaryKey;
+    using Entry = std::pair<Key, Value>;
     using Entries = std::vector<Entry>;
     using const_iterator = Entries::const_iterator;
 
@@ -31,15 +34,16 @@ public:
     Dictionary(std::initializer_list<Field> fields);
     explicit Dictionary(Entries entries);
 
-    // Of keys and values by turns. Each is made where it will stand, for what is built for every post; best with the
-    // keys in order.
-    template<typename... KeysAndValues>
-    static Dictionary of(KeysAndValues const&... keysAndValues)
+    // What is built for every post: the keys are the compiler's, each value is made where it will stand. Keys in order,
+    // none twice.
+    template<Literal... keys, typename... Values>
+    static Dictionary of(Values&&... values)
     {
+        static_assert(sizeof...(keys) == sizeof...(Values));
+        static_assert(isAscending({ keys.view()... }));
         Dictionary made;
-        made.m_entries.reserve(sizeof...(keysAndValues) / 2);
-        if (!made.append(keysAndValues...))
-            made.sort();
+        made.m_entries.reserve(sizeof...(keys));
+        (made.m_entries.emplace_back(Key::of<keys>(), std::forward<Values>(values)), ...);
         return made;
     }
 
@@ -66,19 +70,9 @@ public:
     bool operator==(Dictionary const&) const = default;
 
 private:
-    // True when the keys came in order. They are compared where they come from, mostly by the compiler: a copy that was
-    // just written is not ready to be read yet.
-    template<typename V>
-    bool append(std::string_view key, V const& value)
+    static constexpr bool isAscending(std::initializer_list<std::string_view> keys)
     {
-        m_entries.emplace_back(key, value);
-        return true;
-    }
-    template<typename V, typename... Rest>
-    bool append(std::string_view key, V const& value, std::string_view next, Rest const&... rest)
-    {
-        m_entries.emplace_back(key, value);
-        return append(next, rest...) && key < next;
+        return std::adjacent_find(keys.begin(), keys.end(), std::greater_equal<>()) == keys.end();
     }
     // Of equal keys the last stays.
     void sort();

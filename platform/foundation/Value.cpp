@@ -63,7 +63,7 @@ std::string describe(Dictionary const& dictionary)
 {
     std::string text;
     for (auto const& [key, value] : dictionary)
-        text += (text.empty() ? "" : ", ") + key + " = " + value.description();
+        text += (text.empty() ? "" : ", ") + std::string(key) + " = " + value.description();
     return "{" + text + "}";
 }
 

@@ -66,15 +66,21 @@ public:
         : m_state(static_cast<double>(number))
     {
     }
+    // Texts are copied once, to where they stay: one that is copied and then moved is read before it is written whole,
+    // for which the processor waits.
     Value(char const* text)
-        : m_state(std::string(text))
+        : m_state(std::in_place_type<std::string>, text)
     {
     }
     Value(std::string_view text)
-        : m_state(std::string(text))
+        : m_state(std::in_place_type<std::string>, text)
     {
     }
-    Value(std::string text)
+    Value(std::string const& text)
+        : m_state(text)
+    {
+    }
+    Value(std::string&& text)
         : m_state(std::move(text))
     {
     }

@@ -169,7 +169,7 @@ private:
             return;
         json userInfo = json::object();
         for (auto const& [key, value] : *notification.userInfo)
-            userInfo[key] = asJSON(value);
+            userInfo[std::string(key)] = asJSON(value);
         note({ name.rawValue(), userInfo });
         auto const reaction = m_reactions.extract(name.rawValue());
         if (reaction.empty())

@@ -27,7 +27,7 @@ protected:
             if (notification.object)
                 line += " from an object";
             for (auto const& [key, value] : notification.userInfo.value_or(platform::Dictionary {}))
-                line += " " + key + "=" + value.description();
+                line += " " + std::string(key) + "=" + value.description();
             m_happened.push_back(line);
         });
     }

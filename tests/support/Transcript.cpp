@@ -42,6 +42,6 @@ std::string Transcript::describe(platform::Notification const& notification)
     if (!notification.userInfo)
         return text;
     for (auto const& [key, value] : *notification.userInfo)
-        text += " " + key + "=" + value.description();
+        text += " " + std::string(key) + "=" + value.description();
     return text;
 }

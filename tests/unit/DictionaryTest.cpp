@@ -23,13 +23,30 @@ TEST(Dictionary, ABracedListMayComeInAnyOrder)
     EXPECT_TRUE(Dictionary {}.empty());
 }
 
-TEST(Dictionary, MadeInPlaceItIsTheSameInAnyOrder)
+TEST(Dictionary, MadeInPlaceItIsTheSame)
 {
     Dictionary const same { { "a", "one" }, { "b", 2.5 }, { "c", true } };
-    EXPECT_EQ(Dictionary::of("a", "one", "b", 2.5, "c", true), same);
-    EXPECT_EQ(Dictionary::of("c", true, "a", std::string("one"), "b", 2.5), same);
-    EXPECT_EQ(Dictionary::of("b", 0, "a", "one", "b", 2.5, "c", Value(true)), same);
-    EXPECT_EQ(Dictionary::of("a", 0, "a", 1), (Dictionary { { "a", 1 } }));
+    EXPECT_EQ((Dictionary::of<"a", "b", "c">("one", 2.5, true)), same);
+    EXPECT_EQ((Dictionary::of<"a", "b", "c">(std::string("one"), 2.5, Value(true))), same);
+    EXPECT_TRUE(Dictionary::of<>().empty());
+}
+
+TEST(Dictionary, KeysThatTheCompilerKnowsAndOthersAreTheSame)
+{
+    std::string text = "key";
+    Dictionary::Key owned { std::string_view(text) };
+    Dictionary::Key const known = Dictionary::Key::of<"key">();
+    text = "yek";
+    EXPECT_EQ(owned, "key");
+    EXPECT_EQ(owned, known);
+
+    Dictionary::Key copy = owned;
+    Dictionary::Key const moved = std::move(owned);
+    EXPECT_EQ(copy, moved);
+    copy = known;
+    owned = moved;
+    EXPECT_EQ(copy, owned);
+    EXPECT_FALSE(copy == Dictionary::Key(""));
 }
 
 TEST(Dictionary, KeysAreOrderedByTheirBytes)

@@ -112,8 +112,8 @@ TEST(KeyComboTest, TheStoredFormHasTwoSignedIntegers)
     auto const dictionary = KeyCombo(45, 0x100).dictionary();
     EXPECT_EQ(dictionary, (Dictionary { { "keyCode", 45 }, { "modifiers", 256 } }));
     for (auto const& entry : KeyCombo(largest, largest).dictionary()) {
-        EXPECT_EQ(entry.second.kind(), platform::Value::Kind::Integer) << entry.first;
-        EXPECT_EQ(entry.second.asInt(), 4294967295) << entry.first;
+        EXPECT_EQ(entry.second.kind(), platform::Value::Kind::Integer) << std::string_view(entry.first);
+        EXPECT_EQ(entry.second.asInt(), 4294967295) << std::string_view(entry.first);
     }
 }
 

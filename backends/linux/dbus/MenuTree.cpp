@@ -87,7 +87,7 @@ void compare(int id, Dictionary const& before, Dictionary const& now, MenuTree::
     }
     for (auto const& [name, value] : before) {
         if (!now.contains(name))
-            changes.removed[id].push_back(name);
+            changes.removed[id].emplace_back(name);
     }
 }
 
