@@ -115,7 +115,7 @@ platform::Class makeRuntimeClass()
 
 } // namespace
 
-WindowIdentifier::WindowIdentifier(std::string id, std::string type, std::string localizedTitle)
+WindowIdentifier::WindowIdentifier(std::string&& id, std::string&& type, std::string&& localizedTitle)
     : m_id(std::move(id))
     , m_type(std::move(type))
     , m_localizedTitle(std::move(localizedTitle))

@@ -51,7 +51,7 @@ public:
     static platform::Class const& runtimeClass();
 
 protected:
-    WindowIdentifier(std::string id, std::string type, std::string localizedTitle);
+    WindowIdentifier(std::string&& id, std::string&& type, std::string&& localizedTitle);
 
     // A new instance of the receiver's own class, for copying.
     virtual std::shared_ptr<WindowIdentifier> newInstance(
