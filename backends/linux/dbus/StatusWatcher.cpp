@@ -29,20 +29,11 @@ StatusWatcher::StatusWatcher(Bus& bus, EventLoop& loop, platform::OSLog log, std
     , m_stateDidChange(std::move(stateDidChange))
 {
     m_ownerChanges = bus.whenOwnerChanges(service, [this](auto const&, auto const& after) { setOwner(after); });
-    // Before the rules that follow: the bus answers in order, and this answer is waited for.
     m_ownerQuestion = bus.askOwner(service, [this](auto const& owner) {
         if (!owner.empty())
             setOwner(owner);
     });
     m_lost = bus.whenLost([this] { setOwner({}); });
-    auto const changed = [this](BusMessage const& signal) {
-        if (signal.sender == m_owner)
-            hostsDidChange();
-    };
-    m_hostComes = bus.whenSignal({ service, object, service, "StatusNotifierHostRegistered" }, changed);
-    m_hostGoes = bus.whenSignal({ service, object, service, "StatusNotifierHostUnregistered" }, changed);
-    m_hostChanges
-        = bus.whenSignal({ service, object, "org.freedesktop.DBus.Properties", "PropertiesChanged" }, changed);
 }
 
 void StatusWatcher::setOwner(std::string const& owner)
@@ -54,10 +45,13 @@ void StatusWatcher::setOwner(std::string const& owner)
     m_hasHost.reset();
     m_failures = 0;
     m_registration = {};
+    m_hostChanges = {};
     m_hostQuestion = {};
     m_retry.end();
     if (!m_owner.empty()) {
+        // First of all: an item that is to be seen waits for nothing else.
         registerItem();
+        listenForHosts();
         askForHost();
     }
     update();
@@ -85,6 +79,19 @@ void StatusWatcher::registrationDidFail(std::string const& error)
             { m_failures == 1 ? "refused" : "given up after refusals", error });
     if (m_failures < maximumFailures)
         m_retry = m_loop.after(firstRetryDelay * (1 << (m_failures - 1)), [this] { registerItem(); });
+}
+
+void StatusWatcher::listenForHosts()
+{
+    auto const listen = [this](char const* interface, char const* name) {
+        return m_bus.whenSignal({ m_owner, object, interface, name }, [this](BusMessage const& signal) {
+            if (signal.sender == m_owner)
+                hostsDidChange();
+        });
+    };
+    m_hostChanges[0] = listen(service, "StatusNotifierHostRegistered");
+    m_hostChanges[1] = listen(service, "StatusNotifierHostUnregistered");
+    m_hostChanges[2] = listen("org.freedesktop.DBus.Properties", "PropertiesChanged");
 }
 
 void StatusWatcher::askForHost()

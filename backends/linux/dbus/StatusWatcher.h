@@ -4,6 +4,7 @@
 #include "backends/linux/loop/EventLoop.h"
 #include "platform/log/OSLog.h"
 
+#include <array>
 #include <functional>
 #include <optional>
 #include <string>
@@ -32,6 +33,7 @@ private:
     void setOwner(std::string const& owner);
     void registerItem();
     void registrationDidFail(std::string const& error);
+    void listenForHosts();
     void askForHost();
     void hostsDidChange();
     void update();
@@ -49,7 +51,7 @@ private:
     std::optional<bool> m_hasHost;
     int m_failures = 0;
     BusSlot m_ownerChanges, m_ownerQuestion, m_lost;
-    BusSlot m_hostComes, m_hostGoes, m_hostChanges;
+    std::array<BusSlot, 3> m_hostChanges;
     BusSlot m_registration, m_hostQuestion;
     LoopSource m_retry;
 };
