@@ -10,7 +10,6 @@
 
 #include <chrono>
 #include <cstdlib>
-#include <sstream>
 #include <utility>
 
 namespace backends {
@@ -73,9 +72,8 @@ std::optional<std::string> SystemShortcuts::holderOf(std::uint32_t keyCode, std:
 std::optional<std::vector<DesktopShortcut>> SystemShortcuts::readShortcuts() const
 {
     char const* const current = std::getenv("XDG_CURRENT_DESKTOP");
-    std::istringstream names(current ? current : "");
     // The first is the desktop itself, the others what it resembles ("Budgie:GNOME").
-    for (std::string name; std::getline(names, name, ':');) {
+    for (auto const name : platform::split(current ? current : "", ':')) {
         if (auto const* const desktop = gnomeDesktop(name))
             return readGnomeShortcuts(*desktop, Clock::now() + m_longestRead, m_log);
         auto const lower = platform::asciiLowerCase(name);

@@ -95,14 +95,11 @@ std::string Bundle::localizedString(std::string const& key, std::string_view val
 std::optional<URL> Bundle::urlForResource(std::string const& name, std::string const& extension) const
 {
     auto const fileName = extension.empty() ? name : name + "." + extension;
-    for (auto const& folder : resourceFolders()) {
-        auto const path = folder + "/" + fileName;
-        if (m_files.isFile(path))
-            return URL::fileURL(path, URL::IsDirectory::No);
-        if (m_files.isDirectory(path))
-            return URL::fileURL(path, URL::IsDirectory::Yes);
-    }
-    return std::nullopt;
+    auto const path
+        = resource(fileName, [this](auto const& it) { return m_files.isFile(it) || m_files.isDirectory(it); });
+    if (!path)
+        return std::nullopt;
+    return URL::fileURL(*path, m_files.isFile(*path) ? URL::IsDirectory::No : URL::IsDirectory::Yes);
 }
 
 std::optional<NSError> Bundle::loadAndReturnError()
@@ -126,8 +123,13 @@ std::optional<NSError> Bundle::loadAndReturnError()
 
 std::optional<std::string> Bundle::chosenLocalization() const
 {
-    auto const offered = localizations();
-    for (auto const& language : languages()) {
+    return chosenLocalization(localizations(), languages());
+}
+
+std::optional<std::string> Bundle::chosenLocalization(
+    std::vector<std::string> const& offered, std::vector<std::string> const& wished) const
+{
+    for (auto const& language : wished) {
         if (auto const match = matchingLocalization(language, offered))
             return match;
     }
@@ -149,14 +151,7 @@ Bundle::SharedDictionary Bundle::table(std::string const& name) const
 {
     if (auto const dictionary = known(name))
         return dictionary;
-    std::optional<std::string> path;
-    for (auto const& folder : resourceFolders()) {
-        auto const candidate = folder + "/" + name + ".strings";
-        if (!m_files.isFile(candidate))
-            continue;
-        path = candidate;
-        break;
-    }
+    auto const path = resource(name + ".strings", [this](auto const& candidate) { return m_files.isFile(candidate); });
     return remember(name, path, parseStringTable);
 }
 
@@ -232,20 +227,32 @@ std::vector<std::string> Bundle::languages() const
     return wishes;
 }
 
-std::vector<std::string> Bundle::resourceFolders() const
+// Outside of the languages first, which then need not be looked for.
+std::optional<std::string> Bundle::resource(
+    std::string const& fileName, std::function<bool(std::string const&)> const& isWanted) const
 {
-    std::vector<std::string> names;
-    appendNew(names, chosenLocalization().value_or(std::string()));
-    appendNew(names, "Base");
+    auto const path = m_layout.resources + "/" + fileName;
+    if (isWanted(path))
+        return path;
+    for (auto const& name : languageFolders()) {
+        auto const localized = m_layout.resources + "/" + name + std::string(languageSuffix) + "/" + fileName;
+        if (isWanted(localized))
+            return localized;
+    }
+    return std::nullopt;
+}
+
+std::vector<std::string> Bundle::languageFolders() const
+{
     auto const offered = localizations();
-    for (auto const& language : languages())
+    auto const wished = languages();
+    std::vector<std::string> names;
+    appendNew(names, chosenLocalization(offered, wished).value_or(std::string()));
+    appendNew(names, "Base");
+    for (auto const& language : wished)
         appendNew(names, matchingLocalization(language, offered).value_or(std::string()));
     appendNew(names, infoText("CFBundleDevelopmentRegion"));
-
-    std::vector<std::string> folders { m_layout.resources };
-    for (auto const& name : names)
-        folders.push_back(m_layout.resources + "/" + name + std::string(languageSuffix));
-    return folders;
+    return names;
 }
 
 } // namespace platform

@@ -6,6 +6,7 @@
 #include "platform/foundation/Result.h"
 #include "platform/foundation/URL.h"
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -66,7 +67,11 @@ private:
     std::string infoText(std::string const& key) const;
     std::vector<std::string> localizations() const;
     std::vector<std::string> languages() const;
-    std::vector<std::string> resourceFolders() const;
+    std::vector<std::string> languageFolders() const;
+    std::optional<std::string> chosenLocalization(
+        std::vector<std::string> const& offered, std::vector<std::string> const& wished) const;
+    std::optional<std::string> resource(
+        std::string const& fileName, std::function<bool(std::string const&)> const& isWanted) const;
 
     Bundles& m_bundles;
     BundleFiles& m_files;

@@ -1,5 +1,6 @@
 #include "platform/foundation/Text.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace platform {
@@ -178,6 +179,17 @@ std::string_view trimmed(std::string_view text, std::string_view blanks)
     if (start == std::string_view::npos)
         return {};
     return text.substr(start, text.find_last_not_of(blanks) - start + 1);
+}
+
+std::vector<std::string_view> split(std::string_view text, char separator)
+{
+    std::vector<std::string_view> pieces;
+    while (!text.empty()) {
+        auto const length = std::min(text.find(separator), text.size());
+        pieces.push_back(text.substr(0, length));
+        text.remove_prefix(std::min(length + 1, text.size()));
+    }
+    return pieces;
 }
 
 std::string asciiLowerCase(std::string_view text)

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 // Text as the machine sees it: UTF-8 inside, UTF-16 and UTF-32 at the doors (Unicode Standard, section 3.9).
 namespace platform {
@@ -51,6 +52,9 @@ std::optional<unsigned> hexDigitValue(char digit);
 
 // Without what stands at either end and is one of these bytes.
 std::string_view trimmed(std::string_view text, std::string_view blanks);
+
+// What stands between the separators, as views of the text. A separator at the end begins nothing.
+std::vector<std::string_view> split(std::string_view text, char separator);
 
 // Only A-Z and a-z change, whatever the locale.
 std::string asciiLowerCase(std::string_view text);

@@ -60,6 +60,15 @@ TEST(Text, CutOffUnitsAreNoText)
     EXPECT_EQ(textFromUTF32("\0\x01\xF6\0"s, ByteOrder::BigEndian), "\xF0\x9F\x98\x80");
 }
 
+TEST(Text, StandsBetweenItsSeparators)
+{
+    using Pieces = std::vector<std::string_view>;
+    EXPECT_EQ(split("en:de", ':'), (Pieces { "en", "de" }));
+    EXPECT_EQ(split(":en::", ':'), (Pieces { "", "en", "" }));
+    EXPECT_EQ(split("one line\n", '\n'), Pieces { "one line" });
+    EXPECT_EQ(split("", ':'), Pieces {});
+}
+
 TEST(Text, RepairsAndCountsWhatBelongsToNoCharacter)
 {
     EXPECT_EQ(repairedUTF8("a\xFF\xC3\xA9"), "a\xEF\xBF\xBD\xC3\xA9");

@@ -1,11 +1,12 @@
 #include "backends/linux/host/BundleDirectory.h"
 
+#include "backends/linux/host/FileSystem.h"
+#include "platform/foundation/Text.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <dlfcn.h>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 
 namespace backends {
 
@@ -52,14 +53,11 @@ std::vector<std::string> BundleDirectory::list(std::string const& path) const
 
 std::optional<std::string> BundleDirectory::read(std::string const& path) const
 {
-    std::ifstream file(path, std::ios::binary);
-    if (!file || !isFile(path))
+    // What is no file may never end, or never begin.
+    if (!isFile(path))
         return std::nullopt;
-    std::ostringstream bytes;
-    bytes << file.rdbuf();
-    if (file.bad())
-        return std::nullopt;
-    return bytes.str();
+    auto bytes = readFile(path);
+    return bytes ? std::optional(bytes.take()) : std::nullopt;
 }
 
 platform::Result<bool> BundleDirectory::loadCode(std::string const& bundlePath, std::string const& executablePath)
@@ -81,9 +79,8 @@ platform::Result<bool> BundleDirectory::loadCode(std::string const& bundlePath, 
 std::vector<std::string> languagesIn(std::string const& locales)
 {
     std::vector<std::string> languages;
-    std::istringstream names(locales);
-    for (std::string name; std::getline(names, name, ':');) {
-        name.resize(std::min(name.find_first_of(".@"), name.size()));
+    for (auto const locale : platform::split(locales, ':')) {
+        std::string name(locale.substr(0, locale.find_first_of(".@")));
         std::replace(name.begin(), name.end(), '_', '-');
         if (!name.empty() && name != "C" && name != "POSIX")
             languages.push_back(name);

@@ -2,6 +2,7 @@
 
 #include "backends/linux/host/Descriptor.h"
 #include "backends/linux/host/FileSystem.h"
+#include "platform/foundation/Text.h"
 
 #include <cstring>
 #include <dirent.h>
@@ -126,9 +127,8 @@ std::optional<FileFacts> factsOf(std::string const& path, LastLink lastLink)
 std::vector<Mount> mountsIn(std::string const& mountInfo)
 {
     std::vector<Mount> mounts;
-    std::istringstream lines(mountInfo);
-    for (std::string line; std::getline(lines, line);) {
-        std::istringstream fields(line);
+    for (auto const line : platform::split(mountInfo, '\n')) {
+        std::istringstream fields(std::string { line });
         Mount mount;
         std::string field;
         fields >> mount.id >> field >> mount.device >> mount.root >> mount.point;

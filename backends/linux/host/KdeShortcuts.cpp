@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <sstream>
 
 namespace backends {
 
@@ -79,8 +78,7 @@ void appendLine(std::vector<DesktopShortcut>& shortcuts, std::string_view line)
     auto const parts = fields(unescaped(trimmed(line.substr(equals + 1))));
     bool const hasLabel = parts.size() > 2 && !parts[2].empty();
     auto const action = "KDE: " + platform::repairedUTF8(hasLabel ? parts[2] : name);
-    std::istringstream alternatives(parts[0]);
-    for (std::string text; std::getline(alternatives, text, '\t');) {
+    for (auto const text : platform::split(parts[0], '\t')) {
         if (auto accelerator = acceleratorFromQt(trimmed(text)))
             shortcuts.push_back({ action, std::move(*accelerator) });
     }

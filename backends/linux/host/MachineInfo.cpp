@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <array>
 #include <climits>
-#include <sstream>
 #include <string_view>
 #include <sys/utsname.h>
 #include <unistd.h>
@@ -54,10 +53,9 @@ std::string unquoted(std::string_view value)
 
 std::optional<std::string> assignedValue(std::string const& text, std::string const& name)
 {
-    std::istringstream lines(text);
     std::optional<std::string> found;
     // The last one counts, as in a shell.
-    for (std::string line; std::getline(lines, line);) {
+    for (auto const line : platform::split(text, '\n')) {
         auto const assignment = trimmed(line);
         if (assignment.starts_with(name) && assignment.substr(name.size()).starts_with('='))
             found = unquoted(assignment.substr(name.size() + 1));
