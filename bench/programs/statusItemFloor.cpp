@@ -45,8 +45,8 @@ int main()
         std::fprintf(stderr, "the floor found no list of status items\n");
         return 1;
     }
-    while (true) {
-        while (sd_bus_process(bus, nullptr) > 0) { }
-        sd_bus_wait(bus, UINT64_MAX);
-    }
+    int processed = 0;
+    do {
+        while ((processed = sd_bus_process(bus, nullptr)) > 0) { }
+    } while (processed == 0 && sd_bus_wait(bus, UINT64_MAX) >= 0);
 }
