@@ -24,6 +24,8 @@ struct WindowManager {
     Compositor compositor = Compositor::None;
     // It brings its own X server, as a Wayland compositor does.
     bool hasOwnServer = false;
+    // It draws something where no window is.
+    bool paintsBackground = false;
 };
 inline void PrintTo(WindowManager const& manager, std::ostream* stream) { *stream << manager.name; }
 
