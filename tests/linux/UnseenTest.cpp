@@ -5,6 +5,8 @@
 #include "platform/appkit/NSAnimationContext.h"
 #include "platform/dispatch/Queue.h"
 
+#include <xcb/shape.h>
+
 namespace paneweld_tests {
 
 // Nobody sees a panel before it has its look and its place.
@@ -79,6 +81,31 @@ INSTANTIATE_TEST_SUITE_P(
         return std::string(std::get<0>(road.param) ? "Announced" : "Found")
             + (std::get<1>(road.param) ? "WithCompositor" : "WithoutCompositor");
     });
+
+class Hold : public LinuxTest { };
+
+TEST_F(Hold, LastsWhenAToolkitTakesEveryShapeOff)
+{
+    start(With::WindowManager);
+    // From the first window on this process is known.
+    ASSERT_NE(show({ .title = "first" }), nullptr);
+    auto const made = toolkit->make({ .title = "second" });
+    toolkit->sync();
+    auto const takeShapeOff = [&] {
+        xcb_shape_mask(toolkit->wire(), XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, made, 0, 0, XCB_PIXMAP_NONE);
+        toolkit->sync();
+    };
+    // The loop stands still all the while, as it does in a host that is busy.
+    auto const isHeld = [&] { return onlooker->hasEmptyShape(made); };
+    ASSERT_TRUE(onlooker->waitUntil(isHeld));
+    takeShapeOff();
+    EXPECT_TRUE(onlooker->waitUntil(isHeld));
+    takeShapeOff();
+    ASSERT_TRUE(backend->announceX11Window(made));
+    EXPECT_TRUE(pumpUntil(isHeld));
+    takeShapeOff();
+    EXPECT_TRUE(pumpUntil(isHeld));
+}
 
 class Compositor : public LinuxTest { };
 

@@ -2,7 +2,6 @@
 
 #include "backends/linux/loop/BackgroundThread.h"
 #include "backends/linux/x11/ClientProcess.h"
-#include "backends/linux/x11/Connection.h"
 #include "backends/linux/x11/Unseen.h"
 
 #include <algorithm>
@@ -51,7 +50,7 @@ void EarlyHold::start(std::uint32_t ownProcess)
     if (xcb_connection_has_error(m_wire) || m_stop < 0)
         return;
     m_ownProcess = ownProcess;
-    m_hasShapes = m_connection.shape().isPresent;
+    m_shape = m_connection.shape();
     m_root = m_connection.root();
     m_opacity = m_connection.atom(AtomName::NET_WM_WINDOW_OPACITY);
     m_compositor = m_connection.atoms().compositor();
@@ -96,6 +95,8 @@ void EarlyHold::handleEvents()
         auto const type = event->response_type & 0x7F;
         if (type == XCB_CREATE_NOTIFY) {
             handleCreate(reinterpret_cast<xcb_create_notify_event_t const&>(*event));
+        } else if (auto const window = unshapedWindow(*event, m_shape); window != XCB_WINDOW_NONE) {
+            holdAgain(window);
         } else if (type == XCB_DESTROY_NOTIFY) {
             auto const gone = reinterpret_cast<xcb_destroy_notify_event_t const&>(*event).window;
             m_ours.erase(gone);
@@ -162,11 +163,21 @@ void EarlyHold::holdWithoutCompositor(xcb_window_t window)
 {
     std::lock_guard const lock(m_mutex);
     auto const found = m_windows.find(window);
-    if (!m_hasShapes || found == m_windows.end() || !found->second.held)
+    if (!m_shape.isPresent || found == m_windows.end() || !found->second.held)
         return;
     writeShape(m_wire, window, true);
     xcb_flush(m_wire);
     found->second.held->hasEmptyShape = true;
+}
+
+void EarlyHold::holdAgain(xcb_window_t window)
+{
+    std::lock_guard const lock(m_mutex);
+    auto const found = m_windows.find(window);
+    if (found == m_windows.end() || !found->second.held || !found->second.held->hasEmptyShape)
+        return;
+    writeShape(m_wire, window, true);
+    xcb_flush(m_wire);
 }
 
 void EarlyHold::giveBack(xcb_window_t window, Held const& held)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "backends/linux/x11/Connection.h"
+
 #include <chrono>
 #include <cstdint>
 #include <map>
@@ -11,8 +13,6 @@
 #include <xcb/xcb.h>
 
 namespace backends {
-
-class Connection;
 
 // Keeps each new window of this process unseen while the host's thread is still busy making it. The host's thread is
 // ours too, so its loop may come too late: a window manager may have mapped the window by then. This is a thread with a
@@ -49,6 +49,7 @@ private:
     void run();
     void handleEvents();
     void handleCreate(xcb_create_notify_event_t const& event);
+    void holdAgain(xcb_window_t window);
     bool isOfKnownClient(xcb_window_t window) const;
     bool isOurs(xcb_window_t window);
     void hold(xcb_window_t window);
@@ -63,7 +64,7 @@ private:
     xcb_atom_t m_opacity = XCB_ATOM_NONE;
     xcb_atom_t m_compositor = XCB_ATOM_NONE;
     std::uint32_t m_ownProcess = 0;
-    bool m_hasShapes = false;
+    Connection::Extension m_shape;
     int m_stop = -1;
     std::mutex m_mutex;
     std::map<xcb_window_t, Entry> m_windows;

@@ -30,8 +30,15 @@ void WindowAlpha::release()
 void WindowAlpha::takeOver(bool hasEmptyShape)
 {
     m_writtenOpacity = 0;
-    m_hasEmptyShape = hasEmptyShape;
+    // Believed only where it has to go: before its loss was heard of here it may be gone already.
+    m_hasEmptyShape = hasEmptyShape && m_context.desktop.isCompositing();
     hold();
+}
+
+void WindowAlpha::shapeWasTakenOff()
+{
+    if (m_hasEmptyShape)
+        backends::writeShape(m_context.connection.wire(), m_window, true);
 }
 
 void WindowAlpha::apply()

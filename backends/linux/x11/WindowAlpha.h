@@ -29,6 +29,8 @@ public:
     void takeOver(bool hasEmptyShape);
 
     void compositorDidChange() { apply(); }
+    // Somebody took a shape off the window, maybe ours.
+    void shapeWasTakenOff();
 
 private:
     void apply();

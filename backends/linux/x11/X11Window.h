@@ -76,6 +76,7 @@ public:
     // News of the world around it.
     void windowManagerDidChange();
     void compositorDidChange() { m_alpha.compositorDidChange(); }
+    void shapeWasTakenOff() { m_alpha.shapeWasTakenOff(); }
     void scaleDidChange(PixelScale const& before);
 
     // NSWindow.

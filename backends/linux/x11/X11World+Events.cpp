@@ -80,6 +80,8 @@ void X11World::handleWindowEvent(xcb_generic_event_t const& event)
         handleMessage(reinterpret_cast<xcb_client_message_event_t const&>(event));
         break;
     default:
+        if (auto const found = window(unshapedWindow(event, m_connection->shape())))
+            found->shapeWasTakenOff();
         break;
     }
 }
