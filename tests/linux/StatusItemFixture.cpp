@@ -82,6 +82,17 @@ void StatusItemTest::startShown()
     startPanel();
 }
 
+void StatusItemTest::startWatcher(StatusWatcherStandIn::Manners manners)
+{
+    watcher = std::make_unique<StatusWatcherStandIn>(bus->address(), manners);
+}
+
+void StatusItemTest::expectOnTheListOnce(StatusWatcherStandIn const& list)
+{
+    EXPECT_EQ(list.items(), Texts { itemName() });
+    EXPECT_EQ(list.count("Register"), 1);
+}
+
 void StatusItemTest::startPanel(int number)
 {
     // One after the other: they have the same name.
@@ -102,6 +113,11 @@ bool StatusItemTest::pumpUntil(std::function<bool()> condition)
         return true;
     ADD_FAILURE() << "waited in vain";
     return false;
+}
+
+bool StatusItemTest::waitFor(platform::StatusItemPlace expected)
+{
+    return pumpUntil([&] { return place() == expected; });
 }
 
 std::string StatusItemTest::answer(std::future<std::string> question)

@@ -33,11 +33,16 @@ protected:
     // The same with a watcher and a panel, when the item is shown.
     void startShown();
     static std::string itemName(int number = 1);
+    // In the place of one that is there.
+    void startWatcher(StatusWatcherStandIn::Manners manners = {});
+    // Whoever hears of the item has heard of it once.
+    void expectOnTheListOnce(StatusWatcherStandIn const& list);
     // A panel that knows the item, which has its name by then, whether a watcher knows it or not.
     void startPanel(int number = 1);
 
     // Runs the loop until the condition holds; false when it does not come in time.
     bool pumpUntil(std::function<bool()> condition);
+    bool waitFor(platform::StatusItemPlace expected);
     // The answer of a question that a panel has put.
     std::string answer(std::future<std::string> question);
     // Until everything that is on its way between item and panel has come.

@@ -1,6 +1,5 @@
 #include "tests/linux/SilentSocket.h"
 #include "tests/linux/StatusItemFixture.h"
-#include "tests/linux/Stopwatch.h"
 
 #include "platform/appkit/NSImage.h"
 #include "tests/support/TemporaryFolder.h"
@@ -14,32 +13,8 @@ namespace paneweld_tests {
 using platform::StatusItemPlace;
 using Places = std::vector<StatusItemPlace>;
 
-namespace {
-
-// A test of one return more is one that fails now and then.
-constexpr int rounds = 100;
-constexpr std::chrono::milliseconds timeLimit { 250 };
-
-} // namespace
-
 class StatusNotifierTest : public StatusItemTest {
 protected:
-    using Manners = StatusWatcherStandIn::Manners;
-
-    void startWatcher(Manners manners = {})
-    {
-        watcher = std::make_unique<StatusWatcherStandIn>(bus->address(), manners);
-    }
-    bool waitFor(StatusItemPlace expected)
-    {
-        return pumpUntil([&] { return place() == expected; });
-    }
-    // Whoever hears of the item has heard of it once.
-    void expectOnTheListOnce(StatusWatcherStandIn const& list)
-    {
-        EXPECT_EQ(list.items(), Texts { itemName() });
-        EXPECT_EQ(list.count("Register"), 1);
-    }
     std::string all()
     {
         return answer(panel->ask("/StatusNotifierItem", "org.freedesktop.DBus.Properties", "GetAll",
@@ -64,126 +39,6 @@ TEST_F(StatusNotifierTest, IsRegisteredOnceAndShown)
         "'OverlayIconName': <s ''>, 'OverlayIconPixmap': <a(iiay) []>, 'Status': <s 'Active'>, 'Title': <s 'Test'>, "
         "'ToolTip': <(sa(iiay)ss) ('', [], 'Test', '')>, 'WindowId': <i 0>}");
     EXPECT_EQ(lines.messages, Texts {});
-}
-
-TEST_F(StatusNotifierTest, TheWatcherGoesAndComesBack)
-{
-    startShown();
-    Stopwatch stopwatch("the watcher's return");
-    for (int i = 0; i < rounds; ++i) {
-        watcher.reset();
-        ASSERT_TRUE(waitFor(StatusItemPlace::Nowhere));
-        stopwatch.start();
-        startWatcher();
-        ASSERT_TRUE(waitFor(StatusItemPlace::Panel));
-        stopwatch.stop();
-        expectOnTheListOnce(*watcher);
-    }
-    EXPECT_LE(stopwatch.slowest(), timeLimit);
-}
-
-TEST_F(StatusNotifierTest, TheWatcherHandsOverWithoutAGap)
-{
-    startShown();
-    Stopwatch stopwatch("another watcher");
-    for (int i = 0; i < rounds; ++i) {
-        auto const before = std::move(watcher);
-        stopwatch.start();
-        startWatcher();
-        ASSERT_TRUE(pumpUntil([&] { return watcher->count("Register") > 0; }));
-        stopwatch.stop();
-        settle();
-        ASSERT_TRUE(waitFor(StatusItemPlace::Panel));
-        expectOnTheListOnce(*watcher);
-        EXPECT_EQ(before->count("Register"), 1);
-    }
-    EXPECT_LE(stopwatch.slowest(), timeLimit);
-}
-
-TEST_F(StatusNotifierTest, TheWatcherIsThereBeforeItsHost)
-{
-    start();
-    Stopwatch stopwatch("a host that comes after its watcher");
-    for (int i = 0; i < rounds; ++i) {
-        startWatcher({ .hasHost = false });
-        ASSERT_TRUE(waitFor(StatusItemPlace::Waiting));
-        stopwatch.start();
-        watcher->setHost(true);
-        ASSERT_TRUE(waitFor(StatusItemPlace::Panel));
-        stopwatch.stop();
-        expectOnTheListOnce(*watcher);
-        watcher->setHost(false);
-        ASSERT_TRUE(waitFor(StatusItemPlace::Waiting));
-        watcher->setHost(true);
-        ASSERT_TRUE(waitFor(StatusItemPlace::Panel));
-        expectOnTheListOnce(*watcher);
-        watcher.reset();
-        ASSERT_TRUE(waitFor(StatusItemPlace::Nowhere));
-    }
-    EXPECT_EQ(places.size(), 5u * rounds);
-    EXPECT_LE(stopwatch.slowest(), timeLimit);
-}
-
-TEST_F(StatusNotifierTest, TheWatcherComesLate)
-{
-    bus = std::make_unique<SessionBus>();
-    Stopwatch stopwatch("a late watcher");
-    for (int i = 0; i < rounds; ++i) {
-        makeBar(bus->address());
-        item = makeItem();
-        // Whatever was to be asked has been answered, and nothing is waited for.
-        startPanel();
-        settle();
-        EXPECT_FALSE(isReadable(5));
-        EXPECT_EQ(place(), StatusItemPlace::Nowhere);
-        stopwatch.start();
-        startWatcher();
-        ASSERT_TRUE(waitFor(StatusItemPlace::Panel));
-        stopwatch.stop();
-        expectOnTheListOnce(*watcher);
-        panel.reset();
-        watcher.reset();
-        item.reset();
-    }
-    EXPECT_LE(stopwatch.slowest(), timeLimit);
-}
-
-TEST_F(StatusNotifierTest, ARefusalIsTriedAgainUntilItIsNoMoreUse)
-{
-    start();
-    startWatcher({ .refusals = 2 });
-    ASSERT_TRUE(waitFor(StatusItemPlace::Panel));
-    EXPECT_EQ(watcher->items(), Texts { itemName() });
-    EXPECT_EQ(watcher->count("Register"), 3);
-    ASSERT_EQ(lines.messages.size(), 1u);
-    EXPECT_TRUE(lines.messages[0].starts_with("refused by the desktop's list of status items: "
-                                              "org.freedesktop.DBus.Error.UnknownObject"))
-        << lines.messages[0];
-
-    watcher.reset();
-    waitFor(StatusItemPlace::Nowhere);
-    startWatcher({ .refusals = 7 });
-    ASSERT_TRUE(pumpUntil([&] { return lines.messages.size() == 3; }));
-    EXPECT_TRUE(lines.messages[2].starts_with("given up after refusals")) << lines.messages[2];
-    EXPECT_EQ(watcher->count("Register"), 7);
-    EXPECT_EQ(place(), StatusItemPlace::Nowhere);
-    // A panel that comes may mean that it works now.
-    watcher->setHost(true);
-    ASSERT_TRUE(waitFor(StatusItemPlace::Panel));
-    EXPECT_EQ(watcher->items(), Texts { itemName() });
-}
-
-TEST_F(StatusNotifierTest, AWatcherThatNeverAnswersShowsNothing)
-{
-    start();
-    startWatcher({ .neverAnswers = true });
-    startPanel();
-    settle();
-    EXPECT_EQ(place(), StatusItemPlace::Nowhere);
-    // Who follows it is told at once.
-    startWatcher();
-    ASSERT_TRUE(waitFor(StatusItemPlace::Panel));
-    expectOnTheListOnce(*watcher);
 }
 
 TEST_F(StatusNotifierTest, ANameThatIsTakenIsNotNeeded)

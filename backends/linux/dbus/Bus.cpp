@@ -157,9 +157,22 @@ void Bus::hurry()
 
 BusSlot Bus::call(Member const& method, std::string const& signature, platform::List const& arguments, Handler answered)
 {
+    return call(method, signature, arguments, std::move(answered), true);
+}
+
+BusSlot Bus::callPresent(
+    Member const& method, std::string const& signature, platform::List const& arguments, Handler answered)
+{
+    return call(method, signature, arguments, std::move(answered), false);
+}
+
+BusSlot Bus::call(Member const& method, std::string const& signature, platform::List const& arguments, Handler answered,
+    bool startsService)
+{
     OwnedMessage question;
     auto state = std::make_unique<BusSlot::State>(m_loop, std::move(answered));
     if (!makeCall(m_bus, question, method, signature, arguments)
+        || sd_bus_message_set_auto_start(question.message, startsService) < 0
         || sd_bus_call_async(
                m_bus, &state->slot, question.message, BusSlot::State::trampoline, state.get(), answerTimeMicroseconds)
             < 0) {

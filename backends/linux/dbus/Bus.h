@@ -58,6 +58,9 @@ public:
 
     // The answer is an error when nobody answered in time, or the arguments do not fit the signature.
     BusSlot call(Member const& method, std::string const& signature, platform::List const& arguments, Handler answered);
+    // The same, but the bus starts no service for it.
+    BusSlot callPresent(
+        Member const& method, std::string const& signature, platform::List const& arguments, Handler answered);
     // Without caring for an answer.
     void send(Member const& method, std::string const& signature, platform::List const& arguments);
     // What the owner of the service sends. Somebody else who addresses it to us alone gets through as well: who has to
@@ -88,6 +91,8 @@ public:
 private:
     Bus(sd_bus* bus, EventLoop& loop);
 
+    BusSlot call(Member const& method, std::string const& signature, platform::List const& arguments, Handler answered,
+        bool startsService);
     // News of the connection itself.
     BusSlot whenLocalSignal(std::string const& name, std::function<void()> heard);
 

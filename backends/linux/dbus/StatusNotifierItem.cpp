@@ -57,20 +57,26 @@ StatusNotifierItem::StatusNotifierItem(
     , m_nameQuestion(
           bus.call({ "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "RequestName" }, "su",
               // 4: now or not at all. 1 in the answer: it is ours.
-              { m_name, 4u }, [this](BusMessage const& answer) { m_hasName = answer.argument(0).asUInt32() == 1u; }))
-    , m_watcher(
-          bus, loop, m_log, [this] { return nameForWatcher(); },
-          [this] {
-              // A copy: it may drop this.
-              auto const stateDidChange = m_observer.stateDidChange;
-              if (stateDidChange)
-                  stateDidChange();
-          })
+              { m_name, 4u },
+              [this, &loop](BusMessage const& answer) { makeKnown(loop, answer.argument(0).asUInt32() == 1u); }))
 {
 }
 
-// In a sandbox such a name may be another app's, or forbidden: then the watcher goes by who is calling.
-std::string StatusNotifierItem::nameForWatcher() const { return m_hasName ? m_name : object; }
+void StatusNotifierItem::makeKnown(EventLoop& loop, bool hasName)
+{
+    // In a sandbox such a name may be another app's, or forbidden: then the watcher goes by who is calling.
+    m_watcher.emplace(m_bus, loop, m_log, hasName ? m_name : object, [this] {
+        // A copy: it may drop this.
+        auto const stateDidChange = m_observer.stateDidChange;
+        if (stateDidChange)
+            stateDidChange();
+    });
+}
+
+StatusWatcher::State StatusNotifierItem::state() const
+{
+    return m_watcher ? m_watcher->state() : StatusWatcher::State::NoWatcher;
+}
 
 BusInterface StatusNotifierItem::interface()
 {

@@ -62,14 +62,14 @@ public:
     // The connection is this item's alone: what shows items expects each at the same path.
     StatusNotifierItem(Bus& bus, EventLoop& loop, Identity identity, platform::OSLog log, Observer observer);
 
-    StatusWatcher::State state() const { return m_watcher.state(); }
+    StatusWatcher::State state() const;
     // It is drawn when somebody looks, and again by another call; who has looked is told of a change.
     void setIcon(std::function<StatusIcon()> draw);
     void setTitle(std::string title);
 
 private:
     BusInterface interface();
-    std::string nameForWatcher() const;
+    void makeKnown(EventLoop& loop, bool hasName);
     void activate(std::optional<Place> place);
     StatusIcon const& icon();
     StatusIcon drawn() const;
@@ -84,10 +84,10 @@ private:
     std::optional<StatusIcon> m_icon;
     std::string m_activationToken;
     std::string m_name;
-    bool m_hasName = true;
     BusSlot m_object;
     BusSlot m_nameQuestion;
-    StatusWatcher m_watcher;
+    // Absent until the item has a name.
+    std::optional<StatusWatcher> m_watcher;
 };
 
 } // namespace backends

@@ -20,20 +20,45 @@ constexpr int maximumFailures = 7;
 
 } // namespace
 
-StatusWatcher::StatusWatcher(Bus& bus, EventLoop& loop, platform::OSLog log, std::function<std::string()> itemName,
-    std::function<void()> stateDidChange)
+StatusWatcher::StatusWatcher(
+    Bus& bus, EventLoop& loop, platform::OSLog log, std::string itemName, std::function<void()> stateDidChange)
     : m_bus(bus)
     , m_loop(loop)
     , m_log(std::move(log))
     , m_itemName(std::move(itemName))
     , m_stateDidChange(std::move(stateDidChange))
 {
-    m_ownerChanges = bus.whenOwnerChanges(service, [this](auto const&, auto const& after) { setOwner(after); });
-    m_ownerQuestion = bus.askOwner(service, [this](auto const& owner) {
-        if (!owner.empty())
-            setOwner(owner);
+    // First of all: an item that is to be seen waits for no question. The answers tell when it went astray.
+    greet();
+    m_ownerChanges = bus.whenOwnerChanges(service, [this](auto const&, auto const& after) { ownerDidChange(after); });
+    m_ownerQuestion = bus.askOwner(service, [this](auto const& owner) { setOwner(owner); });
+    m_lost = bus.whenLost([this] { ownerDidChange({}); });
+}
+
+void StatusWatcher::greet()
+{
+    m_greeting = tell(service, [this](BusMessage const& answer) {
+        m_greeting.reset();
+        if (!answer.isError())
+            m_taker = answer.sender;
+        if (m_owner.empty())
+            return;
+        // The name may have been another's when the greeting came, or nobody's.
+        if (m_taker == m_owner)
+            update();
+        else
+            registerItem();
     });
-    m_lost = bus.whenLost([this] { setOwner({}); });
+}
+
+void StatusWatcher::ownerDidChange(std::string const& owner)
+{
+    if (owner == m_owner)
+        return;
+    // It was on its way to somebody else.
+    m_greeting.reset();
+    m_taker.clear();
+    setOwner(owner);
 }
 
 void StatusWatcher::setOwner(std::string const& owner)
@@ -41,7 +66,6 @@ void StatusWatcher::setOwner(std::string const& owner)
     if (owner == m_owner)
         return;
     m_owner = owner;
-    m_isRegistered = false;
     m_hasHost.reset();
     m_failures = 0;
     m_registration = {};
@@ -49,26 +73,31 @@ void StatusWatcher::setOwner(std::string const& owner)
     m_hostQuestion = {};
     m_retry.end();
     if (!m_owner.empty()) {
-        // First of all: an item that is to be seen waits for nothing else.
-        registerItem();
+        if (!m_greeting && m_taker != m_owner)
+            registerItem();
         listenForHosts();
         askForHost();
     }
     update();
 }
 
+BusSlot StatusWatcher::tell(std::string const& keeper, Answered answered)
+{
+    return m_bus.callPresent(
+        { keeper, object, service, "RegisterStatusNotifierItem" }, "s", { m_itemName }, std::move(answered));
+}
+
 void StatusWatcher::registerItem()
 {
     // To the connection and not to the name, which may be another's by now; that one is told for itself.
-    m_registration = m_bus.call({ m_owner, object, service, "RegisterStatusNotifierItem" }, "s", { m_itemName() },
-        [this](BusMessage const& answer) {
-            if (answer.isError()) {
-                registrationDidFail(answer.error);
-                return;
-            }
-            m_isRegistered = true;
-            update();
-        });
+    m_registration = tell(m_owner, [this](BusMessage const& answer) {
+        if (answer.isError()) {
+            registrationDidFail(answer.error);
+            return;
+        }
+        m_taker = m_owner;
+        update();
+    });
 }
 
 void StatusWatcher::registrationDidFail(std::string const& error)
@@ -106,7 +135,7 @@ void StatusWatcher::hostsDidChange()
 {
     // The signals say that one came or went, and not how many are left.
     askForHost();
-    if (m_isRegistered || m_failures < maximumFailures)
+    if (m_taker == m_owner || m_failures < maximumFailures)
         return;
     m_failures = 0;
     registerItem();
@@ -115,7 +144,7 @@ void StatusWatcher::hostsDidChange()
 void StatusWatcher::update()
 {
     auto state = State::NoWatcher;
-    if (m_isRegistered && m_hasHost)
+    if (!m_owner.empty() && m_taker == m_owner && m_hasHost)
         state = *m_hasHost ? State::Shown : State::WatcherWithoutHost;
     if (std::exchange(m_state, state) == state || !m_stateDidChange)
         return;

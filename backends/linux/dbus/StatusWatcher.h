@@ -22,15 +22,20 @@ public:
         Shown,
     };
 
-    // The item is told by what itemName gives at the time: a name on the bus, or the path of an object of this
-    // connection. The observer is called from the loop.
-    StatusWatcher(Bus& bus, EventLoop& loop, platform::OSLog log, std::function<std::string()> itemName,
-        std::function<void()> stateDidChange);
+    // The item is told by its name on the bus, or the path of its object on this connection. The observer is called
+    // from the loop.
+    StatusWatcher(
+        Bus& bus, EventLoop& loop, platform::OSLog log, std::string itemName, std::function<void()> stateDidChange);
 
     State state() const { return m_state; }
 
 private:
+    using Answered = std::function<void(BusMessage const&)>;
+
+    void greet();
+    void ownerDidChange(std::string const& owner);
     void setOwner(std::string const& owner);
+    BusSlot tell(std::string const& keeper, Answered answered);
     void registerItem();
     void registrationDidFail(std::string const& error);
     void listenForHosts();
@@ -41,17 +46,20 @@ private:
     Bus& m_bus;
     EventLoop& m_loop;
     platform::OSLog m_log;
-    std::function<std::string()> m_itemName;
+    std::string m_itemName;
     std::function<void()> m_stateDidChange;
     State m_state = State::NoWatcher;
-    // The connection that keeps the list. Empty for nobody.
+    // The connection that keeps the list. Empty for nobody, and until the bus has said who it is.
     std::string m_owner;
-    bool m_isRegistered = false;
+    // The connection that has taken the item in.
+    std::string m_taker;
     // Absent until the owner has said so.
     std::optional<bool> m_hasHost;
     int m_failures = 0;
     BusSlot m_ownerChanges, m_ownerQuestion, m_lost;
     std::array<BusSlot, 3> m_hostChanges;
+    // Under way to whoever has the name.
+    std::optional<BusSlot> m_greeting;
     BusSlot m_registration, m_hostQuestion;
     LoopSource m_retry;
 };
