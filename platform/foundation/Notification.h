@@ -25,6 +25,8 @@ public:
     std::string const& rawValue() const { return m_text->rawValue; }
     // The same address for all copies, as long as one of them lives.
     void const* identity() const { return m_text.get(); }
+    // Names of different hashes differ.
+    std::size_t hash() const { return m_text->hash; }
     bool operator==(NotificationName const& other) const
     {
         return m_text == other.m_text

@@ -14,6 +14,7 @@ class ObservationToken { };
 struct NotificationCenter::Registration {
     // Set while the name of the filter is all that counts: then a copy of that name is heard without further questions.
     void const* soleName = nullptr;
+    std::size_t soleHash = 0;
     Handler handler;
     Filter filter;
     bool isRemoved = false;
@@ -22,10 +23,11 @@ struct NotificationCenter::Registration {
     NSObject const* observerIdentity = nullptr;
     std::shared_ptr<ObservationToken> token {};
 
+    bool isForCopy(NotificationName const& name) const { return soleName == name.identity(); }
+    bool isForOther(NotificationName const& name) const { return soleName && soleHash != name.hash(); }
+
     bool hears(Notification const& notification) const
     {
-        if (soleName == notification.name.identity())
-            return true;
         if (isRemoved || (filter.name && *filter.name != notification.name))
             return false;
         return !filter.object || filter.object == notification.object;
@@ -54,8 +56,10 @@ void NotificationCenter::add(std::unique_ptr<Registration> registration)
 {
     assertMainThread("NotificationCenter.addObserver");
     removeWhere([](Registration const& known) { return known.hasEnded(); });
-    if (registration->filter.name && !registration->filter.object)
-        registration->soleName = registration->filter.name->identity();
+    if (auto const& name = registration->filter.name; name && !registration->filter.object) {
+        registration->soleName = name->identity();
+        registration->soleHash = name->hash();
+    }
     m_registrations.push_back(std::move(registration));
 }
 
@@ -90,15 +94,15 @@ void NotificationCenter::removeWhere(Predicate const& isMeant)
         if (known->isRemoved || !isMeant(*known))
             continue;
         known->remove();
-        m_hasRemoved = true;
+        m_state |= HasRemoved;
     }
-    if (m_hasRemoved && !m_isPosting)
+    if (m_state & HasRemoved && !(m_state & IsPosting))
         dropRemoved();
 }
 
 void NotificationCenter::dropRemoved()
 {
-    m_hasRemoved = false;
+    m_state &= ~HasRemoved;
     // What a handler holds may end observations of its own, so the list is in order again before any handler goes.
     auto const firstRemoved = std::stable_partition(
         m_registrations.begin(), m_registrations.end(), [](auto const& known) { return !known->isRemoved; });
@@ -133,18 +137,24 @@ std::vector<NotificationCenter::Filter> NotificationCenter::observations(NSObjec
     return filters;
 }
 
+void NotificationCenter::setTap(Handler tap)
+{
+    m_tap = std::move(tap);
+    m_state = m_tap ? m_state | HasTap : m_state & ~HasTap;
+}
+
 void NotificationCenter::post(Notification const& notification)
 {
     if (!isMainThread())
         refuse(notification);
-    if (m_isPosting || m_tap) {
+    if (m_state != 0) {
         postAmidst(notification);
         return;
     }
-    m_isPosting = true;
+    m_state = IsPosting;
     deliver(notification, m_registrations.size());
-    m_isPosting = false;
-    if (m_hasRemoved)
+    m_state &= ~IsPosting;
+    if (m_state & HasRemoved)
         dropRemoved();
 }
 
@@ -152,12 +162,15 @@ void NotificationCenter::post(Notification const& notification)
 [[gnu::noinline]] void NotificationCenter::postAmidst(Notification const& notification)
 {
     auto const count = m_registrations.size();
-    bool const wasPosting = std::exchange(m_isPosting, true);
-    if (m_tap)
+    auto const wasPosting = m_state & IsPosting;
+    m_state |= IsPosting;
+    if (m_state & HasTap)
         m_tap(notification);
     deliver(notification, count);
-    m_isPosting = wasPosting;
-    if (m_hasRemoved && !wasPosting)
+    if (wasPosting)
+        return;
+    m_state &= ~IsPosting;
+    if (m_state & HasRemoved)
         dropRemoved();
 }
 
@@ -166,9 +179,18 @@ inline void NotificationCenter::deliver(Notification const& notification, std::s
 {
     for (std::size_t i = 0; i < count; ++i) {
         auto const& registration = *m_registrations[i];
-        if (registration.hears(notification))
+        if (registration.isForCopy(notification.name))
             registration.handler(notification);
+        else if (!registration.isForOther(notification.name))
+            offer(registration, notification);
     }
+}
+
+// Apart for the same reason.
+[[gnu::noinline]] void NotificationCenter::offer(Registration const& registration, Notification const& notification)
+{
+    if (registration.hears(notification))
+        registration.handler(notification);
 }
 
 void NotificationCenter::refuse(Notification const& notification) const

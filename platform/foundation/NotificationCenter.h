@@ -56,7 +56,7 @@ public:
     void post(Notification const& notification);
 
     // Hears every post before its observers do. For traces; one at a time, an empty function takes it away.
-    void setTap(Handler tap) { m_tap = std::move(tap); }
+    void setTap(Handler tap);
 
 private:
     struct Registration;
@@ -67,12 +67,14 @@ private:
     void dropRemoved();
     void postAmidst(Notification const& notification);
     void deliver(Notification const& notification, std::size_t count);
+    static void offer(Registration const& registration, Notification const& notification);
     [[noreturn]] void refuse(Notification const& notification) const;
 
     // Each stays at its address and in its place until no post is under way any more.
     std::vector<std::unique_ptr<Registration>> m_registrations;
-    bool m_isPosting = false;
-    bool m_hasRemoved = false;
+    // One look tells that a post is like most: none is under way, and nobody taps.
+    enum State : unsigned { IsPosting = 1, HasRemoved = 2, HasTap = 4 };
+    unsigned m_state = 0;
     Handler m_tap;
 };
 
