@@ -41,19 +41,28 @@ bool ResizePipelines::takes(ResizeBrainstormWindow const& request, Flag const& f
 {
     if (!flag || flag->isAnimating || flag->windowIdentifier != request.windowIdentifier)
         return false;
-    auto const found = m_pipelines.find(request.windowIdentifier);
-    if (found == m_pipelines.end())
+    auto* const pipeline = pipelineOf(request.windowIdentifier);
+    if (!pipeline || (pipeline->generation == m_generation && pipeline->last == request))
         return false;
-    auto& pipeline = found->second;
-    if (pipeline.generation == m_generation && pipeline.last == request)
-        return false;
-    pipeline.last = request;
-    pipeline.generation = m_generation;
+    pipeline->last = request;
+    pipeline->generation = m_generation;
     return true;
+}
+
+ResizePipelines::Pipeline* ResizePipelines::pipelineOf(std::string const& id)
+{
+    if (!m_latest || m_latest->first != id) {
+        auto const found = m_pipelines.find(id);
+        if (found == m_pipelines.end())
+            return nullptr;
+        m_latest = &*found;
+    }
+    return &m_latest->second;
 }
 
 void ResizePipelines::rebuild(WindowAction const& change, ResizeBrainstormWindow const& current)
 {
+    m_latest = nullptr;
     if (change.action == WindowAction::Case::WillShow)
         m_pipelines.try_emplace(change.windowIdentifier);
     else

@@ -49,9 +49,15 @@ private:
     void send(Stretches<T>& stream, U const& value, ResizeBrainstormWindow const& request, Flag const& flag);
     // Whether the window's pipeline lets the request through. It counts as let through then.
     bool takes(ResizeBrainstormWindow const& request, Flag const& flag);
+    // Null for a window that is not shown.
+    Pipeline* pipelineOf(std::string const& id);
+
+    using Pipelines = std::unordered_map<std::string, Pipeline>;
 
     Sink m_sink;
-    std::unordered_map<std::string, Pipeline> m_pipelines;
+    Pipelines m_pipelines;
+    // One window is asked again and again. Null from a rebuild to the next question.
+    Pipelines::value_type* m_latest = nullptr;
     // Goes up at each rebuild, so that a rebuild need not visit the pipelines.
     std::uint64_t m_generation = 1;
     Stretches<ResizeBrainstormWindow> m_requests;
