@@ -85,7 +85,7 @@ void WindowFrame::setMapping(Mapping mapping)
     m_mapping = mapping;
     m_wasAnswered = false;
     if (mapping == Mapping::Unmapped)
-        m_parent = m_context.connection.root();
+        handleParent(m_context.connection.root());
 }
 
 void WindowFrame::sendAgain()
@@ -150,15 +150,27 @@ void WindowFrame::read()
     askPosition();
 }
 
-void WindowFrame::handleParentConfigure(xcb_window_t parent)
+void WindowFrame::handleParent(xcb_window_t parent)
 {
-    if (parent == m_parent && m_mapping == Mapping::Mapped)
-        askPosition();
+    m_parent = parent;
+    m_parentSize.reset();
+    m_isParentAhead = false;
+}
+
+void WindowFrame::handleParentConfigure(xcb_configure_notify_event_t const& event)
+{
+    if (event.window != m_parent || m_mapping != Mapping::Mapped)
+        return;
+    PixelRect const size { 0, 0, event.width, event.height };
+    if (std::exchange(m_parentSize, size) != size)
+        m_isParentAhead = true;
+    askPosition();
 }
 
 bool WindowFrame::handleConfigure(xcb_configure_notify_event_t const& event)
 {
     m_wasAnswered = true;
+    m_isParentAhead = false;
     bool const isSynthetic = (event.response_type & 0x80) != 0;
     PixelRect const told { event.x, event.y, event.width, event.height };
     bool const sizeChanges = !told.hasSizeOf(m_pixels);
@@ -214,7 +226,7 @@ void WindowFrame::askWhetherFramed(std::function<void(bool)> answered)
 void WindowFrame::setPixels(PixelRect const& pixels)
 {
     m_pixels = pixels;
-    if (auto const visible = visiblePixels(); visible.hasSizeOf(m_kept))
+    if (auto const visible = visiblePixels(); visible.hasSizeOf(m_kept) && !m_isParentAhead)
         m_kept = visible;
     // A detour that is still to come would be seen: the target counts when the detour is behind it.
     if (m_detour == pixels)

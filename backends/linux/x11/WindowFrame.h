@@ -58,11 +58,11 @@ public:
     void keepPoints(PixelScale const& before, std::optional<platform::Rect> const& end);
     // The size that the window has now is its user's.
     void keepUsersSize();
-    void handleParent(xcb_window_t parent) { m_parent = parent; }
+    void handleParent(xcb_window_t parent);
     // Asks for size and place; the answers come with the next replies.
     void read();
     // The window manager's frame around the window moved or changed. Not every window manager tells the window.
-    void handleParentConfigure(xcb_window_t parent);
+    void handleParentConfigure(xcb_configure_notify_event_t const& event);
     // True when the size changed and nobody here asked for it.
     bool handleConfigure(xcb_configure_notify_event_t const& event);
 
@@ -91,6 +91,10 @@ private:
     // toolkit may have other ideas of a scale, and be faster.
     PixelRect m_kept;
     bool m_isUsersSize = false;
+    // The frame's size alone, absent until it has been told. Where it changed the window follows in a moment: until
+    // then its place is the frame's new one, and its size the one before.
+    std::optional<PixelRect> m_parentSize;
+    bool m_isParentAhead = false;
     // The latest request. While its timer runs the target holds, whatever is heard of the requests before, and it runs
     // again as long as those are answered.
     PixelRect m_requested;

@@ -64,7 +64,7 @@ public:
 
     // News of the wire.
     void handleConfigure(xcb_configure_notify_event_t const& event, bool isButtonDown);
-    void handleParentConfigure(xcb_window_t parent) { m_frame.handleParentConfigure(parent); }
+    void handleParentConfigure(xcb_configure_notify_event_t const& event) { m_frame.handleParentConfigure(event); }
     void handleProperty(xcb_atom_t property) { m_properties.handleChange(property); }
     void handleMap() { m_life.handleMap(); }
     void handleUnmap() { m_life.handleUnmap(); }

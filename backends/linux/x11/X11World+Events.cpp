@@ -63,7 +63,7 @@ void X11World::handleWindowEvent(xcb_generic_event_t const& event)
         if (found && configure.event == configure.window)
             found->handleConfigure(configure, m_buttons.isDown());
         else if (!found && configure.event == root && configure.window != root)
-            forEachWindow([&](X11Window& inside) { inside.handleParentConfigure(configure.window); });
+            forEachWindow([&](X11Window& inside) { inside.handleParentConfigure(configure); });
         break;
     }
     case XCB_PROPERTY_NOTIFY: {

@@ -254,6 +254,26 @@ TEST_F(Scale, IsAppliedOnceWhereTheToolkitIsFaster)
     }
 }
 
+// The window manager changes its frame, and the window inside a moment later.
+TEST_F(Scale, IsAppliedOnceWhereTheFrameIsAheadOfItsWindow)
+{
+    open();
+    std::uint32_t const grown[] { 0, 618, 1280, 182 };
+    // Whose place is not asked of the window manager.
+    std::uint32_t const isFree = 1;
+    auto const frame = onlooker->frameOf(xid(panel));
+    xcb_change_window_attributes(onlooker->wire(), frame, XCB_CW_OVERRIDE_REDIRECT, &isFree);
+    xcb_configure_window(onlooker->wire(), frame,
+        XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y | XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT, grown);
+    onlooker->sync();
+    ASSERT_TRUE(pumpUntil([&] { return panel->frame().x == 0; }));
+    xcb_configure_window(toolkit->wire(), xid(panel), XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT, &grown[2]);
+    toolkit->sync();
+    ASSERT_TRUE(pumpUntil([&] { return onlooker->geometry(xid(panel)).height == 182 && isAtRest(); }));
+    setResource(2);
+    expectPanel(91, 2);
+}
+
 TEST_F(Scale, IsAppliedOnceWhereTheToolkitIsAtItToo)
 {
     open();
