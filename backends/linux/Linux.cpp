@@ -71,6 +71,7 @@ class LinuxWorld final : public LinuxPlatform {
 public:
     LinuxWorld(std::unique_ptr<EventLoop> loop, LinuxOptions const& options)
         : m_loop(std::move(loop))
+        , m_sessionBus(greetSessionBus())
         , m_mainQueue(*m_loop)
         , m_ticker(*m_loop, m_clock)
         , m_animator(m_clock, m_ticker, m_mainQueue)
@@ -257,6 +258,12 @@ private:
         return mail;
     }
 
+    std::unique_ptr<Bus> greetSessionBus()
+    {
+        auto bus = Bus::connect(*m_loop, Bus::sessionAddress());
+        return bus ? bus.take() : nullptr;
+    }
+
     void makeStatusBar()
     {
         LinuxStatusBar::Options bar;
@@ -269,7 +276,8 @@ private:
             if (m_x11)
                 m_x11->userDidAct(activationToken);
         };
-        m_statusBar = std::make_unique<LinuxStatusBar>(*m_loop, std::move(bar), log("statusitem"));
+        m_statusBar
+            = std::make_unique<LinuxStatusBar>(*m_loop, std::move(bar), log("statusitem"), std::move(m_sessionBus));
     }
 
     std::vector<IconRendering> renderings(platform::NSImage const& image)
@@ -312,6 +320,8 @@ private:
     // As of the last turn of the loop, for other threads, which must not wait for this one.
     std::atomic<xcb_window_t> m_keyWindow = XCB_WINDOW_NONE;
     std::unique_ptr<EventLoop> m_loop;
+    // For the status bar: first of all, since it answers while the X server does.
+    std::unique_ptr<Bus> m_sessionBus;
     SystemLog m_log;
     MonotonicClock m_clock;
     MainQueue m_mainQueue;

@@ -8,15 +8,15 @@ namespace backends {
 
 using platform::StatusItemPlace;
 
-LinuxStatusBar::LinuxStatusBar(EventLoop& loop, Options options, platform::OSLog log)
+LinuxStatusBar::LinuxStatusBar(EventLoop& loop, Options options, platform::OSLog log, std::unique_ptr<Bus> bus)
     : m_loop(loop)
     , m_options(std::move(options))
     , m_log(std::move(log))
+    , m_bus(std::move(bus))
     , m_hangUp(m_loop.soon([this] { m_bus.reset(); }))
 {
-    // What goes wrong is said by an item, when there is one.
-    if (auto bus = Bus::connect(loop, m_options.busAddress))
-        m_bus = bus.take();
+    if (m_bus)
+        m_bus->hurry();
     if (!m_options.x11)
         return;
     m_options.x11->tray().setObserver([this] {

@@ -27,8 +27,9 @@ public:
         // Null without an X server.
         X11World* x11 = nullptr;
     };
-    // The session bus is greeted at once: it takes its time, in which the host goes on to load what makes an item.
-    LinuxStatusBar(EventLoop& loop, Options options, platform::OSLog log);
+    // The bus is that of the address, where it has been greeted already: it takes its time, in which a host goes on to
+    // load what makes an item. Null without one; what is wrong with it is said by an item, when there is one.
+    LinuxStatusBar(EventLoop& loop, Options options, platform::OSLog log, std::unique_ptr<Bus> bus);
     ~LinuxStatusBar() override;
 
     std::shared_ptr<platform::NSStatusItem> statusItemWithLength(double length) override;

@@ -53,7 +53,9 @@ void StatusItemTest::act(std::string const& action)
 void StatusItemTest::makeBar(std::string const& address)
 {
     options.busAddress = address;
-    bar = std::make_unique<backends::LinuxStatusBar>(*loop, options, platform::OSLog(lines, "test", "status"));
+    auto greeted = backends::Bus::connect(*loop, address);
+    bar = std::make_unique<backends::LinuxStatusBar>(
+        *loop, options, platform::OSLog(lines, "test", "status"), greeted ? greeted.take() : nullptr);
     bar->setPlaceHandler([this] { places.push_back(bar->place()); });
 }
 
