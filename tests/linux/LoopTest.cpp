@@ -119,6 +119,28 @@ TEST_F(Loop, WorkFromAnotherThreadWakesTheWaiting)
     EXPECT_EQ(ranOn, mainThread);
 }
 
+// A wake-up that is lost once is lost for good, so the last one of many tells of all.
+TEST_F(Loop, NoWakeUpIsLostAmongManyThreads)
+{
+    backends::MainQueue queue(*loop);
+    constexpr int threads = 4, pieces = 5000;
+    std::atomic<int> done = 0;
+    std::vector<std::thread> others;
+    for (int i = 0; i < threads; ++i)
+        others.emplace_back([&] {
+            for (int k = 0; k < pieces; ++k) {
+                queue.async([&] { ++done; });
+                std::this_thread::yield();
+            }
+        });
+    EXPECT_TRUE(runUntil([&] { return done == threads * pieces; }));
+    for (auto& other : others)
+        other.join();
+    // And afterwards one is heard.
+    queue.async([&] { ++done; });
+    EXPECT_TRUE(isReadable(loop->pollableDescriptor(), 0));
+}
+
 TEST_F(Loop, ANestedLoopInsideAHandlerGoesOn)
 {
     backends::MainQueue queue(*loop);

@@ -111,9 +111,11 @@ EventLoop::EventLoop(sd_event* event, int wakeDescriptor)
     , m_wakeDescriptor(wakeDescriptor)
 {
     m_wakeSource = whenReadable(m_wakeDescriptor, [this] {
-        m_isWakePending = false;
+        // Emptied first: a wake-up that came in between would be read away, and the flag would keep out all that
+        // follow. Who finds the flag still up has left its work before, and this turn comes to it.
         std::uint64_t count = 0;
         [[maybe_unused]] auto const bytes = read(m_wakeDescriptor, &count, sizeof count);
+        m_isWakePending.exchange(false);
     });
 }
 
