@@ -147,6 +147,13 @@ void WindowFrame::read()
         m_pixels.width = reply->width;
         m_pixels.height = reply->height;
     });
+    // It may have been given a frame before anybody here listened.
+    auto const tree = xcb_query_tree(connection.wire(), m_window);
+    connection.ask<xcb_query_tree_reply_t>(tree.sequence, [this, weak = m_owner](auto const* reply) {
+        auto const owner = weak.lock();
+        if (owner && reply && reply->parent != m_parent)
+            handleParent(reply->parent);
+    });
     askPosition();
 }
 

@@ -59,7 +59,7 @@ public:
     // The size that the window has now is its user's.
     void keepUsersSize();
     void handleParent(xcb_window_t parent);
-    // Asks for size and place; the answers come with the next replies.
+    // Asks for size, place and parent; the answers come with the next replies.
     void read();
     // The window manager's frame around the window moved or changed. Not every window manager tells the window.
     void handleParentConfigure(xcb_configure_notify_event_t const& event);
