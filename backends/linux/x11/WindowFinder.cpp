@@ -24,17 +24,15 @@ void WindowFinder::start()
         m_connection.log().error("the X server has no resource extension: no window can be found");
         return;
     }
-    auto const cookie = askProcess(m_connection, m_connection.ownBase());
-    XHandle<xcb_res_query_client_ids_reply_t> const reply(
-        xcb_res_query_client_ids_reply(m_connection.wire(), cookie, nullptr));
-    m_ownProcess = processIn(reply.get());
-    if (!m_ownProcess) {
-        m_connection.log().error("the X server does not know our process: no window can be found");
-        return;
-    }
+    m_connection.ask<xcb_res_query_client_ids_reply_t>(
+        askProcess(m_connection, m_connection.ownBase()).sequence, [this](auto const* answer) {
+            m_ownProcess = processIn(answer);
+            if (!m_ownProcess)
+                m_connection.log().error("the X server does not know our process: no window can be found");
+        });
     m_connection.ask<xcb_res_query_client_ids_reply_t>(
         askProcess(m_connection, everyClient).sequence, [this](auto const* answer) {
-            if (hasOtherClient(answer))
+            if (m_ownProcess && hasOtherClient(answer))
                 m_observer.foundClient(*m_ownProcess);
         });
 }

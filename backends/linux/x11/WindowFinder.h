@@ -27,7 +27,7 @@ public:
 
     WindowFinder(Connection& connection, Observer observer);
 
-    // Waits for one answer: which process number we have.
+    // Asks which process number we have. Nothing is found before the answer.
     void start();
     // Looks at what is on the screen already.
     void scan();
