@@ -1,7 +1,10 @@
 #include "tests/linux/ChildProcess.h"
 
+#include "backends/linux/host/ProcessCalls.h"
+
 #include <csignal>
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -60,7 +63,13 @@ void ChildProcess::end(int signal)
 {
     if (m_id <= 0)
         return;
-    kill(m_id, signal);
+    // A program that is still starting may let a signal go by (openbox does), so it is told again until it ends.
+    auto const process = backends::openProcess(m_id);
+    pollfd wait { process.number(), POLLIN, 0 };
+    constexpr int patienceMilliseconds = 2000;
+    do {
+        kill(m_id, signal);
+    } while (process.number() >= 0 && poll(&wait, 1, patienceMilliseconds) == 0);
     waitpid(m_id, nullptr, 0);
     m_id = -1;
 }

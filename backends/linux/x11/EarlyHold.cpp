@@ -191,12 +191,14 @@ void EarlyHold::giveBackLate()
 {
     std::lock_guard const lock(m_mutex);
     auto const now = Clock::now();
-    for (auto& [window, entry] : m_windows) {
+    // Nothing of it is kept: the end of a window inside a frame is not heard here.
+    std::erase_if(m_windows, [&](auto const& known) {
+        auto const& entry = known.second;
         if (!entry.held || entry.end > now)
-            continue;
-        giveBack(window, *entry.held);
-        entry.held.reset();
-    }
+            return false;
+        giveBack(known.first, *entry.held);
+        return true;
+    });
     xcb_flush(m_wire);
 }
 
