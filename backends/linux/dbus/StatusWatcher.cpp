@@ -44,7 +44,7 @@ void StatusWatcher::greet()
         if (m_owner.empty())
             return;
         // The name may have been another's when the greeting came, or nobody's.
-        if (m_taker == m_owner)
+        if (isRegistered())
             update();
         else
             registerItem();
@@ -73,7 +73,7 @@ void StatusWatcher::setOwner(std::string const& owner)
     m_hostQuestion = {};
     m_retry.end();
     if (!m_owner.empty()) {
-        if (!m_greeting && m_taker != m_owner)
+        if (!m_greeting && !isRegistered())
             registerItem();
         listenForHosts();
         askForHost();
@@ -135,7 +135,7 @@ void StatusWatcher::hostsDidChange()
 {
     // The signals say that one came or went, and not how many are left.
     askForHost();
-    if (m_taker == m_owner || m_failures < maximumFailures)
+    if (isRegistered() || m_failures < maximumFailures)
         return;
     m_failures = 0;
     registerItem();
@@ -144,7 +144,7 @@ void StatusWatcher::hostsDidChange()
 void StatusWatcher::update()
 {
     auto state = State::NoWatcher;
-    if (!m_owner.empty() && m_taker == m_owner && m_hasHost)
+    if (isRegistered() && m_hasHost)
         state = *m_hasHost ? State::Shown : State::WatcherWithoutHost;
     if (std::exchange(m_state, state) == state || !m_stateDidChange)
         return;

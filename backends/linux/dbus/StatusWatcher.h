@@ -37,6 +37,7 @@ private:
     void setOwner(std::string const& owner);
     BusSlot tell(std::string const& keeper, Answered answered);
     void registerItem();
+    bool isRegistered() const { return !m_owner.empty() && m_taker == m_owner; }
     void registrationDidFail(std::string const& error);
     void listenForHosts();
     void askForHost();
