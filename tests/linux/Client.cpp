@@ -161,6 +161,18 @@ xcb_window_t Client::frameOf(xcb_window_t window)
     }
 }
 
+void Client::placeFrameOf(xcb_window_t window, Geometry const& place)
+{
+    auto const frame = frameOf(window);
+    std::uint32_t const isFree = 1;
+    xcb_change_window_attributes(m_connection, frame, XCB_CW_OVERRIDE_REDIRECT, &isFree);
+    std::uint32_t const values[] { static_cast<std::uint32_t>(place.x), static_cast<std::uint32_t>(place.y),
+        static_cast<std::uint32_t>(place.width), static_cast<std::uint32_t>(place.height) };
+    xcb_configure_window(m_connection, frame,
+        XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y | XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT, values);
+    sync();
+}
+
 std::vector<xcb_window_t> Client::children(xcb_window_t window)
 {
     auto const reply = owned(xcb_query_tree_reply(m_connection, xcb_query_tree(m_connection, window), nullptr));

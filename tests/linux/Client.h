@@ -62,6 +62,8 @@ public:
     xcb_window_t activeWindow();
     // The child of the root that holds the window.
     xcb_window_t frameOf(xcb_window_t window);
+    // Of the frame alone, at once: neither its window manager is asked nor the window inside told.
+    void placeFrameOf(xcb_window_t window, Geometry const& place);
     // From the lowest to the topmost.
     std::vector<xcb_window_t> children(xcb_window_t window);
     // The window itself or the first one inside it that is meant, or none.

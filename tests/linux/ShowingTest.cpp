@@ -84,12 +84,10 @@ TEST_F(Showing, ReportsWindowsThatWereThereBeforeOnceAndOnlyFromTheLoop)
     EXPECT_EQ(early.opacity(managed), 1);
 
     // Nor was anybody here told of the frame that it has, which moves without a word to the window inside.
-    auto const frame = onlooker->frameOf(managed);
     auto const left = window(managed)->frame().x;
-    std::uint32_t const isFree = 1, moved = static_cast<std::uint32_t>(onlooker->geometry(frame).x) + 40;
-    xcb_change_window_attributes(onlooker->wire(), frame, XCB_CW_OVERRIDE_REDIRECT, &isFree);
-    xcb_configure_window(onlooker->wire(), frame, XCB_CONFIG_WINDOW_X, &moved);
-    onlooker->sync();
+    auto place = onlooker->geometry(onlooker->frameOf(managed));
+    place.x += 40;
+    onlooker->placeFrameOf(managed, place);
     EXPECT_TRUE(pumpUntil([&] { return window(managed)->frame().x == left + 40; }));
 }
 

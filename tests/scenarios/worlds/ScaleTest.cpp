@@ -63,6 +63,14 @@ protected:
         onlooker->sync();
     }
 
+    // As a toolkit does that has heard of a scale of 2.
+    void doublePixels()
+    {
+        std::uint32_t const size[] { 1280, 182 };
+        xcb_configure_window(toolkit->wire(), xid(panel), XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT, size);
+        toolkit->sync();
+    }
+
     static void request(double height, bool isAnimated = true)
     {
         BrainstormWindowPreferredHeightDidChange payload { "b1", isAnimated };
@@ -241,9 +249,7 @@ TEST_F(Scale, IsAppliedOnceWhereTheToolkitIsFaster)
     open();
     // Toolkits know whole factors only and keep the upper left corner, which the window manager may not allow.
     for (double const scale : { 2.0, 1.25 }) {
-        std::uint32_t const size[] { 1280, 182 };
-        xcb_configure_window(toolkit->wire(), xid(panel), XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT, size);
-        toolkit->sync();
+        doublePixels();
         ASSERT_TRUE(pumpUntil([&] { return onlooker->geometry(xid(panel)).height == 182 && isAtRest(); }));
         setResource(scale);
         expectPanel(91, scale);
@@ -258,17 +264,9 @@ TEST_F(Scale, IsAppliedOnceWhereTheToolkitIsFaster)
 TEST_F(Scale, IsAppliedOnceWhereTheFrameIsAheadOfItsWindow)
 {
     open();
-    std::uint32_t const grown[] { 0, 618, 1280, 182 };
-    // Whose place is not asked of the window manager.
-    std::uint32_t const isFree = 1;
-    auto const frame = onlooker->frameOf(xid(panel));
-    xcb_change_window_attributes(onlooker->wire(), frame, XCB_CW_OVERRIDE_REDIRECT, &isFree);
-    xcb_configure_window(onlooker->wire(), frame,
-        XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y | XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT, grown);
-    onlooker->sync();
+    onlooker->placeFrameOf(xid(panel), { 0, 618, 1280, 182 });
     ASSERT_TRUE(pumpUntil([&] { return panel->frame().x == 0; }));
-    xcb_configure_window(toolkit->wire(), xid(panel), XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT, &grown[2]);
-    toolkit->sync();
+    doublePixels();
     ASSERT_TRUE(pumpUntil([&] { return onlooker->geometry(xid(panel)).height == 182 && isAtRest(); }));
     setResource(2);
     expectPanel(91, 2);
@@ -278,9 +276,7 @@ TEST_F(Scale, IsAppliedOnceWhereTheToolkitIsAtItToo)
 {
     open();
     setResource(2);
-    std::uint32_t const size[] { 1280, 182 };
-    xcb_configure_window(toolkit->wire(), xid(panel), XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT, size);
-    toolkit->sync();
+    doublePixels();
     expectPanel(91, 2);
     settle();
     expectPanel(91, 2);
