@@ -2,7 +2,7 @@
 #include "backends/linux/host/FileFacts.h"
 #include "backends/linux/host/FolderBookmarks.h"
 #include "tests/linux/BookmarkFixture.h"
-#include "tests/support/Vectors.h"
+#include "tests/support/RunOptions.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -117,7 +117,7 @@ TEST_F(Bookmark, AScopeIsOpenedForWhatCanBeRead)
 // What people do with folders, many times over: whatever is found is the one that was kept.
 TEST_F(Bookmark, NeverLeadsToAnotherFolder)
 {
-    auto const seed = testSeed();
+    auto const seed = paneweld_tests::testSeed();
     SCOPED_TRACE("PANEWELD_TEST_SEED=" + std::to_string(seed));
     std::mt19937 random(seed);
     auto const pick
@@ -176,7 +176,7 @@ TEST_F(Bookmark, DataThatWasCutShortChangedOrIsOfAnotherVersionIsRefused)
 
 TEST(BookmarkBytes, ReadBackAsWhatWasWritten)
 {
-    auto const seed = testSeed();
+    auto const seed = paneweld_tests::testSeed();
     SCOPED_TRACE("PANEWELD_TEST_SEED=" + std::to_string(seed));
     std::mt19937 random(seed);
     auto const text = [&] {

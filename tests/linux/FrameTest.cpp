@@ -1,5 +1,6 @@
 #include "tests/linux/LinuxTest.h"
 #include "tests/linux/SlowManager.h"
+#include "tests/support/RunOptions.h"
 
 #include "platform/Platform.h"
 #include "platform/appkit/NSAnimationContext.h"
@@ -82,9 +83,7 @@ protected:
             makeBorderless(*shown);
         shown->setFrame({ 320, 60, 640, 91 }, Display::No);
         rest(*shown);
-        auto const seed = std::random_device {}();
-        SCOPED_TRACE("seed " + std::to_string(seed));
-        std::mt19937 random(seed);
+        std::mt19937 random(paneweld_tests::testSeed());
         expectStillThrough(1000, 200, *shown, random);
     }
 };

@@ -1,6 +1,7 @@
 #include "backends/linux/x11/PixelRect.h"
 #include "backends/linux/x11/XSettings.h"
 #include "tests/linux/LinuxTest.h"
+#include "tests/support/RunOptions.h"
 
 #include "platform/Platform.h"
 #include "platform/appkit/NSScreen.h"
@@ -205,9 +206,7 @@ TEST(Settings, AreReadInBothByteOrdersAndRefusedWhenCutOff)
 
 TEST(Pixels, KeepTheBottomAndTheCentreForEveryScale)
 {
-    auto const seed = std::random_device {}();
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    std::mt19937 random(seed);
+    std::mt19937 random(paneweld_tests::testSeed());
     std::uniform_real_distribution<double> place(0, 900);
     std::uniform_real_distribution<double> length(44, 1300);
     for (double const factor : { 1.0, 1.25, 1.5, 1.75, 2.0, 3.0 }) {

@@ -1,7 +1,7 @@
 #include "platform/applescript/ScriptSeal.h"
 #include "platform/foundation/Text.h"
 #include "tests/linux/ScriptFixture.h"
-#include "tests/support/Vectors.h"
+#include "tests/support/RunOptions.h"
 
 #include <gmock/gmock.h>
 #include <random>
@@ -95,7 +95,7 @@ TEST_F(Script, VariablesLiveFromCallToCallAndInOneScriptOnly)
 TEST_F(Script, TenThousandTextsArriveAndReturnUnchanged)
 {
     open(scriptHelpers);
-    auto const seed = testSeed();
+    auto const seed = paneweld_tests::testSeed();
     SCOPED_TRACE("PANEWELD_TEST_SEED=" + std::to_string(seed));
     std::mt19937 random(seed);
     constexpr std::pair<char32_t, char32_t> ranges[] = { { 0, 0x7F }, { 0x20, 0x7E }, { 0x80, 0x7FF },

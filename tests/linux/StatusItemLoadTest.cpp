@@ -1,7 +1,7 @@
 #include "tests/linux/SilentSocket.h"
 #include "tests/linux/StatusItemFixture.h"
 #include "tests/linux/Stopwatch.h"
-#include "tests/support/Vectors.h"
+#include "tests/support/RunOptions.h"
 
 #include <limits>
 #include <malloc.h>
@@ -200,7 +200,7 @@ protected:
             });
     }
 
-    std::uint32_t seed = testSeed();
+    std::uint32_t seed = paneweld_tests::testSeed();
     std::mt19937 random { seed };
 };
 

@@ -5,6 +5,7 @@
 #include "backends/shared/Base64.h"
 #include "backends/shared/FeedSignature.h"
 #include "tests/linux/SigningKey.h"
+#include "tests/support/RunOptions.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/Vectors.h"
 
@@ -206,7 +207,7 @@ INSTANTIATE_TEST_SUITE_P(Part, MutatedUpdates, testing::Range(0u, parts));
 TEST_P(MutatedUpdates, NoneOfAHundredThousandIsAccepted)
 {
     constexpr unsigned ofEachKind = 50'000 / parts;
-    auto const seed = testSeed() + GetParam();
+    auto const seed = paneweld_tests::testSeed() + GetParam();
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937 random(seed);
     SigningKey const key(1);

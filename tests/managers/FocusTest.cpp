@@ -3,6 +3,7 @@
 #include "tests/managers/OtherProgram.h"
 #include "tests/managers/Session.h"
 #include "tests/managers/Survey.h"
+#include "tests/support/RunOptions.h"
 
 #include <chrono>
 #include <gtest/gtest.h>

@@ -3,6 +3,7 @@
 #include "tests/managers/PanelLook.h"
 #include "tests/managers/Session.h"
 #include "tests/managers/Survey.h"
+#include "tests/support/RunOptions.h"
 
 #include <gtest/gtest.h>
 #include <random>
@@ -30,9 +31,7 @@ TEST_P(Heights, NeverMoveTheLowerEdgeOrTheMiddle)
     })) << host.story();
     Onlooker onlooker(session.display());
     onlooker.watch(panel);
-    auto const seed = std::random_device {}();
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    std::mt19937 random(seed);
+    std::mt19937 random(testSeed());
     std::uniform_int_distribution<int> height(place.height, 500);
     int last = 0;
     for (int i = 0; i < requests; ++i) {

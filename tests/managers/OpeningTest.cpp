@@ -3,6 +3,7 @@
 #include "tests/managers/PanelLook.h"
 #include "tests/managers/Session.h"
 #include "tests/managers/Survey.h"
+#include "tests/support/RunOptions.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>

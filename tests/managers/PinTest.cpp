@@ -2,6 +2,7 @@
 #include "tests/managers/OtherProgram.h"
 #include "tests/managers/Session.h"
 #include "tests/managers/Survey.h"
+#include "tests/support/RunOptions.h"
 
 #include <functional>
 #include <gtest/gtest.h>

@@ -15,11 +15,4 @@ inline void survey(
         std::ofstream(file, std::ios::app) << manager << '\t' << subject << '\t' << name << '\t' << result << '\n';
 }
 
-// A number that a longer run may raise by the environment.
-inline int countUnderTest(char const* variable, int usual)
-{
-    auto const* const wished = std::getenv(variable);
-    return wished ? std::atoi(wished) : usual;
-}
-
 } // namespace paneweld_tests

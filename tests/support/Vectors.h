@@ -3,11 +3,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include <cstdint>
-#include <cstdlib>
 #include <fstream>
-#include <iostream>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -24,13 +20,4 @@ inline std::vector<nlohmann::json> vectorsOf(std::string const& file, std::strin
             chosen.push_back(vector);
     }
     return chosen;
-}
-
-// A seed for a random test, printed so that a failure can be run again: PANEWELD_TEST_SEED=n.
-inline std::uint32_t testSeed()
-{
-    auto const* const given = std::getenv("PANEWELD_TEST_SEED");
-    auto const seed = given ? static_cast<std::uint32_t>(std::strtoul(given, nullptr, 10)) : std::random_device {}();
-    std::cout << "PANEWELD_TEST_SEED=" << seed << "\n";
-    return seed;
 }

@@ -1,6 +1,7 @@
 #include "platform/foundation/Dictionary.h"
 #include "platform/foundation/Format.h"
 #include "tests/support/CompiledLocales.h"
+#include "tests/support/RunOptions.h"
 #include "tests/support/TextVectors.h"
 
 #include <cmath>
@@ -169,7 +170,7 @@ TEST(Format, TheProcessesOwnLocaleDoesNotShowThrough)
 
 TEST(Format, RandomFormatsDoNoHarm)
 {
-    auto const seed = testSeed();
+    auto const seed = paneweld_tests::testSeed();
     SCOPED_TRACE("PANEWELD_TEST_SEED=" + std::to_string(seed));
     std::mt19937 random(seed);
     constexpr std::string_view letters = "%%%%%*.$0123-+ #'hlqLztj@dDiuUxXoOfFeEgGaAcCsSpn\xC3\xA9";

@@ -1,6 +1,7 @@
 #include "tests/support/HotKeyWorld.h"
-#include "tests/support/Vectors.h"
+#include "tests/support/RunOptions.h"
 
+#include <random>
 #include <set>
 #include <thread>
 
@@ -156,7 +157,7 @@ TEST_F(HotKeysControllerTest, AnotherThreadIsFatal)
 // knows exactly those of them that it granted.
 TEST_F(HotKeysControllerTest, TheTableIsTheSetOfThoseThatAreAlive)
 {
-    auto const seed = testSeed();
+    auto const seed = paneweld_tests::testSeed();
     SCOPED_TRACE("PANEWELD_TEST_SEED=" + std::to_string(seed));
     std::mt19937 random(seed);
     std::vector<std::shared_ptr<HotKey>> alive;

@@ -1,5 +1,6 @@
 #include "platform/foundation/JSON.h"
 #include "platform/foundation/Text.h"
+#include "tests/support/RunOptions.h"
 #include "tests/support/TextVectors.h"
 
 namespace platform {
@@ -172,7 +173,7 @@ std::string randomText(std::mt19937& random)
 
 TEST(JSON, RandomTextsGoThereAndBack)
 {
-    auto const seed = testSeed();
+    auto const seed = paneweld_tests::testSeed();
     SCOPED_TRACE("PANEWELD_TEST_SEED=" + std::to_string(seed));
     std::mt19937 random(seed);
     for (int round = 0; round < 2000; ++round) {

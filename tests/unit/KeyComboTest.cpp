@@ -2,9 +2,11 @@
 
 #include "hotkey/NSEventModifierFlags+HotKey.h"
 #include "platform/carbon/EventHotKeys.h"
-#include "tests/support/Vectors.h"
+#include "tests/support/RunOptions.h"
 
+#include <gtest/gtest.h>
 #include <limits>
+#include <random>
 
 using hotkey::Key;
 using hotkey::KeyCombo;
@@ -160,7 +162,7 @@ TEST(KeyComboTest, ACodeAloneNeverBecomesAText)
 
 TEST(KeyComboTest, AnyTwoNumbersKeepTheirStoredForm)
 {
-    auto const seed = testSeed();
+    auto const seed = paneweld_tests::testSeed();
     SCOPED_TRACE("PANEWELD_TEST_SEED=" + std::to_string(seed));
     std::mt19937 random(seed);
     for (int i = 0; i < 10000; ++i) {

@@ -1,6 +1,6 @@
 #include "iOS/MailScriptRunner.h"
 #include "platform/foundation/Text.h"
-#include "tests/support/Vectors.h"
+#include "tests/support/RunOptions.h"
 #include "tests/support/World.h"
 
 #include <limits>
@@ -188,7 +188,7 @@ TEST_F(MailRunner, AScriptOfTheHostsIsNotThePlugIns)
 
 TEST_F(MailRunner, TenThousandTextsReachTheHandlerUnchangedAndInOrder)
 {
-    auto const seed = testSeed();
+    auto const seed = paneweld_tests::testSeed();
     SCOPED_TRACE("PANEWELD_TEST_SEED=" + std::to_string(seed));
     std::mt19937 random(seed);
     constexpr char32_t awkward[] = { U'"', U'\'', U'\\', U'\n', U'\r', U'%', U'$', U'`', 0, U'\u2028', U'\U0001F4A1' };

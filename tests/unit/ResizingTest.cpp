@@ -1,6 +1,6 @@
 #include "iOS/NSWindow+Paneweld.h"
 #include "iOS/ResizeBrainstormWindow.h"
-#include "tests/support/Vectors.h"
+#include "tests/support/RunOptions.h"
 #include "tests/support/World.h"
 
 #include <limits>
@@ -338,7 +338,7 @@ TEST_F(ResizingDeathTest, TheHostsRequestsOffTheMainThreadAreFatal)
 
 TEST(ResizeGeometry, HoldsForRandomNumbers)
 {
-    std::mt19937 random(testSeed());
+    std::mt19937 random(paneweld_tests::testSeed());
     std::uniform_real_distribution<double> number(-3000, 3000);
     std::bernoulli_distribution coin;
     auto const maybe = [&] { return coin(random) ? std::optional(number(random)) : std::nullopt; };

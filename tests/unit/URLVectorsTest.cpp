@@ -1,5 +1,6 @@
 #include "platform/foundation/Punycode.h"
 #include "platform/foundation/URL.h"
+#include "tests/support/RunOptions.h"
 #include "tests/support/TextVectors.h"
 
 namespace platform {
@@ -129,7 +130,7 @@ TEST(URL, EveryPartIsMendedByItsOwnRules)
 
 TEST(URL, AMendedAddressNeedsNoMending)
 {
-    auto const seed = testSeed();
+    auto const seed = paneweld_tests::testSeed();
     SCOPED_TRACE("PANEWELD_TEST_SEED=" + std::to_string(seed));
     std::mt19937 random(seed);
     constexpr std::string_view pieces = "ab1:/?#[]@%2 \\<\xC3\xBC.-http";

@@ -3,8 +3,8 @@
 #include "platform/Platform.h"
 #include "platform/foundation/NotificationCenter.h"
 #include "platform/foundation/Text.h"
+#include "tests/support/RunOptions.h"
 #include "tests/support/TwinScript.h"
-#include "tests/support/Vectors.h"
 
 #include <algorithm>
 #include <mutex>
@@ -157,7 +157,7 @@ TEST_F(MailOnLinux, TenThousandTextsReachTheScriptAndReturnUnchanged)
             for i, text in ipairs({ ... }) do parts[i] = #text .. ":" .. text end
             return table.concat(parts)
         end)"));
-    auto const seed = testSeed();
+    auto const seed = paneweld_tests::testSeed();
     SCOPED_TRACE("PANEWELD_TEST_SEED=" + std::to_string(seed));
     std::mt19937 random(seed);
     Answers expected;

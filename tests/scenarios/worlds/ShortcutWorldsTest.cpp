@@ -2,7 +2,7 @@
 #include "iOS/NotificationCenter+Paneweld.h"
 #include "platform/carbon/EventHotKeys.h"
 #include "tests/linux/HotKeysTest.h"
-#include "tests/support/Vectors.h"
+#include "tests/support/RunOptions.h"
 
 #include <random>
 
@@ -79,7 +79,7 @@ TEST_F(ShortcutOnX, APressOpensANewBrainstormWhateverHasTheKeyboard)
 TEST_F(ShortcutOnX, AThousandUpdatesLeaveOneGrabOrNone)
 {
     open();
-    std::mt19937 random(testSeed());
+    std::mt19937 random(paneweld_tests::testSeed());
     auto const pick = [&](std::uint32_t limit) { return static_cast<std::uint32_t>(random() % limit); };
     std::optional<OnServer> before;
     for (int i = 0; i < 1000; ++i) {

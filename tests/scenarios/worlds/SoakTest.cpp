@@ -2,11 +2,13 @@
 #include "iOS/AppKitController.h"
 #include "iOS/NotificationCenter+Paneweld.h"
 #include "iOS/WindowIdentifier.h"
+#include "tests/support/RunOptions.h"
 #include "tests/support/X11Stage.h"
 
 #include <array>
 #include <chrono>
-#include <cstdlib>
+#include <cstddef>
+#include <iostream>
 #include <limits>
 #include <malloc.h>
 #include <random>
@@ -20,12 +22,7 @@ namespace {
 constexpr std::size_t mostWindows = 12;
 constexpr int stepsOfARound = 400;
 constexpr std::size_t memoryLimit = 32 * 1024; // bytes
-
-unsigned fromEnvironment(char const* name, unsigned otherwise)
-{
-    auto const* const text = std::getenv(name);
-    return text ? static_cast<unsigned>(std::strtoul(text, nullptr, 10)) : otherwise;
-}
+constexpr std::chrono::minutes wordsEvery { 1 };
 
 // Any order of what hosts, users and window managers do, drawn from a seed. The plug-in and a window manager are real.
 class Soak : public X11Stage {
@@ -247,28 +244,35 @@ protected:
 
     std::shared_ptr<AppKitController> controller;
     std::vector<xcb_window_t> windows;
-    std::mt19937 random { fromEnvironment("PANEWELD_SOAK_SEED", 1) };
+    std::mt19937 random { paneweld_tests::testSeed() };
 };
 
 } // namespace
 
-// PANEWELD_SOAK_SECONDS makes it longer, PANEWELD_SOAK_SEED another order.
+// PANEWELD_TEST_SOAK makes it longer.
 TEST_F(Soak, AnyOrderOfDoingsLeavesNothingBehind)
 {
-    auto const end
-        = std::chrono::steady_clock::now() + std::chrono::seconds(fromEnvironment("PANEWELD_SOAK_SECONDS", 0));
+    std::chrono::seconds const length { paneweld_tests::countUnderTest("PANEWELD_TEST_SOAK", 0) };
     testing::internal::CaptureStderr();
     round();
     round();
     auto const before = mallinfo2().uordblks;
+    auto const begin = std::chrono::steady_clock::now();
+    auto nextWord = begin + wordsEvery;
+    std::size_t inUse = 0;
     int rounds = 0;
     do {
         round();
         ++rounds;
-    } while (!HasFailure() && std::chrono::steady_clock::now() < end);
-    auto const after = mallinfo2().uordblks;
+        inUse = mallinfo2().uordblks;
+        if (std::chrono::steady_clock::now() >= nextWord) {
+            std::cout << rounds << " rounds: " << static_cast<std::ptrdiff_t>(inUse - before)
+                      << " bytes more than before" << std::endl;
+            nextWord += wordsEvery;
+        }
+    } while (!HasFailure() && std::chrono::steady_clock::now() < begin + length);
     RecordProperty("rounds", rounds);
-    EXPECT_LT(after, before + memoryLimit) << "bytes in use after " << rounds << " rounds";
+    EXPECT_LT(inUse, before + memoryLimit) << "bytes in use after " << rounds << " rounds";
     auto const said = testing::internal::GetCapturedStderr();
     // Requests about windows that have gone are nobody's fault; all others would be ours.
     EXPECT_EQ(said.find(":x11 "), std::string::npos) << said;
