@@ -50,7 +50,7 @@ endfunction()
 # paneweld_gather(target room...): the objects and the libraries of the rooms become part of the target.
 function(paneweld_gather target)
     foreach(room ${ARGN})
-        target_link_libraries(${target} PRIVATE ${room}_room)
+        target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:${room}_room>)
     endforeach()
 endfunction()
 
