@@ -17,6 +17,9 @@ namespace {
 // Window managers answer within some milliseconds; after this the window's real frame is the answer.
 constexpr Seconds longestAnswer { 0.25 };
 
+// Requests that somebody may still be at, when they come without an end.
+constexpr std::size_t mostRecent = 256;
+
 // The words of _NET_MOVERESIZE_WINDOW: gravity static (the rectangle is the client's own), all four sides given, and
 // the source is a pager, which window managers follow without ideas of their own.
 constexpr std::uint32_t moveResizeFlags = 10u | 0xFu << 8 | 2u << 12;
@@ -60,6 +63,8 @@ void WindowFrame::request(PixelRect const& client)
 void WindowFrame::send(PixelRect const& client)
 {
     m_requested = client;
+    if (m_recent.size() == mostRecent)
+        m_recent.erase(m_recent.begin());
     m_recent.push_back(client);
     auto& connection = m_context.connection;
     auto const x = static_cast<std::uint32_t>(client.x);
@@ -134,6 +139,14 @@ void WindowFrame::keepUsersSize()
 {
     m_kept = visiblePixels();
     m_isUsersSize = true;
+}
+
+void WindowFrame::keepOthersPlace()
+{
+    if (m_answerTimer || m_isParentAhead || isAtTarget())
+        return;
+    m_targetPixels = m_kept = visiblePixels();
+    m_target = m_context.screen.scale().toPoints(m_targetPixels);
 }
 
 void WindowFrame::read()

@@ -58,6 +58,8 @@ public:
     void keepPoints(PixelScale const& before, std::optional<platform::Rect> const& end);
     // The size that the window has now is its user's.
     void keepUsersSize();
+    // Where the window was put since it was at its target is the target from now on.
+    void keepOthersPlace();
     void handleParent(xcb_window_t parent);
     // Asks for size, place and parent; the answers come with the next replies.
     void read();

@@ -4,6 +4,7 @@
 #include "backends/linux/x11/X11Desktop.h"
 
 #include <algorithm>
+#include <array>
 
 namespace backends {
 
@@ -42,6 +43,18 @@ void WindowStates::setCollectionBehavior(platform::WindowCollectionBehavior beha
 }
 
 bool WindowStates::isOnAllDesktops() const { return (m_behavior & platform::collectionBehaviorCanJoinAllSpaces) != 0; }
+
+bool WindowStates::fillsScreen() const
+{
+    constexpr std::array filling { AtomName::NET_WM_STATE_MAXIMIZED_VERT, AtomName::NET_WM_STATE_MAXIMIZED_HORZ,
+        AtomName::NET_WM_STATE_FULLSCREEN };
+    return std::any_of(filling.begin(), filling.end(), [this](auto name) { return isCurrent(name); });
+}
+
+bool WindowStates::isCurrent(AtomName name) const
+{
+    return std::find(m_current.begin(), m_current.end(), m_context.connection.atom(name)) != m_current.end();
+}
 
 void WindowStates::tellAgain()
 {
@@ -84,8 +97,7 @@ void WindowStates::setState(AtomName name, bool isSet)
             m_window, AtomName::NET_WM_STATE, { isSet ? addState : removeState, state, 0, fromPager });
         return;
     }
-    bool const stands = std::find(m_current.begin(), m_current.end(), state) != m_current.end();
-    if (stands == isSet)
+    if (isCurrent(name) == isSet)
         return;
     if (isSet)
         m_current.push_back(state);

@@ -32,6 +32,9 @@ public:
     // All wishes once more.
     void tellAgain();
 
+    // Maximized, in one direction or both, or fullscreen.
+    bool fillsScreen() const;
+
     void handleRead(std::vector<std::uint32_t> states) { m_current = std::move(states); }
 
 private:
@@ -40,6 +43,7 @@ private:
     void tellAbove();
     void tellDesktop();
     void setState(AtomName state, bool isSet);
+    bool isCurrent(AtomName state) const;
 
     X11Context const& m_context;
     xcb_window_t m_window;
@@ -48,7 +52,7 @@ private:
     bool m_stepsAside = false;
     bool m_hasFloated = false;
     bool m_isManaged = false;
-    // _NET_WM_STATE as it stands, which matters only while no window manager looks after it.
+    // _NET_WM_STATE as it stands.
     std::vector<std::uint32_t> m_current;
 };
 
