@@ -82,6 +82,10 @@ TEST_F(Screen, IsTheOneOfTheKeyWindowElseThePrimary)
     toolkit->setWords(toolkit->root(), "_GTK_WORKAREAS_D0", XCB_ATOM_CARDINAL, { 0, 24, 640, 776, 640, 0, 640, 550 });
     toolkit->setWords(toolkit->root(), "_NET_WORKAREA", XCB_ATOM_CARDINAL, { 0, 24, 1280, 526 });
     EXPECT_TRUE(pumpUntil([&] { return backend->mainScreen()->visibleFrame == Rect { 640, 250, 640, 550 }; }));
+    // Nonsense is cut to what a screen can have.
+    toolkit->setWords(toolkit->root(), "_GTK_WORKAREAS_D0", XCB_ATOM_CARDINAL,
+        { 0x80000000, 24, 0x7FFFFFFF, 776, 640, 0, 0x7FFFFFFF, 0x7FFFFFFF });
+    EXPECT_TRUE(pumpUntil([&] { return backend->mainScreen()->visibleFrame == Rect { 640, 200, 640, 600 }; }));
 }
 
 // Window managers that tell the free part of each monitor, and one that tells the whole screen's alone.

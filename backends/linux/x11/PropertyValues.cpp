@@ -2,6 +2,9 @@
 
 #include "platform/foundation/Text.h"
 
+#include <algorithm>
+#include <limits>
+
 namespace backends {
 
 std::span<std::uint32_t const> wordsOf(xcb_get_property_reply_t const* reply)
@@ -9,6 +12,13 @@ std::span<std::uint32_t const> wordsOf(xcb_get_property_reply_t const* reply)
     if (!reply || reply->format != 32)
         return {};
     return { static_cast<std::uint32_t const*>(xcb_get_property_value(reply)), reply->value_len };
+}
+
+std::int32_t pixelsIn(std::uint32_t word)
+{
+    // No place of the protocol has more bits.
+    using Place = std::numeric_limits<std::int16_t>;
+    return std::clamp<std::int32_t>(static_cast<std::int32_t>(word), Place::min(), Place::max());
 }
 
 std::string bytesOf(xcb_get_property_reply_t const* reply)

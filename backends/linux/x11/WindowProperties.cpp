@@ -162,8 +162,7 @@ void WindowProperties::handleInsets(xcb_get_property_reply_t const* reply)
     PixelInsets insets;
     auto const words = wordsOf(reply);
     if (words.size() >= 4) {
-        insets = { static_cast<std::int32_t>(words[0]), static_cast<std::int32_t>(words[1]),
-            static_cast<std::int32_t>(words[2]), static_cast<std::int32_t>(words[3]) };
+        insets = { pixelsIn(words[0]), pixelsIn(words[1]), pixelsIn(words[2]), pixelsIn(words[3]) };
     }
     m_observer.insetsWereRead(insets);
 }

@@ -95,6 +95,9 @@ void X11Desktop::confirmCheckWindow(xcb_window_t window)
             if (words.empty() || words[0] != window)
                 return loseWindowManager();
             m_checkWindow = window;
+            // It may have told what it supports before its forerunner was gone.
+            if (m_supported.empty())
+                readSupported();
             notify(m_observer.windowManagerDidChange);
         });
 }

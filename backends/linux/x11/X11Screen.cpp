@@ -22,8 +22,7 @@ std::vector<PixelRect> rectsOf(xcb_get_property_reply_t const* reply)
     std::vector<PixelRect> rects;
     auto const words = wordsOf(reply);
     for (std::size_t i = 0; i + 4 <= words.size(); i += 4) {
-        rects.push_back({ static_cast<std::int32_t>(words[i]), static_cast<std::int32_t>(words[i + 1]),
-            static_cast<std::int32_t>(words[i + 2]), static_cast<std::int32_t>(words[i + 3]) });
+        rects.push_back({ pixelsIn(words[i]), pixelsIn(words[i + 1]), pixelsIn(words[i + 2]), pixelsIn(words[i + 3]) });
     }
     return rects;
 }
