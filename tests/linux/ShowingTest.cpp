@@ -252,29 +252,6 @@ TEST_F(Showing, AWindowThatIsGoneBeforeItCanBeListenedToIsForgotten)
     EXPECT_EQ(count("visible brief"), 0);
 }
 
-TEST_F(Showing, AnAnnouncedWindowIsReportedBeforeItIsMappedAndNotAgain)
-{
-    start(With::WindowManager);
-    auto const made = toolkit->make({ .title = "told" });
-    toolkit->sync();
-    ASSERT_TRUE(backend->announceX11Window(made));
-    EXPECT_EQ(count("visible told"), 1);
-    ASSERT_TRUE(window(made));
-    EXPECT_TRUE(window(made)->isVisible());
-    EXPECT_TRUE(window(made)->isListed());
-    EXPECT_EQ(backend->application().windows().size(), 1u);
-    EXPECT_FALSE(onlooker->isViewable(made));
-    // Twice is once.
-    EXPECT_TRUE(backend->announceX11Window(made));
-    toolkit->map(made);
-    ASSERT_TRUE(pumpUntil([&] { return onlooker->isViewable(made) && onlooker->opacity(made) == 1; }));
-    settle();
-    EXPECT_EQ(count("visible told"), 1);
-    EXPECT_EQ(backend->application().windows().size(), 1u);
-    toolkit->withdraw(made);
-    EXPECT_TRUE(pumpUntil([&] { return count("close told") == 1; }));
-}
-
 TEST_F(Showing, TitlesAreTakenAsTheyAre)
 {
     start(With::WindowManager);

@@ -45,6 +45,25 @@ TEST_F(Stack, OrderingToTheFrontTakesNoKeyboard)
     EXPECT_EQ(onlooker->activeWindow(), xid(other));
 }
 
+TEST_F(Stack, TheRightToComeForwardIsUsedOnce)
+{
+    start(With::Nothing);
+    auto const main = show({ .title = "main" });
+    backend->application().activateIgnoringOtherApps(true);
+    auto const panel = show({ .title = "panel" });
+    ASSERT_TRUE(pumpUntil([&] { return panel->isKeyWindow(); }));
+    show({ .title = "notice" });
+    settle();
+    EXPECT_TRUE(panel->isKeyWindow());
+    // A raise uses it as well.
+    backend->application().activateIgnoringOtherApps(true);
+    main->makeKeyAndOrderFront();
+    ASSERT_TRUE(pumpUntil([&] { return main->isKeyWindow(); }));
+    show({ .title = "another notice" });
+    settle();
+    EXPECT_TRUE(main->isKeyWindow());
+}
+
 TEST_F(Stack, APinHoldsOverHidingAndShowing)
 {
     start(With::WindowManager);

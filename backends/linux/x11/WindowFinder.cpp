@@ -123,8 +123,12 @@ bool WindowFinder::isOwnTopLevel(xcb_window_t window)
         isOrdinary = reply && !reply->override_redirect && reply->_class != XCB_WINDOW_CLASS_INPUT_ONLY;
     });
     bool isTopLevel = false;
-    m_connection.ask<xcb_query_tree_reply_t>(
-        treeCookie.sequence, [&](auto const* reply) { isTopLevel = reply && reply->parent == m_connection.root(); });
+    // One that is on the screen already stands in the frame of a window manager, which is another client's.
+    m_connection.ask<xcb_query_tree_reply_t>(treeCookie.sequence, [&](auto const* reply) {
+        isTopLevel = reply
+            && (reply->parent == m_connection.root()
+                || m_connection.clientBase(reply->parent) != m_connection.clientBase(window));
+    });
     m_connection.roundTrip();
     return isOwn && isOrdinary && isTopLevel;
 }

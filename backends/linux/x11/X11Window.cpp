@@ -106,24 +106,36 @@ void X11Window::readStart(Found found)
     else if (found == Found::New)
         m_alpha.hold();
     readAll({});
+    // What happened before the events were asked for.
+    readPresence(found == Found::Asserted ? Unmapped::IsLeft : Unmapped::IsHeld);
+}
+
+void X11Window::readPresence(Unmapped unmapped)
+{
+    auto& connection = m_context.connection;
     auto const cookie = xcb_get_window_attributes(connection.wire(), m_window);
     connection.ask<xcb_get_window_attributes_reply_t>(
-        cookie.sequence, [weak = std::weak_ptr(self()), found](auto const* reply) {
+        cookie.sequence, [weak = std::weak_ptr(self()), unmapped](auto const* reply) {
             auto const window = weak.lock();
             if (!window)
                 return;
-            if (!reply) {
+            if (reply)
+                window->presenceWasRead(reply->map_state != XCB_MAP_STATE_UNMAPPED, unmapped);
+            else
                 window->m_observer.hadGone(*window);
-                return;
-            }
-            // What happened before the events were asked for.
-            if (reply->map_state != XCB_MAP_STATE_UNMAPPED) {
-                if (window->m_life.isWithdrawn())
-                    window->handleMap();
-            } else if (window->m_life.isWithdrawn() && found != Found::Asserted) {
-                window->m_alpha.hold();
-            }
         });
+}
+
+void X11Window::presenceWasRead(bool isMapped, Unmapped unmapped)
+{
+    if (isMapped) {
+        if (m_life.isWithdrawn())
+            handleMap();
+    } else if (!m_life.isWithdrawn()) {
+        handleUnmap();
+    } else if (unmapped == Unmapped::IsHeld) {
+        m_alpha.hold();
+    }
 }
 
 void X11Window::readAll(std::function<void()> done)
@@ -154,6 +166,8 @@ void X11Window::forget()
 {
     std::uint32_t const mask = XCB_EVENT_MASK_NO_EVENT;
     xcb_change_window_attributes(m_context.connection.wire(), m_window, XCB_CW_EVENT_MASK, &mask);
+    // Nobody else would take off again what was taken over.
+    m_alpha.release();
     m_context.earlyHold.forget(m_window);
 }
 
@@ -293,6 +307,26 @@ void X11Window::handleConfigure(xcb_configure_notify_event_t const& event, bool 
     m_liveResize.sizeDidChange(isButtonDown);
 }
 
+void X11Window::handleUnmap()
+{
+    // Where its user has put it is where it comes back. What fills the screen has no place of its own.
+    if (isShown() && !m_alpha.isHeld()) {
+        if (m_states.fillsScreen())
+            m_frame.keepPixels();
+        else
+            m_frame.keepOthersPlace();
+    }
+    m_life.handleUnmap();
+}
+
+void X11Window::handleDestroy()
+{
+    m_life.handleDestroy();
+    // Announced and never mapped: its coming was reported, and so is its end.
+    if (m_isAnnounced)
+        wasWithdrawn();
+}
+
 void X11Window::handleReparent(xcb_window_t parent)
 {
     m_life.handleReparent();
@@ -389,6 +423,7 @@ void X11Window::makeKeyAndOrderFront()
 {
     if (m_life.isWithdrawn())
         return;
+    m_observer.didRaise(*this);
     auto& connection = m_context.connection;
     auto const time = connection.latestUserTime();
     if (m_context.desktop.supports(AtomName::NET_ACTIVE_WINDOW)) {

@@ -30,6 +30,8 @@ public:
         std::function<void(X11Window&)> didShow;
         // It may have become, or ceased to be, a window that can have the keyboard or be dragged.
         std::function<void(X11Window&)> didChange;
+        // It came forward, or asked to.
+        std::function<void(X11Window&)> didRaise;
         // It was gone before it could be listened to, so that no event will tell.
         std::function<void(X11Window&)> hadGone;
     };
@@ -61,16 +63,19 @@ public:
     // It turned out to be somebody else's.
     void forget();
     void readAll(std::function<void()> done);
+    // Asks whether it is on the screen, where nobody may have heard of that.
+    enum class Unmapped { IsLeft, IsHeld };
+    void readPresence(Unmapped unmapped);
 
     // News of the wire.
     void handleConfigure(xcb_configure_notify_event_t const& event, bool isButtonDown);
     void handleParentConfigure(xcb_configure_notify_event_t const& event) { m_frame.handleParentConfigure(event); }
     void handleProperty(xcb_atom_t property) { m_properties.handleChange(property); }
     void handleMap() { m_life.handleMap(); }
-    void handleUnmap() { m_life.handleUnmap(); }
+    void handleUnmap();
     void handleWithdrawMessage() { m_life.handleWithdrawMessage(); }
     void handleReparent(xcb_window_t parent);
-    void handleDestroy() { m_life.handleDestroy(); }
+    void handleDestroy();
     LiveResize& liveResize() { return m_liveResize; }
 
     // News of the world around it.
@@ -129,6 +134,7 @@ private:
     WindowProperties::Observer observeProperties();
     WindowLife::Observer observeLife();
     void readStart(Found found);
+    void presenceWasRead(bool isMapped, Unmapped unmapped);
     void wasMapped(WindowLife::Presence before);
     void finishShowing();
     void endHoldWhenPlaced();

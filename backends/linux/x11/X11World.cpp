@@ -45,7 +45,7 @@ X11World::X11World(std::unique_ptr<Connection> connection, platform::NSApplicati
     , m_finder(*m_connection,
           { .found =
                   [this](auto xid, auto origin) {
-                      if (m_windows.contains(xid) || (m_asserted && m_asserted->xid() == xid))
+                      if (m_windows.contains(xid) || m_asserted.contains(xid))
                           return;
                       auto const found
                           = origin == WindowFinder::Origin::Made ? X11Window::Found::New : X11Window::Found::Existing;
@@ -157,6 +157,7 @@ X11Window::Observer X11World::observeWindow()
                 updateWatching();
                 updateKeyWindow();
             },
+        .didRaise = [this](X11Window&) { m_activationEnd.reset(); },
         .hadGone =
             [this](X11Window& gone) {
                 // Not before it is inserted: the one that is asserted is asked about anyway.
@@ -220,24 +221,30 @@ bool X11World::announce(xcb_window_t xid)
 {
     if (!isAlive())
         return false;
+    // Whoever waits here is handed what the server said by then, a shortcut for one, and the host may announce another
+    // window from inside that, or this one.
     if (auto const known = window(xid)) {
         known->readAll({});
         m_connection->roundTrip();
-        // It may have gone meanwhile.
-        if (window(xid) != known)
-            return false;
-        known->announce();
     } else {
-        m_asserted = X11Window::create(m_context, xid, X11Window::Found::Asserted, observeWindow());
+        auto& asserted = m_asserted[xid];
+        if (!asserted)
+            asserted = X11Window::create(m_context, xid, X11Window::Found::Asserted, observeWindow());
         bool const isOwn = m_finder.isOwnTopLevel(xid);
-        auto const asserted = std::exchange(m_asserted, nullptr);
-        if (!isOwn) {
-            asserted->forget();
-            return false;
+        if (auto const decided = m_asserted.extract(xid)) {
+            if (isOwn) {
+                insert(decided.mapped());
+                // It may have been mapped since it was asked.
+                decided.mapped()->readPresence(X11Window::Unmapped::IsLeft);
+            } else
+                decided.mapped()->forget();
         }
-        insert(asserted);
-        asserted->announce();
     }
+    // It may have gone meanwhile.
+    auto const announced = window(xid);
+    if (!announced)
+        return false;
+    announced->announce();
     // A window manager stands between the host's map request and the screen, and what is sent now is done by then.
     // Without one only an answer is a proof.
     if (!m_desktop.hasWindowManager())

@@ -114,8 +114,8 @@ private:
     WindowFinder m_finder;
     X11Context m_context;
     std::map<xcb_window_t, std::shared_ptr<X11Window>> m_windows;
-    // The one that is being announced, not known to be ours yet.
-    std::shared_ptr<X11Window> m_asserted;
+    // Those that are being announced, not known to be ours yet. They hear no events.
+    std::map<xcb_window_t, std::shared_ptr<X11Window>> m_asserted;
     // Where the keyboard is when no window manager tells.
     xcb_window_t m_focused = XCB_WINDOW_NONE;
     std::optional<platform::Seconds> m_activationEnd;
