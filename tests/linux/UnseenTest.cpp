@@ -5,6 +5,7 @@
 #include "platform/appkit/NSAnimationContext.h"
 #include "platform/dispatch/Queue.h"
 
+#include <cmath>
 #include <xcb/shape.h>
 
 namespace paneweld_tests {
@@ -105,6 +106,97 @@ TEST_F(Hold, LastsWhenAToolkitTakesEveryShapeOff)
     EXPECT_TRUE(pumpUntil(isHeld));
     takeShapeOff();
     EXPECT_TRUE(pumpUntil(isHeld));
+}
+
+// A toolkit's own wish for a window that lets something through, or its user's.
+class OwnOpacity : public LinuxTest {
+protected:
+    void wish(xcb_window_t id, double opacity)
+    {
+        toolkit->setWords(id, "_NET_WM_WINDOW_OPACITY", XCB_ATOM_CARDINAL,
+            { static_cast<std::uint32_t>(std::lround(opacity * 0xFFFFFFFF)) });
+    }
+
+    bool isSeenWith(xcb_window_t id, double opacity)
+    {
+        return onlooker->isViewable(id) && !onlooker->hasEmptyShape(id)
+            && std::abs(onlooker->opacity(id) - opacity) < 0.001;
+    }
+
+    void expectSeenWith(xcb_window_t id, double opacity)
+    {
+        EXPECT_TRUE(pumpUntil([&] { return isSeenWith(id, opacity); })) << onlooker->opacity(id);
+        settle();
+        EXPECT_TRUE(isSeenWith(id, opacity)) << onlooker->opacity(id);
+    }
+
+    void hide(xcb_window_t id)
+    {
+        toolkit->withdraw(id);
+        ASSERT_TRUE(pumpUntil([&] { return onlooker->opacity(id) == 0; }));
+    }
+};
+
+TEST_F(OwnOpacity, IsKeptWhoeverHoldsTheWindowFirst)
+{
+    start(With::WindowManager);
+    // The first one is found by asking, the next ones at once; where the loop stands still they are held by others.
+    for (int i = 0; i < 20; ++i) {
+        auto const id = toolkit->make({ .title = "pale" });
+        wish(id, 0.5);
+        toolkit->sync();
+        if (i % 2 != 0) {
+            ASSERT_TRUE(onlooker->waitUntil([&] { return onlooker->opacity(id) == 0; }));
+        }
+        if (i % 4 >= 2) {
+            ASSERT_TRUE(backend->announceX11Window(id));
+        }
+        toolkit->map(id);
+        expectSeenWith(id, 0.5);
+        hide(id);
+        toolkit->map(id);
+        expectSeenWith(id, 0.5);
+    }
+}
+
+TEST_F(OwnOpacity, ThatComesLaterCountsAndShowsNothingEarly)
+{
+    start(With::WindowManager);
+    auto const id = toolkit->make({ .title = "pale" });
+    ASSERT_TRUE(pumpUntil([&] { return window(id) && onlooker->opacity(id) == 0; }));
+    wish(id, 0.5);
+    EXPECT_TRUE(pumpUntil([&] { return onlooker->opacity(id) == 0; }));
+    toolkit->map(id);
+    expectSeenWith(id, 0.5);
+    wish(id, 0.25);
+    expectSeenWith(id, 0.25);
+    window(id)->setAlphaValue(0.5);
+    expectSeenWith(id, 0.125);
+    window(id)->setAlphaValue(1);
+    expectSeenWith(id, 0.25);
+    hide(id);
+    toolkit->map(id);
+    expectSeenWith(id, 0.25);
+    xcb_delete_property(toolkit->wire(), id, toolkit->atom("_NET_WM_WINDOW_OPACITY"));
+    toolkit->sync();
+    expectSeenWith(id, 1);
+    hide(id);
+    toolkit->map(id);
+    expectSeenWith(id, 1);
+}
+
+TEST_F(OwnOpacity, IsGivenBackWhereTheHostIsBusy)
+{
+    start(With::WindowManager);
+    show({ .title = "first" });
+    auto const id = toolkit->make({ .title = "pale" });
+    wish(id, 0.5);
+    toolkit->map(id);
+    ASSERT_TRUE(onlooker->waitUntil([&] { return onlooker->opacity(id) == 0; }));
+    EXPECT_TRUE(onlooker->waitUntil([&] { return isSeenWith(id, 0.5); }));
+    // And when the host has time again.
+    ASSERT_TRUE(pumpUntil([&] { return count("visible pale") == 1; }));
+    expectSeenWith(id, 0.5);
 }
 
 class Compositor : public LinuxTest { };

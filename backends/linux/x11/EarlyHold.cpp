@@ -2,6 +2,7 @@
 
 #include "backends/linux/loop/BackgroundThread.h"
 #include "backends/linux/x11/ClientProcess.h"
+#include "backends/linux/x11/PropertyValues.h"
 #include "backends/linux/x11/Unseen.h"
 
 #include <algorithm>
@@ -69,6 +70,16 @@ std::optional<EarlyHold::Held> EarlyHold::take(xcb_window_t window)
     return std::exchange(entry.held, std::nullopt);
 }
 
+std::optional<std::uint32_t> EarlyHold::takeOwnOpacity(xcb_window_t window)
+{
+    std::lock_guard const lock(m_mutex);
+    auto const found = m_windows.find(window);
+    if (found == m_windows.end())
+        return std::nullopt;
+    found->second.isShown = true;
+    return std::exchange(found->second.ownOpacity, std::nullopt);
+}
+
 void EarlyHold::forget(xcb_window_t window)
 {
     std::lock_guard const lock(m_mutex);
@@ -97,6 +108,8 @@ void EarlyHold::handleEvents()
             handleCreate(reinterpret_cast<xcb_create_notify_event_t const&>(*event));
         } else if (auto const window = unshapedWindow(*event, m_shape); window != XCB_WINDOW_NONE) {
             holdAgain(window);
+        } else if (type == XCB_PROPERTY_NOTIFY) {
+            handleProperty(reinterpret_cast<xcb_property_notify_event_t const&>(*event));
         } else if (type == XCB_DESTROY_NOTIFY) {
             auto const gone = reinterpret_cast<xcb_destroy_notify_event_t const&>(*event).window;
             m_ours.erase(gone);
@@ -118,20 +131,23 @@ void EarlyHold::handleCreate(xcb_create_notify_event_t const& event)
         return;
     // Each answer that is waited for is time in which a window manager may map the window.
     bool const isKnown = isOfKnownClient(event.window);
+    std::optional<xcb_get_property_cookie_t> opacity;
     if (isKnown)
-        hold(event.window);
+        opacity = hold(event.window);
     auto const compositor = xcb_get_selection_owner(m_wire, m_compositor);
     if (!isKnown) {
         if (!isOurs(event.window)) {
             xcb_discard_reply(m_wire, compositor.sequence);
             return;
         }
-        hold(event.window);
+        opacity = hold(event.window);
     }
     m_ours.insert(event.window);
     XHandle<xcb_get_selection_owner_reply_t> const owner(xcb_get_selection_owner_reply(m_wire, compositor, nullptr));
     if (!owner || owner->owner == XCB_WINDOW_NONE)
         holdWithoutCompositor(event.window);
+    if (opacity)
+        keepOwnOpacity(event.window, *opacity);
 }
 
 bool EarlyHold::isOfKnownClient(xcb_window_t window) const
@@ -148,15 +164,69 @@ bool EarlyHold::isOurs(xcb_window_t window)
     return processIn(reply.get()) == m_ownProcess;
 }
 
-void EarlyHold::hold(xcb_window_t window)
+std::optional<xcb_get_property_cookie_t> EarlyHold::hold(xcb_window_t window)
 {
     std::lock_guard const lock(m_mutex);
     // The main thread was faster.
     if (m_windows.contains(window))
-        return;
+        return std::nullopt;
+    std::uint32_t const mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
+    xcb_change_window_attributes(m_wire, window, XCB_CW_EVENT_MASK, &mask);
+    auto const question = askOpacity(window);
     writeOpacity(m_wire, window, m_opacity, 0);
     xcb_flush(m_wire);
     m_windows[window] = { Held {}, Clock::now() + longestHold };
+    return question;
+}
+
+void EarlyHold::keepOwnOpacity(xcb_window_t window, xcb_get_property_cookie_t question)
+{
+    XHandle<xcb_get_property_reply_t> const reply(xcb_get_property_reply(m_wire, question, nullptr));
+    auto const opacity = firstWordOf(reply.get());
+    std::lock_guard const lock(m_mutex);
+    auto const found = m_windows.find(window);
+    if (!opacity || found == m_windows.end())
+        return;
+    found->second.ownOpacity = opacity;
+    // The main thread hears of it like of a wish that comes now.
+    if (found->second.isShown)
+        writeOpacity(m_wire, window, m_opacity, *opacity);
+    xcb_flush(m_wire);
+}
+
+// Toolkits write the opacity that somebody wished for right after they have made a window, over the hold.
+void EarlyHold::handleProperty(xcb_property_notify_event_t const& event)
+{
+    auto const window = event.window;
+    if (!isHeld(window)) {
+        std::uint32_t const mask = XCB_EVENT_MASK_NO_EVENT;
+        xcb_change_window_attributes(m_wire, window, XCB_CW_EVENT_MASK, &mask);
+        xcb_flush(m_wire);
+        return;
+    }
+    if (event.atom != m_opacity)
+        return;
+    XHandle<xcb_get_property_reply_t> const reply(xcb_get_property_reply(m_wire, askOpacity(window), nullptr));
+    auto const opacity = reply ? firstWordOf(reply.get()).value_or(opaque) : 0;
+    std::lock_guard const lock(m_mutex);
+    auto const found = m_windows.find(window);
+    if (opacity == 0 || found == m_windows.end() || !found->second.held)
+        return;
+    found->second.ownOpacity = opacity;
+    writeOpacity(m_wire, window, m_opacity, 0);
+    xcb_flush(m_wire);
+}
+
+bool EarlyHold::isHeld(xcb_window_t window)
+{
+    std::lock_guard const lock(m_mutex);
+    auto const found = m_windows.find(window);
+    return found != m_windows.end() && found->second.held;
+}
+
+xcb_get_property_cookie_t EarlyHold::askOpacity(xcb_window_t window)
+{
+    return xcb_get_property(m_wire, false, window, m_opacity, XCB_ATOM_CARDINAL, 0, 1);
 }
 
 void EarlyHold::holdWithoutCompositor(xcb_window_t window)
@@ -180,10 +250,10 @@ void EarlyHold::holdAgain(xcb_window_t window)
     xcb_flush(m_wire);
 }
 
-void EarlyHold::giveBack(xcb_window_t window, Held const& held)
+void EarlyHold::giveBack(xcb_window_t window, Entry const& entry)
 {
-    writeOpacity(m_wire, window, m_opacity, opaque);
-    if (held.hasEmptyShape)
+    writeOpacity(m_wire, window, m_opacity, entry.ownOpacity.value_or(opaque));
+    if (entry.held->hasEmptyShape)
         writeShape(m_wire, window, false);
 }
 
@@ -196,7 +266,7 @@ void EarlyHold::giveBackLate()
         auto const& entry = known.second;
         if (!entry.held || entry.end > now)
             return false;
-        giveBack(known.first, *entry.held);
+        giveBack(known.first, entry);
         return true;
     });
     xcb_flush(m_wire);

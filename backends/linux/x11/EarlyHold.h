@@ -35,6 +35,9 @@ public:
     // Leaves the window to the main thread: what was done to it, or nothing. Nothing is done to it afterwards. What
     // the main thread undoes after an answer of the server to something that it asked later is undone for good.
     std::optional<Held> take(xcb_window_t window);
+    // The opacity that the window had of its own when it was held, once, for whoever shows it now. Where that is not
+    // known yet it is written on the window when it is.
+    std::optional<std::uint32_t> takeOwnOpacity(xcb_window_t window);
     // The window has gone.
     void forget(xcb_window_t window);
 
@@ -44,6 +47,8 @@ private:
     struct Entry {
         std::optional<Held> held {};
         Clock::time_point end {};
+        std::optional<std::uint32_t> ownOpacity {};
+        bool isShown = false;
     };
 
     void run();
@@ -52,9 +57,14 @@ private:
     void holdAgain(xcb_window_t window);
     bool isOfKnownClient(xcb_window_t window) const;
     bool isOurs(xcb_window_t window);
-    void hold(xcb_window_t window);
+    // Asks for the opacity that it had.
+    std::optional<xcb_get_property_cookie_t> hold(xcb_window_t window);
+    void keepOwnOpacity(xcb_window_t window, xcb_get_property_cookie_t question);
+    void handleProperty(xcb_property_notify_event_t const& event);
+    bool isHeld(xcb_window_t window);
+    xcb_get_property_cookie_t askOpacity(xcb_window_t window);
     void holdWithoutCompositor(xcb_window_t window);
-    void giveBack(xcb_window_t window, Held const& held);
+    void giveBack(xcb_window_t window, Entry const& entry);
     void giveBackLate();
     int millisecondsToWait();
 

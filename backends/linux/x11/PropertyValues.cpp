@@ -14,6 +14,12 @@ std::span<std::uint32_t const> wordsOf(xcb_get_property_reply_t const* reply)
     return { static_cast<std::uint32_t const*>(xcb_get_property_value(reply)), reply->value_len };
 }
 
+std::optional<std::uint32_t> firstWordOf(xcb_get_property_reply_t const* reply)
+{
+    auto const words = wordsOf(reply);
+    return words.empty() ? std::nullopt : std::optional(words[0]);
+}
+
 std::int32_t pixelsIn(std::uint32_t word)
 {
     // No place of the protocol has more bits.

@@ -32,6 +32,8 @@ WindowProperties::WindowProperties(X11Context const& context, xcb_window_t windo
     m_readers[connection.atom(AtomName::WM_PROTOCOLS)] = [this](auto const* reply) { handleProtocols(reply); };
     m_readers[connection.atom(AtomName::GTK_FRAME_EXTENTS)] = [this](auto const* reply) { handleInsets(reply); };
     m_readers[connection.atom(AtomName::WM_STATE)] = [this](auto const* reply) { handleManagedState(reply); };
+    m_readers[connection.atom(AtomName::NET_WM_WINDOW_OPACITY)]
+        = [this](auto const* reply) { m_observer.opacityWasRead(firstWordOf(reply)); };
     m_readers[XCB_ATOM_WM_NORMAL_HINTS]
         = [this](auto const* reply) { m_observer.sizeHintsWereRead(SizeHints(wordsOf(reply))); };
     m_readers[connection.atom(AtomName::MOTIF_WM_HINTS)]
@@ -169,8 +171,7 @@ void WindowProperties::handleInsets(xcb_get_property_reply_t const* reply)
 
 void WindowProperties::handleManagedState(xcb_get_property_reply_t const* reply)
 {
-    auto const words = wordsOf(reply);
-    m_observer.managedStateWasRead(words.empty() ? std::nullopt : std::optional(words[0]));
+    m_observer.managedStateWasRead(firstWordOf(reply));
 }
 
 } // namespace backends

@@ -24,6 +24,8 @@ public:
         std::function<void(std::vector<std::uint32_t>)> decorationsWereRead;
         std::function<void(std::vector<std::uint32_t>)> statesWereRead;
         std::function<void(PixelInsets const&)> insetsWereRead;
+        // Absent: it has none of its own.
+        std::function<void(std::optional<std::uint32_t>)> opacityWasRead;
         // 0 withdrawn, 1 normal, 3 iconic; absent when no window manager looks after the window (ICCCM 4.1.3.1).
         std::function<void(std::optional<std::uint32_t>)> managedStateWasRead;
     };

@@ -33,6 +33,7 @@ std::shared_ptr<X11Window> X11Window::create(
     X11Context const& context, xcb_window_t window, Found found, Observer observer)
 {
     auto created = std::make_shared<X11Window>(context, window, std::move(observer));
+    created->m_alpha.setOwner(created);
     created->m_frame.setOwner(created);
     created->m_properties.setOwner(created);
     created->readStart(found);
@@ -63,6 +64,8 @@ X11Window::X11Window(X11Context const& context, xcb_window_t window, Observer ob
     m_limits.setWriteHandler([this] { m_properties.noteOwnWriting(XCB_ATOM_WM_NORMAL_HINTS); });
     m_decorations.setWriteHandler(
         [this] { m_properties.noteOwnWriting(m_context.connection.atom(AtomName::MOTIF_WM_HINTS)); });
+    m_alpha.setWriteHandler(
+        [this] { m_properties.noteOwnWriting(m_context.connection.atom(AtomName::NET_WM_WINDOW_OPACITY)); });
     m_frame.setSettledHandler([this] { endHoldWhenPlaced(); });
 }
 
@@ -81,6 +84,7 @@ WindowProperties::Observer X11Window::observeProperties()
                 m_observer.didChange(*this);
             },
         .insetsWereRead = [this](auto const& insets) { m_frame.setInsets(insets); },
+        .opacityWasRead = [this](auto opacity) { m_alpha.handleRead(opacity.value_or(opaque)); },
         .managedStateWasRead = [this](auto state) { managedStateWasRead(state); },
     };
 }
@@ -101,10 +105,7 @@ void X11Window::readStart(Found found)
     std::uint32_t const mask
         = XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_FOCUS_CHANGE;
     xcb_change_window_attributes(connection.wire(), m_window, XCB_CW_EVENT_MASK, &mask);
-    if (auto const held = m_context.earlyHold.take(m_window))
-        m_alpha.takeOver(held->hasEmptyShape);
-    else if (found == Found::New)
-        m_alpha.hold();
+    m_alpha.begin(found == Found::New ? WindowAlpha::Beginning::Held : WindowAlpha::Beginning::AsItIs);
     readAll({});
     // What happened before the events were asked for.
     readPresence(found == Found::Asserted ? Unmapped::IsLeft : Unmapped::IsHeld);
