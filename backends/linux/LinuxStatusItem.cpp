@@ -137,7 +137,7 @@ void LinuxStatusItem::trayDidChange()
 
 bool LinuxStatusItem::wantsTray() const
 {
-    if (!m_options.x11 || !m_options.x11->isAlive())
+    if (!m_options.x11 || !m_options.x11->isAlive() || !m_options.x11->canDrawTrayIcons())
         return false;
     auto const& tray = m_options.x11->tray();
     if (tray.owner() == XCB_WINDOW_NONE || tray.owner() == m_refusingTray)

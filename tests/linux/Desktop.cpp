@@ -93,7 +93,7 @@ bool isComposited(Toolkit& client, xcb_window_t window)
 
 } // namespace
 
-Desktop::Desktop(std::string screen)
+Desktop::Desktop(std::string const& screen, std::vector<std::string> const& serverArguments)
 {
     // Numbers of our own, because tests run side by side.
     auto number = 1000 + getpid() % 30000;
@@ -102,9 +102,10 @@ Desktop::Desktop(std::string screen)
         if (pipe2(ends.data(), O_CLOEXEC) != 0)
             break;
         auto const display = ":" + std::to_string(number);
-        m_server = ChildProcess({ "Xvfb", display, "-displayfd", std::to_string(ends[1]), "-screen", "0", screen,
-                                    "-nolisten", "tcp", "-noreset" },
-            ends[1]);
+        std::vector<std::string> command { "Xvfb", display, "-displayfd", std::to_string(ends[1]), "-screen", "0",
+            screen, "-nolisten", "tcp", "-noreset" };
+        command.insert(command.end(), serverArguments.begin(), serverArguments.end());
+        m_server = ChildProcess(command, ends[1]);
         close(ends[1]);
         // The number it really has, which need not be the one that was wished.
         auto const answer = readAnswer(ends[0]);

@@ -10,7 +10,7 @@ namespace paneweld_tests {
 // An X server of a test's own, with a window manager and a compositor where the test wants them.
 class Desktop {
 public:
-    explicit Desktop(std::string screen = "1280x800x24");
+    explicit Desktop(std::string const& screen = "1280x800x24", std::vector<std::string> const& serverArguments = {});
     ~Desktop();
 
     // As in DISPLAY.

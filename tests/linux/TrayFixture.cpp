@@ -40,10 +40,10 @@ private:
 
 TrayFixture::~TrayFixture() = default;
 
-void TrayFixture::startDesktop(SessionBus::Services services)
+void TrayFixture::startDesktop(SessionBus::Services services, std::vector<std::string> const& serverArguments)
 {
     bus = std::make_unique<SessionBus>(services);
-    desktop = std::make_unique<Desktop>();
+    desktop = std::make_unique<Desktop>("1280x800x24", serverArguments);
     toolkit = std::make_unique<Toolkit>(desktop->display());
     onlooker = std::make_unique<Onlooker>(desktop->display());
 }

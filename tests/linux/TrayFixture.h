@@ -21,7 +21,8 @@ protected:
     ~TrayFixture() override;
 
     // Server, bus, and people.
-    void startDesktop(SessionBus::Services services = SessionBus::Services::None);
+    void startDesktop(SessionBus::Services services = SessionBus::Services::None,
+        std::vector<std::string> const& serverArguments = {});
     // The backend and its item, with the icon of the app.
     void startItem();
     platform::StatusItemPlace place() const { return backend->statusBar()->place(); }

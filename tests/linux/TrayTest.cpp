@@ -1,12 +1,10 @@
+#include "tests/linux/TrayTest.h"
+
 #include "platform/appkit/NSEvent.h"
 #include "platform/appkit/NSEventMonitors.h"
 #include "tests/linux/DragSource.h"
 #include "tests/linux/ForkedTray.h"
-#include "tests/linux/KeyboardOwner.h"
 #include "tests/linux/PanelStandIn.h"
-#include "tests/linux/StatusWatcherStandIn.h"
-#include "tests/linux/TrayFixture.h"
-#include "tests/linux/TrayStandIn.h"
 
 #include <cstdlib>
 #include <poll.h>
@@ -43,47 +41,6 @@ int drawnRows(Client& client, Geometry const& part, std::uint32_t colour)
 }
 
 } // namespace
-
-class Tray : public TrayFixture {
-protected:
-    void startDesktop()
-    {
-        TrayFixture::startDesktop();
-        watcher = std::make_unique<StatusWatcherStandIn>(bus->address());
-    }
-
-    TrayStandIn& addTray(TrayStandIn::Manners manners = {})
-    {
-        trays.push_back(std::make_unique<TrayStandIn>(desktop->display(), std::move(manners)));
-        return *trays.back();
-    }
-
-    bool pump(std::function<bool()> condition) override
-    {
-        return pumpUntil([&] {
-            for (auto const& tray : trays)
-                tray->handleEvents();
-            return condition();
-        });
-    }
-
-    // An item in a tray of our own, whose menu the right button opens.
-    void pressForMenu()
-    {
-        startDesktop();
-        addTray();
-        fillMenu();
-        startItem();
-        ASSERT_TRUE(pump([&] { return icon() != XCB_WINDOW_NONE; }));
-        click(toolkit->geometry(icon()), 3);
-        user = std::make_unique<KeyboardOwner>(desktop->display());
-        ASSERT_TRUE(pump([&] { return openMenu() && !user->canGrabKeyboard(); }));
-    }
-
-    std::unique_ptr<KeyboardOwner> user;
-    std::unique_ptr<StatusWatcherStandIn> watcher;
-    std::vector<std::unique_ptr<TrayStandIn>> trays;
-};
 
 TEST_F(Tray, IsPreferredToThePanelOnTheBus)
 {

@@ -10,6 +10,7 @@
 #include <utility>
 #include <xcb/bigreq.h>
 #include <xcb/randr.h>
+#include <xcb/render.h>
 #include <xcb/res.h>
 #include <xcb/shape.h>
 #include <xcb/xcbext.h>
@@ -62,8 +63,8 @@ Connection::Connection(
     , m_resourceBase(xcb_get_setup(connection)->resource_id_base)
     , m_resourceMask(xcb_get_setup(connection)->resource_id_mask)
 {
-    for (auto* extension :
-        { &xcb_big_requests_id, &xcb_randr_id, &xcb_shape_id, &xcb_input_id, &xcb_xfixes_id, &xcb_res_id, &xcb_xkb_id })
+    for (auto* extension : { &xcb_big_requests_id, &xcb_randr_id, &xcb_shape_id, &xcb_input_id, &xcb_xfixes_id,
+             &xcb_res_id, &xcb_xkb_id, &xcb_render_id })
         xcb_prefetch_extension_data(connection, extension);
     m_atoms = Atoms::intern(connection, screenNumber);
     // Asked when it is needed, this would wait for an answer.
@@ -91,6 +92,7 @@ void Connection::queryExtensions()
     m_fixes = query(xcb_xfixes_id);
     m_resources = query(xcb_res_id);
     m_keyboard = query(xcb_xkb_id);
+    m_render = query(xcb_render_id);
     // The server serves an extension in the version that its client named; the answers themselves tell nothing new.
     std::vector<unsigned> answers;
     if (m_randr.isPresent)
@@ -103,6 +105,8 @@ void Connection::queryExtensions()
         answers.push_back(xcb_res_query_version(m_connection, 1, 2).sequence);
     if (m_keyboard.isPresent)
         answers.push_back(xcb_xkb_use_extension(m_connection, 1, 0).sequence);
+    if (m_render.isPresent)
+        answers.push_back(xcb_render_query_version(m_connection, 0, 11).sequence);
     for (auto const sequence : answers)
         xcb_discard_reply(m_connection, sequence);
 }

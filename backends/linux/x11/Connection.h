@@ -61,12 +61,14 @@ public:
     // As it was given; absent: DISPLAY.
     std::optional<std::string> const& display() const { return m_display; }
 
+    // A request of one that the server has not would end the connection.
     Extension const& randr() const { return m_randr; }
     Extension const& shape() const { return m_shape; }
     Extension const& input() const { return m_input; }
     Extension const& fixes() const { return m_fixes; }
     Extension const& resources() const { return m_resources; }
     Extension const& keyboard() const { return m_keyboard; }
+    Extension const& render() const { return m_render; }
 
     // Hands the reply to the continuation when it comes; null when the server answered with an error.
     template<typename Reply>
@@ -133,7 +135,7 @@ private:
     Atoms m_atoms;
     std::uint32_t m_resourceBase;
     std::uint32_t m_resourceMask;
-    Extension m_randr, m_shape, m_input, m_fixes, m_resources, m_keyboard;
+    Extension m_randr, m_shape, m_input, m_fixes, m_resources, m_keyboard, m_render;
     std::deque<Expectation> m_expected;
     XHandle<xcb_generic_event_t> m_nextEvent;
     // Requests whose errors somebody waits for.

@@ -42,9 +42,6 @@ void IconPainter::askFormats()
     if (std::exchange(m_hasAsked, true))
         return;
     std::weak_ptr<bool> const life = m_life;
-    // A server that has no RENDER answers with an error, which is logged.
-    auto const version = xcb_render_query_version(m_connection.wire(), 0, 11);
-    xcb_discard_reply(m_connection.wire(), version.sequence);
     auto const cookie = xcb_render_query_pict_formats(m_connection.wire());
     m_connection.ask<xcb_render_query_pict_formats_reply_t>(cookie.sequence, [this, life](auto const* reply) {
         if (life.expired() || !reply)
@@ -70,6 +67,8 @@ void IconPainter::askFormats()
 
 void IconPainter::paint(xcb_window_t window, xcb_visualid_t visual, PixelRect const& area, BlendedPicture picture)
 {
+    if (!m_connection.render().isPresent)
+        return;
     askFormats();
     if (m_blendedFormat == 0) {
         // Only the latest counts.

@@ -29,7 +29,7 @@ public:
     IconPainter& operator=(IconPainter const&) = delete;
 
     // In the middle of the area of a window, which shows its background everywhere else. What is painted first appears
-    // with the server's answer to what it can blend.
+    // with the server's answer to what it can blend; without the extension nothing does.
     void paint(xcb_window_t window, xcb_visualid_t visual, PixelRect const& area, BlendedPicture picture);
 
 private:

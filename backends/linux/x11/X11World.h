@@ -54,6 +54,8 @@ public:
     X11Keyboard const& keyboard() const { return m_keyboard; }
     X11Screen const& screen() const { return m_screen; }
     X11Tray& tray() { return m_tray; }
+    // Whether an icon in the tray would show anything.
+    bool canDrawTrayIcons() const { return m_connection->render().isPresent; }
     // Of icons in the tray.
     X11Menu& menu() { return m_menu; }
     std::optional<platform::NSScreen> mainScreen() const;
