@@ -58,6 +58,10 @@ int StatusWatcherStandIn::handleCall(sd_bus_message* message)
     if (sd_bus_message_is_method_call(message, "org.freedesktop.DBus.Properties", "Get")) {
         note("hosts?");
         std::lock_guard const lock(mutex());
+        if (m_manners.hostRefusals > 0) {
+            --m_manners.hostRefusals;
+            return sd_bus_reply_method_errorf(message, SD_BUS_ERROR_UNKNOWN_OBJECT, "No such object");
+        }
         return sd_bus_reply_method_return(message, "v", "b", static_cast<int>(m_manners.hasHost));
     }
     return 0;

@@ -17,6 +17,8 @@ public:
         bool hasHost = true;
         // So many registrations fail at first, as when the object is not there yet.
         int refusals = 0;
+        // And so many questions for the host.
+        int hostRefusals = 0;
         bool neverAnswers = false;
     };
 

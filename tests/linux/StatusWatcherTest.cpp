@@ -159,6 +159,35 @@ TEST_F(StatusWatcherTest, AWatcherThatRefusesAtFirstHasTheItemAtOnce)
     EXPECT_EQ(lines.messages, Texts {});
 }
 
+TEST_F(StatusWatcherTest, AWatcherThatHasNoObjectAtFirstIsAskedForItsHostAgain)
+{
+    // Before the item and after it.
+    bus = std::make_unique<SessionBus>();
+    startWatcher({ .refusals = 1, .hostRefusals = 1 });
+    makeBar(bus->address());
+    item = makeItem();
+    ASSERT_TRUE(waitFor(StatusItemPlace::Panel));
+    EXPECT_EQ(watcher->count("hosts?"), 2);
+    startWatcher({ .refusals = 2, .hostRefusals = 1 });
+    ASSERT_TRUE(pumpUntil([&] { return watcher->items().size() == 1; }));
+    ASSERT_TRUE(waitFor(StatusItemPlace::Panel));
+    EXPECT_EQ(watcher->count("hosts?"), 2);
+}
+
+TEST_F(StatusWatcherTest, AWatcherThatHasTheItemAndKnowsOfNoHostsHasNone)
+{
+    start();
+    // It looks for no watcher any more when this one comes.
+    startPanel();
+    settle();
+    startWatcher({ .hostRefusals = 2 });
+    ASSERT_TRUE(waitFor(StatusItemPlace::Waiting));
+    EXPECT_EQ(watcher->count("hosts?"), 2);
+    watcher->setHost(true);
+    ASSERT_TRUE(waitFor(StatusItemPlace::Panel));
+    EXPECT_EQ(watcher->count("hosts?"), 3);
+}
+
 TEST_F(StatusWatcherTest, HandsOverWhileAnItemComes)
 {
     bus = std::make_unique<SessionBus>();

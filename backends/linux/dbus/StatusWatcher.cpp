@@ -45,7 +45,7 @@ void StatusWatcher::greet()
             return;
         // The name may have been another's when the greeting came, or nobody's.
         if (isRegistered())
-            update();
+            wasTakenIn();
         else
             registerItem();
     });
@@ -70,7 +70,7 @@ void StatusWatcher::setOwner(std::string const& owner)
     m_failures = 0;
     m_registration = {};
     m_hostChanges = {};
-    m_hostQuestion = {};
+    m_hostQuestion.reset();
     m_retry.end();
     if (!m_owner.empty()) {
         if (!m_greeting && !isRegistered())
@@ -96,8 +96,15 @@ void StatusWatcher::registerItem()
             return;
         }
         m_taker = m_owner;
-        update();
+        wasTakenIn();
     });
+}
+
+void StatusWatcher::wasTakenIn()
+{
+    if (!m_hasHost && !m_hostQuestion)
+        askForHost();
+    update();
 }
 
 void StatusWatcher::registrationDidFail(std::string const& error)
@@ -125,10 +132,19 @@ void StatusWatcher::listenForHosts()
 
 void StatusWatcher::askForHost()
 {
-    m_hostQuestion = m_bus.getProperty({ m_owner, object, service, hostProperty }, [this](BusMessage const& answer) {
-        m_hasHost = answer.argument(0).asBool().value_or(false);
+    // Who has not taken the item in may not have its object yet: what it could not answer is asked again then.
+    bool const isLast = isRegistered();
+    auto const answered = [this, isLast](BusMessage const& answer) {
+        m_hostQuestion.reset();
+        if (!answer.isError())
+            m_hasHost = answer.argument(0).asBool().value_or(false);
+        else if (isLast)
+            m_hasHost = m_hasHost.value_or(false);
+        else if (isRegistered())
+            askForHost();
         update();
-    });
+    };
+    m_hostQuestion = m_bus.getProperty({ m_owner, object, service, hostProperty }, answered);
 }
 
 void StatusWatcher::hostsDidChange()

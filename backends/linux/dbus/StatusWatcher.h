@@ -38,6 +38,7 @@ private:
     BusSlot tell(std::string const& keeper, Answered answered);
     void registerItem();
     bool isRegistered() const { return !m_owner.empty() && m_taker == m_owner; }
+    void wasTakenIn();
     void registrationDidFail(std::string const& error);
     void listenForHosts();
     void askForHost();
@@ -54,14 +55,16 @@ private:
     std::string m_owner;
     // The connection that has taken the item in.
     std::string m_taker;
-    // Absent until the owner has said so.
+    // Absent until the owner has said so, or could not although it has the item.
     std::optional<bool> m_hasHost;
     int m_failures = 0;
     BusSlot m_ownerChanges, m_ownerQuestion, m_lost;
     std::array<BusSlot, 3> m_hostChanges;
     // Under way to whoever has the name.
     std::optional<BusSlot> m_greeting;
-    BusSlot m_registration, m_hostQuestion;
+    BusSlot m_registration;
+    // Under way to the owner.
+    std::optional<BusSlot> m_hostQuestion;
     LoopSource m_retry;
 };
 
