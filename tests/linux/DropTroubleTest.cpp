@@ -129,6 +129,21 @@ TEST_F(DropTroubleTest, OnlyTheWindowOfASourceThatDiesIsEnough)
     EXPECT_FALSE(view->dropped);
 }
 
+TEST_F(DropTroubleTest, ASourceThatLeavesAndIsBackAtOnceIsStillWatched)
+{
+    start();
+    source->manner = Manner::Silent;
+    drag();
+    settle();
+    // Both are there before anything of that has been looked at here.
+    source->leave(window);
+    dropUntilAsked();
+    settle();
+    source->destroyWindow();
+    ASSERT_TRUE(pumpUntil([&] { return view->performed == 1; }));
+    EXPECT_EQ(lines.messages, Texts { "drop lost: its source is gone" });
+}
+
 TEST_F(DropTroubleTest, ASourceThatDiesAfterItHandedOverEverythingHasDropped)
 {
     start();

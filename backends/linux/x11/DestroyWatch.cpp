@@ -41,10 +41,12 @@ DestroyWatch::~DestroyWatch()
 {
     if (!m_hasWidened || !m_destroyed)
         return;
-    // Only where nobody else has come to listen meanwhile, who may count on what was chosen here.
+    // Only where nobody else has come to listen meanwhile, who may count on what was chosen here. It need not show in
+    // the mask: a watch that followed at once has found what it wants, and leaves it as it is.
     askMask(m_connection, m_window, [&connection = m_connection, window = m_window](auto const* attributes) {
         std::uint32_t const nothing = XCB_EVENT_MASK_NO_EVENT;
-        if (attributes && attributes->your_event_mask == XCB_EVENT_MASK_STRUCTURE_NOTIFY)
+        if (attributes && attributes->your_event_mask == XCB_EVENT_MASK_STRUCTURE_NOTIFY
+            && !connection.windowEvents().hasListeners(window))
             xcb_change_window_attributes(connection.wire(), window, XCB_CW_EVENT_MASK, &nothing);
     });
 }

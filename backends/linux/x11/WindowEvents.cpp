@@ -1,5 +1,6 @@
 #include "backends/linux/x11/WindowEvents.h"
 
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -48,6 +49,12 @@ WindowEvents::Registration WindowEvents::listen(xcb_window_t window, Handler han
     auto const listener = std::make_shared<Registration::Listener>(Registration::Listener { std::move(handler) });
     m_listeners.emplace(window, listener);
     return Registration(listener);
+}
+
+bool WindowEvents::hasListeners(xcb_window_t window) const
+{
+    auto const [begin, end] = m_listeners.equal_range(window);
+    return std::any_of(begin, end, [](auto const& entry) { return entry.second->isListening; });
 }
 
 void WindowEvents::handle(xcb_generic_event_t const& event)

@@ -49,6 +49,7 @@ public:
 
     // Which events come is up to the window's event mask.
     Registration listen(xcb_window_t window, Handler handler);
+    bool hasListeners(xcb_window_t window) const;
     void handle(xcb_generic_event_t const& event);
 
 private:
