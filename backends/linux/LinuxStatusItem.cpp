@@ -123,14 +123,18 @@ void LinuxStatusItem::trayDidChange()
         return;
     }
     bool const hadTray = m_icon && m_icon->isDocked();
+    // A tray that goes in order puts its icons out first.
+    bool const isWaiting = !m_icon && m_wait;
     leaveTray();
     if (tray.owner() != m_refusingTray) {
         m_refusingTray = XCB_WINDOW_NONE;
         m_timesPutOut = 0;
     }
-    if (hadTray && !wantsTray())
+    if (wantsTray())
+        update();
+    else if (hadTray)
         waitForTray();
-    else
+    else if (!isWaiting)
         update();
     notify();
 }

@@ -112,6 +112,14 @@ void TrayStandIn::putOut(xcb_window_t icon)
     xcb_flush(wire());
 }
 
+void TrayStandIn::quit()
+{
+    while (!m_icons.empty())
+        putOut(m_icons.back());
+    xcb_set_selection_owner(wire(), XCB_WINDOW_NONE, atom("_NET_SYSTEM_TRAY_S0"), XCB_CURRENT_TIME);
+    sync();
+}
+
 std::uint32_t TrayStandIn::iconPixel(xcb_window_t icon, int x, int y)
 {
     auto const cookie = xcb_get_image(

@@ -41,6 +41,8 @@ public:
     void setSize(xcb_window_t icon, int width, int height);
     // Lets an icon go and stays.
     void putOut(xcb_window_t icon);
+    // Goes in order: lets all icons go, and then its place.
+    void quit();
     // Where the middle of the first icon is on the screen.
     Geometry iconPlace() { return geometry(m_icons.at(0)); }
     // A pixel of an icon as it is in memory, with its alpha.

@@ -19,4 +19,31 @@ TEST_F(Tray, IsLeftAloneWhereTheServerDrawsNoIcons)
     EXPECT_NE(show(), nullptr);
 }
 
+TEST_F(Tray, ThatQuitsInOrderIsWaitedForAsOneThatDies)
+{
+    startDesktop();
+    auto& tray = addTray();
+    startItem();
+    ASSERT_TRUE(comesTo(StatusItemPlace::Tray));
+    tray.quit();
+    ASSERT_TRUE(comesTo(StatusItemPlace::Nowhere));
+    // Long enough to be on the list of the bus, and a part of what a tray has for its return.
+    pumpFor(std::chrono::milliseconds(100));
+    addTray();
+    ASSERT_TRUE(comesTo(StatusItemPlace::Tray));
+    EXPECT_EQ(watcher->count("Register"), 0);
+    EXPECT_EQ(places, (std::vector { StatusItemPlace::Tray, StatusItemPlace::Nowhere, StatusItemPlace::Tray }));
+}
+
+TEST_F(Tray, ThatQuitsInOrderForGoodLeavesTheItemToThePanel)
+{
+    startDesktop();
+    auto& tray = addTray();
+    startItem();
+    ASSERT_TRUE(comesTo(StatusItemPlace::Tray));
+    tray.quit();
+    ASSERT_TRUE(comesTo(StatusItemPlace::Panel));
+    EXPECT_EQ(watcher->items().size(), 1u);
+}
+
 } // namespace paneweld_tests
