@@ -1,6 +1,7 @@
 #include "backends/linux/LinuxStatusItem.h"
 
 #include "backends/linux/host/ProcessName.h"
+#include "backends/linux/loop/MonotonicClock.h"
 #include "backends/linux/x11/X11World.h"
 #include "platform/appkit/NSEvent.h"
 #include "platform/appkit/NSImage.h"
@@ -174,6 +175,7 @@ void LinuxStatusItem::dock()
     observer.picture = [this](int side) { return trayPicture(side); };
     observer.didDock = [this] {
         m_wait.end();
+        m_dockedSince = MonotonicClock().now();
         notify();
     };
     observer.didLeave = [this] { trayDidPutOut(); };
@@ -202,6 +204,8 @@ void LinuxStatusItem::giveUpTray()
 void LinuxStatusItem::trayDidPutOut()
 {
     leaveTray();
+    if (MonotonicClock().now() - m_dockedSince >= m_options.longStay)
+        m_timesPutOut = 0;
     // The tray itself may be there still, and take the icon in again.
     if (++m_timesPutOut >= mostTimesPutOut)
         m_refusingTray = m_tray;

@@ -6,6 +6,7 @@
 #include "backends/linux/x11/X11TrayIcon.h"
 #include "platform/appkit/NSStatusBar.h"
 #include "platform/appkit/NSStatusItem.h"
+#include "platform/dispatch/Clock.h"
 #include "platform/log/OSLog.h"
 
 #include <functional>
@@ -36,6 +37,8 @@ public:
         std::function<void(std::string const& activationToken)> userDidAct {};
         // Null without an X server.
         X11World* x11 = nullptr;
+        // A tray that has kept the icon for so long may put it out as often as one that is new.
+        platform::Seconds longStay { 30 };
         // Just before a press: the item on the X screen, or the point of the press. Absent when nobody tells.
         std::function<void(std::optional<PixelRect> const&)> willPress {};
         // Called from the loop.
@@ -86,6 +89,7 @@ private:
     // One that did not take it, or did not keep it.
     xcb_window_t m_refusingTray = XCB_WINDOW_NONE;
     int m_timesPutOut = 0;
+    platform::Seconds m_dockedSince { 0 };
     LoopSource m_wait;
 };
 
