@@ -49,6 +49,8 @@ namespace {
 
 // The name in the log of an app that has no identifier.
 constexpr auto namelessSubsystem = "app.quorvel.iosapp";
+// What every icon theme has for a program.
+constexpr auto standInIconName = "application-x-executable";
 
 bool isWaylandSession()
 {
@@ -271,6 +273,7 @@ private:
         bar.id = m_subsystem;
         bar.title = m_appName;
         bar.renderings = [this](platform::NSImage const& image) { return renderings(image); };
+        bar.standInIconName = standInIconName;
         bar.x11 = m_x11.get();
         bar.userDidAct = [this](auto const& activationToken) {
             if (m_x11)

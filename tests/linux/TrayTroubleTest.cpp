@@ -1,3 +1,5 @@
+#include "platform/appkit/NSImage.h"
+#include "tests/linux/PanelStandIn.h"
 #include "tests/linux/TrayTest.h"
 
 namespace paneweld_tests {
@@ -44,6 +46,24 @@ TEST_F(Tray, ThatQuitsInOrderForGoodLeavesTheItemToThePanel)
     tray.quit();
     ASSERT_TRUE(comesTo(StatusItemPlace::Panel));
     EXPECT_EQ(watcher->items().size(), 1u);
+}
+
+TEST_F(Tray, OrAPanelShowsAProgramWhereTheImageCannotBeDrawn)
+{
+    startDesktop();
+    startItem();
+    ASSERT_TRUE(comesTo(StatusItemPlace::Panel));
+    PanelStandIn panel(bus->address(), watcher->items().at(0));
+    auto const iconName = [&] {
+        auto answer = panel.ask("/StatusNotifierItem", "org.freedesktop.DBus.Properties", "Get",
+            [](auto* call) { sd_bus_message_append(call, "ss", "org.kde.StatusNotifierItem", "IconName"); });
+        pump([&] { return answer.wait_for(std::chrono::seconds(0)) == std::future_status::ready; });
+        return answer.get();
+    };
+    EXPECT_EQ(iconName(), "<s 'icon-symbolic'>");
+    item->button()->setImage(std::make_shared<platform::NSImage>(
+        platform::URL::fileURL("/nowhere/icon.pdf", platform::URL::IsDirectory::No)));
+    EXPECT_EQ(iconName(), "<s 'application-x-executable'>");
 }
 
 } // namespace paneweld_tests
